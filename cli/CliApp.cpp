@@ -1,0 +1,59 @@
+// Subcommand dispatch with the exit-status rules: 0 done, 1 failed, 2 bad usage.
+#include "cli/CliApp.h"
+
+#include <iostream>
+
+namespace tg::cli {
+
+CliApp::CliApp()
+    : app_("Tonegrabber: samples a MIDI sound source key by key and exports sampler instruments.",
+           "tonegrabber-cli")
+{
+    app_.set_version_flag("--version", std::string("tonegrabber-cli ") + TONEGRABBER_VERSION);
+    app_.require_subcommand(1);
+    app_.fallthrough(false);
+}
+
+CLI::App* CliApp::addCommand(const std::string& name, const std::string& description,
+                             std::function<int()> handler)
+{
+    CLI::App* command = app_.add_subcommand(name, description);
+    commands_.push_back({command, std::move(handler)});
+    return command;
+}
+
+int CliApp::run(int argc, char** argv)
+{
+    try {
+        app_.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app_.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app_.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app_.exit(e);
+    } catch (const CLI::ParseError& e) {
+        app_.exit(e); // prints the message naming the bad argument
+        return kExitBadUsage;
+    }
+    for (const Command& command : commands_)
+        if (command.app->parsed())
+            return command.handler();
+    return kExitBadUsage;
+}
+
+int fail(const std::string& message, bool json)
+{
+    if (json)
+        printJson({{"error", message}});
+    else
+        std::cerr << message << '\n';
+    return kExitFailed;
+}
+
+void printJson(const nlohmann::json& document)
+{
+    std::cout << document.dump(2) << '\n';
+}
+
+} // namespace tg::cli

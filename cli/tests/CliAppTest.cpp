@@ -1,0 +1,46 @@
+#include "cli/CliApp.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+int runWith(tg::cli::CliApp& app, std::vector<std::string> words)
+{
+    std::vector<char*> argv;
+    static std::string program = "tonegrabber-cli";
+    argv.push_back(program.data());
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    return app.run(static_cast<int>(argv.size()), argv.data());
+}
+
+} // namespace
+
+TEST(CliApp, RunsTheParsedCommandAndReturnsItsStatus)
+{
+    tg::cli::CliApp app;
+    int value = 0;
+    CLI::App* command = app.addCommand("probe", "test command", [&] { return value == 7 ? 0 : 1; });
+    command->add_option("--value", value);
+    EXPECT_EQ(runWith(app, {"probe", "--value", "7"}), tg::cli::kExitOk);
+}
+
+TEST(CliApp, UnknownCommandsAndBadOptionsAreBadUsage)
+{
+    tg::cli::CliApp app;
+    app.addCommand("probe", "test command", [] { return 0; });
+    EXPECT_EQ(runWith(app, {"frobnicate"}), tg::cli::kExitBadUsage);
+    EXPECT_EQ(runWith(app, {"probe", "--no-such-option"}), tg::cli::kExitBadUsage);
+    EXPECT_EQ(runWith(app, {}), tg::cli::kExitBadUsage);
+}
+
+TEST(CliApp, HelpAndVersionSucceed)
+{
+    tg::cli::CliApp app;
+    app.addCommand("probe", "test command", [] { return 1; });
+    EXPECT_EQ(runWith(app, {"--help"}), tg::cli::kExitOk);
+    EXPECT_EQ(runWith(app, {"--version"}), tg::cli::kExitOk);
+}

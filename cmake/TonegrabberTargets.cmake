@@ -1,0 +1,55 @@
+# Helpers shared by every subsystem: warnings, sanitizers, libraries and test executables.
+
+set(TG_DATADIR "${CMAKE_INSTALL_FULL_DATADIR}/tonegrabber")
+
+function(tg_apply_options target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra)
+    target_compile_definitions(${target} PRIVATE
+        TONEGRABBER_VERSION="${PROJECT_VERSION}"
+        TONEGRABBER_DATADIR="${TG_DATADIR}")
+    if(TG_SANITIZE)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+        target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+    endif()
+endfunction()
+
+# tg_add_library(<name> SOURCES ... [PUBLIC_LIBS ...] [PRIVATE_LIBS ...])
+# Sources include headers; the repository root is the include root ("core/Records.h").
+function(tg_add_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_LIBS;PRIVATE_LIBS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC_LIBS} PRIVATE ${ARG_PRIVATE_LIBS})
+    tg_apply_options(${name})
+endfunction()
+
+# tg_add_executable(<name> SOURCES ... [LIBS ...]) — installed.
+function(tg_add_executable name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS})
+    tg_apply_options(${name})
+    install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()
+
+# tg_add_tests(<name> SOURCES ... [LIBS ...] [LABELS ...])
+# Every test runs in a process of its own with a fresh temporary TONEGRABBER_HOME
+# (tests/support/TestMain.cpp).
+function(tg_add_tests name)
+    if(NOT TG_BUILD_TESTS)
+        return()
+    endif()
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} tg_testsupport GTest::gtest GTest::gmock)
+    tg_apply_options(${name})
+    set(labels unit)
+    if(ARG_LABELS)
+        set(labels ${ARG_LABELS})
+    endif()
+    gtest_discover_tests(${name}
+        DISCOVERY_MODE PRE_TEST
+        WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+        PROPERTIES LABELS "${labels}" TIMEOUT 600)
+endfunction()

@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs every Debian package Tonegrabber needs to build, test and run its demo.
+# Idempotent: safe to run again; apt skips what is already there.
+set -euo pipefail
+
+if [ "$(id -u)" -ne 0 ]; then
+    SUDO=sudo
+else
+    SUDO=
+fi
+
+packages=(
+    # toolchain
+    build-essential cmake ninja-build pkg-config git clang libclang-rt-14-dev
+    # libraries the program links
+    qtbase5-dev qttools5-dev-tools libcli11-dev nlohmann-json3-dev libsoxr-dev libzip-dev
+    portaudio19-dev librtmidi-dev libfluidsynth-dev liblilv-dev lv2-dev
+    # tests: frameworks, third-party readers and the real sound chain
+    libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev sndfile-programs
+    unzip libxml2-utils jackd2 fluidsynth fluid-soundfont-gm sox
+)
+
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null
+echo "install-deps: all packages present"

@@ -15,7 +15,8 @@ inline bool fieldFits(size_t size, size_t offset, size_t length)
     return offset <= size && length <= size - offset;
 }
 
-template <typename Unsigned> bool putUnsignedLE(uint8_t* data, size_t size, size_t offset, Unsigned value)
+template <typename Unsigned>
+bool putUnsignedLE(uint8_t* data, size_t size, size_t offset, Unsigned value)
 {
     if (!fieldFits(size, offset, sizeof(Unsigned)))
         return false;
@@ -31,7 +32,8 @@ bool getUnsignedLE(const uint8_t* data, size_t size, size_t offset, Unsigned& va
         return false;
     Unsigned result = 0;
     for (size_t i = 0; i < sizeof(Unsigned); ++i)
-        result = static_cast<Unsigned>(result | (static_cast<Unsigned>(data[offset + i]) << (8 * i)));
+        result =
+            static_cast<Unsigned>(result | (static_cast<Unsigned>(data[offset + i]) << (8 * i)));
     value = result;
     return true;
 }

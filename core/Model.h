@@ -18,7 +18,7 @@ constexpr int kVisibleMultiSampleRows = 6; // rows of the Multi-Sample list
 
 // Changed only on the GUI thread; there are no locks.
 class Model {
-public:
+  public:
     Model();
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
@@ -87,7 +87,7 @@ public:
             notify(*listener);
     }
 
-private:
+  private:
     Project* slot(int index); // allocates on first use; nullptr when memory runs out
     void pointViewAt(int index);
     void keepMultiSampleVisible();

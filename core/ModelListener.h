@@ -9,7 +9,7 @@ namespace tg {
 // Notifications arrive on the GUI thread, after the change has been made, in the order the
 // listeners were registered.
 class TonegrabberModelListener {
-public:
+  public:
     virtual ~TonegrabberModelListener() = default;
 
     // Projects were added, removed or reordered (names and order of the project list).

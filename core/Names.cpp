@@ -112,8 +112,8 @@ static bool anyKeySampleExists(const std::string& dataPath, const std::string& p
 {
     std::error_code error;
     for (int note = 0; note < kKeyCount; ++note)
-        if (std::filesystem::exists(
-                keySampleFileName(dataPath, projectName, multiSampleName, note), error))
+        if (std::filesystem::exists(keySampleFileName(dataPath, projectName, multiSampleName, note),
+                                    error))
             return true;
     return false;
 }

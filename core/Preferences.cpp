@@ -175,7 +175,8 @@ void loadPreferences(Preferences& prefs)
         return;
     file.seekg(0, std::ios::beg);
     std::vector<uint8_t> image(kPreferencesFileSize);
-    if (!file.read(reinterpret_cast<char*>(image.data()), static_cast<std::streamsize>(image.size())))
+    if (!file.read(reinterpret_cast<char*>(image.data()),
+                   static_cast<std::streamsize>(image.size())))
         return;
     parsePreferences(image.data(), image.size(), prefs);
 }
@@ -186,7 +187,8 @@ bool savePreferences(const Preferences& prefs)
     std::ofstream file(preferencesFilePath(), std::ios::binary | std::ios::trunc);
     if (!file)
         return false;
-    file.write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
+    file.write(reinterpret_cast<const char*>(image.data()),
+               static_cast<std::streamsize>(image.size()));
     file.close();
     return static_cast<bool>(file);
 }

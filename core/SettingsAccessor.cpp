@@ -24,8 +24,8 @@ struct TextBuffer {
 };
 
 template <typename T> struct NumberKey {
-    const char* name;       // the dotted key without its prefix
-    T* (*msl)(TGmsl&);      // nullptr: no such "msl." key
+    const char* name;          // the dotted key without its prefix
+    T* (*msl)(TGmsl&);         // nullptr: no such "msl." key
     T* (*prefs)(Preferences&); // nullptr: no such "prefs." key
 };
 
@@ -36,7 +36,8 @@ struct TextKey {
     TextBuffer (*prefs)(Preferences&);
 };
 
-#define TG_TEXT(object, field) [](auto& object) { return TextBuffer{object.field, sizeof object.field}; }
+#define TG_TEXT(object, field)                                                                     \
+    [](auto& object) { return TextBuffer{object.field, sizeof object.field}; }
 #define TG_FIELD(type, object, field) [](type& object) { return &object.field; }
 
 const TextKey kTextKeys[] = {
@@ -52,12 +53,23 @@ const TextKey kTextKeys[] = {
     {"SampleEditor", kPrefsFolderSize - 1, nullptr, TG_TEXT(p, SampleEditor)},
 };
 
-#define TG_BOTH(type, field) {#field, TG_FIELD(TGmsl, m, field), TG_FIELD(Preferences, p, field)}
-#define TG_MSL(name, field) {name, TG_FIELD(TGmsl, m, field), nullptr}
-#define TG_PREFS(field) {#field, nullptr, TG_FIELD(Preferences, p, field)}
-#define TG_RECORD(field)                                                                   \
-    {"recordsettings." #field, TG_FIELD(TGmsl, m, recordsettings.field),                  \
-     TG_FIELD(Preferences, p, recordsettings.field)}
+#define TG_BOTH(type, field)                                                                       \
+    {                                                                                              \
+#field, TG_FIELD(TGmsl, m, field), TG_FIELD(Preferences, p, field)                         \
+    }
+#define TG_MSL(name, field)                                                                        \
+    {                                                                                              \
+        name, TG_FIELD(TGmsl, m, field), nullptr                                                   \
+    }
+#define TG_PREFS(field)                                                                            \
+    {                                                                                              \
+#field, nullptr, TG_FIELD(Preferences, p, field)                                           \
+    }
+#define TG_RECORD(field)                                                                           \
+    {                                                                                              \
+        "recordsettings." #field, TG_FIELD(TGmsl, m, recordsettings.field),                        \
+            TG_FIELD(Preferences, p, recordsettings.field)                                         \
+    }
 
 const NumberKey<uint16_t> kShortKeys[] = {
     TG_BOTH(uint16_t, MIDIoutChannel),
@@ -84,8 +96,9 @@ const NumberKey<int32_t> kLongKeys[] = {
 };
 
 const NumberKey<uint8_t> kCharKeys[] = {
-    TG_RECORD(notelength2_active), TG_RECORD(releaselength2_active), TG_RECORD(clickpopred),
-    TG_RECORD(zerocrossing),       TG_RECORD(autoloop),              TG_RECORD(autogain),
+    TG_RECORD(notelength2_active), TG_RECORD(releaselength2_active),
+    TG_RECORD(clickpopred),        TG_RECORD(zerocrossing),
+    TG_RECORD(autoloop),           TG_RECORD(autogain),
 };
 
 const NumberKey<double> kDoubleKeys[] = {
@@ -168,13 +181,15 @@ void changed(Model& model, const std::string& key, bool multiSample)
 }
 
 template <typename T, size_t N>
-void setNumber(Model& model, const NumberKey<T> (&table)[N], const std::string& key, T value, bool& ok)
+void setNumber(Model& model, const NumberKey<T> (&table)[N], const std::string& key, T value,
+               bool& ok)
 {
     const auto resolved = resolve(model, table, key);
     ok = resolved.entry != nullptr;
     if (!ok)
         return;
-    *(resolved.msl ? resolved.entry->msl(*resolved.msl) : resolved.entry->prefs(*resolved.prefs)) = value;
+    *(resolved.msl ? resolved.entry->msl(*resolved.msl) : resolved.entry->prefs(*resolved.prefs)) =
+        value;
     changed(model, key, resolved.msl != nullptr);
 }
 
@@ -185,12 +200,14 @@ T getNumber(Model& model, const NumberKey<T> (&table)[N], const std::string& key
     ok = resolved.entry != nullptr;
     if (!ok)
         return T{};
-    return *(resolved.msl ? resolved.entry->msl(*resolved.msl) : resolved.entry->prefs(*resolved.prefs));
+    return *(resolved.msl ? resolved.entry->msl(*resolved.msl)
+                          : resolved.entry->prefs(*resolved.prefs));
 }
 
 TextBuffer textBuffer(const Resolved<TextKey>& resolved)
 {
-    return resolved.msl ? resolved.entry->msl(*resolved.msl) : resolved.entry->prefs(*resolved.prefs);
+    return resolved.msl ? resolved.entry->msl(*resolved.msl)
+                        : resolved.entry->prefs(*resolved.prefs);
 }
 
 template <typename Entry, size_t N> bool knownIn(const Entry (&table)[N], const std::string& key)

@@ -10,7 +10,7 @@ namespace {
 
 // A model of its own per test, with one Project open.
 class ModelOps : public ::testing::Test {
-protected:
+  protected:
     tg::Model model;
 
     void SetUp() override { ASSERT_TRUE(model.newProject().ok()); }
@@ -25,9 +25,15 @@ protected:
 struct RecordingListener : tg::TonegrabberModelListener {
     std::vector<std::string> events;
     void projectListChanged() override { events.push_back("projects"); }
-    void currentProjectChanged(int index) override { events.push_back("project " + std::to_string(index)); }
+    void currentProjectChanged(int index) override
+    {
+        events.push_back("project " + std::to_string(index));
+    }
     void multiSampleListChanged() override { events.push_back("multisamples"); }
-    void currentMultiSampleChanged(int index) override { events.push_back("msl " + std::to_string(index)); }
+    void currentMultiSampleChanged(int index) override
+    {
+        events.push_back("msl " + std::to_string(index));
+    }
 };
 
 } // namespace
@@ -280,7 +286,8 @@ TEST_F(ModelOps, ListenersHearChangesInRegistrationOrderUntilRemoved)
     model.addListener(&second);
     ASSERT_TRUE(model.addMultiSample().ok());
     ASSERT_TRUE(model.newProject().ok());
-    EXPECT_EQ(first.events, (std::vector<std::string>{"multisamples", "msl 0", "projects", "project 1"}));
+    EXPECT_EQ(first.events,
+              (std::vector<std::string>{"multisamples", "msl 0", "projects", "project 1"}));
     EXPECT_EQ(second.events, first.events);
     model.removeListener(&first);
     ASSERT_TRUE(model.deleteProject().ok());

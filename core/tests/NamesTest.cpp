@@ -1,6 +1,6 @@
 // Name checks, the suffix rule for copies, and the Key-Sample file names.
-#include "core/Model.h"
 #include "core/Names.h"
+#include "core/Model.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +48,8 @@ TEST(CopyName, ModelSiblingsAndGiveUpMessages)
     tg::Model model;
     for (int i = 0; i <= 20; ++i) {
         ASSERT_TRUE(model.newProject().ok());
-        tg::copyText(model.view().name, (i == 0 ? std::string("Live") : "Live-" + std::to_string(i)).c_str());
+        tg::copyText(model.view().name,
+                     (i == 0 ? std::string("Live") : "Live-" + std::to_string(i)).c_str());
         ASSERT_TRUE(model.addMultiSample().ok());
         tg::copyText(model.view().msl[model.view().currentMsl].name, "Bass");
     }
@@ -56,8 +57,9 @@ TEST(CopyName, ModelSiblingsAndGiveUpMessages)
     std::string copy;
     tg::Result result = tg::projectCopyName(model, copy);
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.message,
-              "Cannot duplicate this project. There are too many projects with the same base name!");
+    EXPECT_EQ(
+        result.message,
+        "Cannot duplicate this project. There are too many projects with the same base name!");
 
     tg::Project& project = model.view();
     ASSERT_TRUE(tg::multiSampleCopyName(project, copy).ok());
@@ -79,7 +81,8 @@ TEST(NameChecks, EmptyAndTakenNamesAreRefused)
     tg::copyText(model.view().name, "Organ");
     ASSERT_TRUE(model.newProject().ok());
     EXPECT_EQ(tg::checkProjectName(model, "", 1).message, "Empty project names are not allowed!");
-    EXPECT_EQ(tg::checkProjectName(model, "Organ", 1).message, "A project with that name already exists!");
+    EXPECT_EQ(tg::checkProjectName(model, "Organ", 1).message,
+              "A project with that name already exists!");
     EXPECT_TRUE(tg::checkProjectName(model, "Organ", 0).ok()); // renaming to its own name
     EXPECT_TRUE(tg::checkProjectName(model, "organ", -1).ok());
 
@@ -101,9 +104,12 @@ TEST(NameChecks, ForbiddenCharactersAreTheFileNameOnes)
 
 TEST(KeySampleFiles, NamesFollowProjectMultiSampleAndNote)
 {
-    EXPECT_EQ(tg::keySampleFileName("/data", "Song", "Piano", 60), "/data/Song - Piano - 060 - C4.wav");
-    EXPECT_EQ(tg::keySampleFileName("/data", "Song", "Piano", 0), "/data/Song - Piano - 000 - C-1.wav");
-    EXPECT_EQ(tg::keySampleFileName("/data", "Song", "Piano", 127), "/data/Song - Piano - 127 - G9.wav");
+    EXPECT_EQ(tg::keySampleFileName("/data", "Song", "Piano", 60),
+              "/data/Song - Piano - 060 - C4.wav");
+    EXPECT_EQ(tg::keySampleFileName("/data", "Song", "Piano", 0),
+              "/data/Song - Piano - 000 - C-1.wav");
+    EXPECT_EQ(tg::keySampleFileName("/data", "Song", "Piano", 127),
+              "/data/Song - Piano - 127 - G9.wav");
     EXPECT_EQ(tg::projectDataFolder("/projects", "Song"), "/projects/Song_data");
 }
 
@@ -120,8 +126,10 @@ TEST(KeySampleFiles, OverwriteQuestionOnlyWhenFilesOfTheCandidateExist)
 
     EXPECT_FALSE(tg::multiSampleKeySamplesExist(project, "Piano-1"));
     EXPECT_FALSE(tg::projectKeySamplesExist(project, "Song-1"));
-    ASSERT_TRUE(tg::test::writeFileBytes(tg::keySampleFileName(dir.path(), "Song", "Piano-1", 72), "x"));
-    ASSERT_TRUE(tg::test::writeFileBytes(tg::keySampleFileName(dir.path(), "Song-1", "Piano", 5), "x"));
+    ASSERT_TRUE(
+        tg::test::writeFileBytes(tg::keySampleFileName(dir.path(), "Song", "Piano-1", 72), "x"));
+    ASSERT_TRUE(
+        tg::test::writeFileBytes(tg::keySampleFileName(dir.path(), "Song-1", "Piano", 5), "x"));
     EXPECT_TRUE(tg::multiSampleKeySamplesExist(project, "Piano-1"));
     EXPECT_TRUE(tg::projectKeySamplesExist(project, "Song-1"));
     EXPECT_FALSE(tg::projectKeySamplesExist(project, "Song-2"));

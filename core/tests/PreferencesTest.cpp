@@ -1,7 +1,7 @@
 // The preferences file: defaults at their offsets, size rule, round trips, snapshots.
+#include "core/Preferences.h"
 #include "core/Message.h"
 #include "core/Paths.h"
-#include "core/Preferences.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +52,10 @@ struct Image {
     }
 };
 
-std::string asString(const std::vector<uint8_t>& v) { return std::string(v.begin(), v.end()); }
+std::string asString(const std::vector<uint8_t>& v)
+{
+    return std::string(v.begin(), v.end());
+}
 
 } // namespace
 
@@ -147,7 +150,8 @@ TEST(PreferencesFile, FilesOfAnyOtherSizeAreIgnored)
         ASSERT_TRUE(tg::test::writeFileBytes(tg::preferencesFilePath(), bytes));
         tg::loadPreferences(loaded);
         EXPECT_EQ(loaded.recordsettings.notelength1, 2.5) << bytes.size();
-        EXPECT_EQ(tg::serializePreferences(loaded), tg::serializePreferences(tg::defaultPreferences()));
+        EXPECT_EQ(tg::serializePreferences(loaded),
+                  tg::serializePreferences(tg::defaultPreferences()));
     }
     ASSERT_TRUE(tg::test::writeFileBytes(tg::preferencesFilePath(), image));
     tg::loadPreferences(loaded);
@@ -271,9 +275,9 @@ TEST(PreferencesFile, BytesOutsideTheFieldsSurviveALoadAndSave)
 TEST(PreferencesFile, UnterminatedTextsAreReadWithinTheirFields)
 {
     std::vector<uint8_t> image = tg::serializePreferences(tg::defaultPreferences());
-    std::memset(image.data() + 16, 'd', 260);      // datapath with no terminator
-    std::memset(image.data() + 552, 'x', 16);      // xfadetype filling its field
-    std::memset(image.data() + 1252, 't', 516);    // TempDir with no terminator
+    std::memset(image.data() + 16, 'd', 260);   // datapath with no terminator
+    std::memset(image.data() + 552, 'x', 16);   // xfadetype filling its field
+    std::memset(image.data() + 1252, 't', 516); // TempDir with no terminator
     tg::Preferences p;
     ASSERT_TRUE(tg::parsePreferences(image.data(), image.size(), p));
     EXPECT_EQ(std::string(p.datapath), std::string(259, 'd'));

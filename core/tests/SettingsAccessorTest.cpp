@@ -1,7 +1,7 @@
 // The keyed settings accessor: prefixes, kinds, text limits, targets and the copy to defaults.
+#include "core/SettingsAccessor.h"
 #include "core/Model.h"
 #include "core/Preferences.h"
-#include "core/SettingsAccessor.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 namespace {
 
 class SettingsAccess : public ::testing::Test {
-protected:
+  protected:
     tg::Model model;
     bool ok = false;
 
@@ -156,7 +156,8 @@ TEST_F(SettingsAccess, SettersMarkTheProjectAndTellListeners)
     tg::setSettingShort(model, "msl_KBrangeIn", 36, ok);
     EXPECT_EQ(model.currentProject()->modified, 1);
     tg::setSettingShort(model, "msl_nosuchkey", 36, ok);
-    EXPECT_EQ(listener.keys, (std::vector<std::string>{"prefs_recordsettings_loopstart", "msl_KBrangeIn"}));
+    EXPECT_EQ(listener.keys,
+              (std::vector<std::string>{"prefs_recordsettings_loopstart", "msl_KBrangeIn"}));
 }
 
 TEST_F(SettingsAccess, CurrentSettingsBecomeTheDefaults)

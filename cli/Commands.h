@@ -5,4 +5,7 @@ namespace tg::cli {
 
 class CliApp;
 
+// wav-info, aiff-info, convert
+void addAudioFileCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -5,4 +5,7 @@ namespace tg::cli {
 
 class CliApp;
 
+// audio and MIDI device tables, recording formats (cli/DeviceCommands.cpp)
+void addDeviceCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -2,6 +2,7 @@
 #include "devices/AudioEngine.h"
 
 #include "core/Message.h"
+#include "devices/AlsaMessages.h"
 #include "devices/PeakLevel.h"
 
 #include <pa_jack.h>
@@ -222,6 +223,7 @@ int initialize(std::string& msg)
     EngineState& state = engine();
     if (state.initialized)
         return 1;
+    silenceAlsaLibraryMessages();
     PaJack_SetClientName("Tonegrabber");
     const PaError error = Pa_Initialize();
     if (error != paNoError)

@@ -2,12 +2,15 @@
 #include "devices/MidiPorts.h"
 
 #include "core/Message.h"
+#include "devices/AlsaMessages.h"
 
 #include <RtMidi.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#include <unistd.h>
 
 namespace tg::midi {
 
@@ -37,6 +40,10 @@ std::vector<RtMidi::Api> candidateApis()
         return {RtMidi::LINUX_ALSA};
     if (forced != nullptr && std::strcmp(forced, "jack") == 0)
         return {RtMidi::UNIX_JACK};
+    // Without the sequencer device ALSA cannot come up at all; skipping it spares RtMidi's
+    // error printout on every start in containers.
+    if (::access("/dev/snd/seq", F_OK) != 0)
+        return {RtMidi::UNIX_JACK};
     return {RtMidi::LINUX_ALSA, RtMidi::UNIX_JACK};
 }
 
@@ -45,6 +52,7 @@ std::vector<RtMidi::Api> candidateApis()
 template <typename Object, typename Make>
 int createWithFallback(std::unique_ptr<Object>& object, Make make, std::string& msg)
 {
+    silenceAlsaLibraryMessages();
     object.reset();
     std::unique_ptr<Object> portless;
     std::string lastError;

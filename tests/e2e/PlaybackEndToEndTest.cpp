@@ -1,0 +1,1 @@
+// Key-Sample playback through a real JACK graph (written next).

@@ -4,6 +4,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
 #include "devices/MidiPorts.h"
+#include "tests/e2e/AudioThreadAllocations.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
 
@@ -145,6 +146,9 @@ TEST_F(SynthRecording, NoteOnAfterHalfASecondRecordsMiddleC)
                  double(peaks.highest()), peaks.calls());
     EXPECT_NEAR(pitch, 261.63, 261.63 * 0.01);
     EXPECT_GT(peaks.highest(), 0.0f);
+    // The meter ran inside the record callback; nothing on that thread allocated.
+    EXPECT_TRUE(audioThreadMarked());
+    EXPECT_EQ(audioThreadAllocations(), 0);
 }
 
 TEST_F(SynthRecording, AllNotesOffStopsASustainedNote)

@@ -2,6 +2,7 @@
 // dummy server's "system" device is patched into its own input, so the recorder captures
 // exactly what the player sent.
 #include "devices/AudioEngine.h"
+#include "tests/e2e/AudioThreadAllocations.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
 
@@ -64,6 +65,8 @@ TEST(SoundChainPlayback, NoteOnceLoopWhileHeldAndStopFadesWithinOneBlock)
     const AudioStreamConfig config{in, -1, -1, 44100, 16, 2, -1.0f};
     ASSERT_EQ(audio::openStreams(config, config, msg), 1) << msg;
     EXPECT_TRUE(audio::isDuplex());
+    PeakRecorder meter; // marks the duplex callback's thread for the allocation count
+    audio::addLevelListener(&meter);
     ASSERT_EQ(audio::startStreams(msg), 1) << msg;
 
     JackPatchbay patchbay;
@@ -125,8 +128,13 @@ TEST(SoundChainPlayback, NoteOnceLoopWhileHeldAndStopFadesWithinOneBlock)
         << "a fade, not a hard cut";
     EXPECT_LE(peakBetween(left, fadeStart + block, int64_t(left.size())), kTolerance);
 
+    // Record and playback callbacks (one duplex callback) allocated nothing all along.
+    EXPECT_TRUE(audioThreadMarked());
+    EXPECT_EQ(audioThreadAllocations(), 0);
+
     std::string closeMessage;
     EXPECT_EQ(audio::closeStreams(closeMessage), 1) << closeMessage;
+    audio::removeLevelListener(&meter);
     audio::terminate();
 }
 

@@ -4,6 +4,7 @@
 #include "core/Message.h"
 #include "devices/AudioEngine.h"
 #include "devices/MidiPorts.h"
+#include "tests/e2e/AudioThreadAllocations.h"
 
 #include <jack/jack.h>
 
@@ -32,6 +33,7 @@ void sendBytes(std::initializer_list<uint8_t> bytes)
 
 void PeakRecorder::onInputPeak(float first, float second)
 {
+    markAudioThread();
     const float peak = first > second ? first : second;
     float seen = highest_.load();
     while (peak > seen && !highest_.compare_exchange_weak(seen, peak)) {

@@ -1,0 +1,12 @@
+// Counts heap allocations made on threads that marked themselves as audio threads.
+#pragma once
+
+namespace tg::test {
+
+// Called from a callback (a level listener runs inside the record callback): from now on
+// every allocation on this thread is counted.
+void markAudioThread();
+bool audioThreadMarked();
+long audioThreadAllocations();
+
+} // namespace tg::test

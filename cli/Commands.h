@@ -5,6 +5,12 @@ namespace tg::cli {
 
 class CliApp;
 
+// `set KEY=VALUE ...`: preferences keys through the keyed settings accessor.
+void addSettingsCommands(CliApp& app);
+
+// wav-info, aiff-info, convert
+void addAudioFileCommands(CliApp& app);
+
 // audio and MIDI device tables, recording formats (cli/DeviceCommands.cpp)
 void addDeviceCommands(CliApp& app);
 

@@ -1,25 +1,25 @@
 // Playback's conversion of a Key-Sample part to the output format.
 #include "devices/SampleConversion.h"
 
-#include "core/Message.h"
+#include "audiofile/SampleConverter.h"
 
 namespace tg {
 
-// The sample converter of the audio-file layer is connected here, and only here: playback
-// converts note, loop and release parts separately (so the loop keeps its own boundaries)
-// with mixed channels and linear resampling, the cheap mode fit for listening. Until that
-// converter is part of the build, a part whose format differs from the output is refused
-// with a message rather than played at the wrong speed.
+// Note, loop and release are converted one by one, so each keeps its own boundaries and no
+// loop points need to follow. Two channels become one by mixing, and the rate changes by
+// linear interpolation: cheap, and fit for listening (export uses the better modes). The
+// converter refuses parts of fewer than 16 frames; playback then fails with its message.
 int convertForPlayback(std::vector<uint8_t>& data, const WaveFormat& source,
                        const WaveFormat& destination, std::string& msg)
 {
-    (void)data;
-    return setMessage(msg,
-                      "convert sample error: no converter from %u Hz, %u channel(s), %u bit to "
-                      "%u Hz, %u channel(s), %u bit",
-                      unsigned(source.nSamplesPerSec), unsigned(source.nChannels),
-                      unsigned(source.wBitsPerSample), unsigned(destination.nSamplesPerSec),
-                      unsigned(destination.nChannels), unsigned(destination.wBitsPerSample));
+    WaveFormat from = source;
+    WaveFormat to = destination;
+    std::string converterMessage;
+    if (convertSamples(data, from, to, nullptr, nullptr, ChannelMode::Mix, ResampleMode::Linear,
+                       &converterMessage))
+        return 1;
+    msg = converterMessage;
+    return 0;
 }
 
 } // namespace tg

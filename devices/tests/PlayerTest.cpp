@@ -167,22 +167,35 @@ TEST_F(PlayerTest, AddPlayItemRefusesEmptyAndPartialFrames)
     EXPECT_EQ(render(player, 2), values({3, 0}));
 }
 
-TEST_F(PlayerTest, DifferentFormatGoesThroughTheConverterOrFailsWithItsMessage)
+TEST_F(PlayerTest, DifferentFormatIsConvertedPartByPartWithItsRatio)
 {
+    // 22.05 kHz stereo 8-bit (note 40 frames, loop 20) played at 44.1 kHz mono 16-bit.
+    const WaveFormat source = makeWaveFormat(22050, 2, 8);
+    std::vector<uint8_t> data(60 * 2, 192);
+    ASSERT_EQ(player.playSample(kMonoOut, source, data.data(), data.size(), 40, 60, nullptr, 0,
+                                msg, 10), 1) << msg;
+    ASSERT_EQ(player.itemCount(), 2);
+    EXPECT_FLOAT_EQ(player.item(0).ratio, 0.5f);
+    EXPECT_EQ(player.item(0).frames, 80); // twice the frames at twice the rate
+    EXPECT_EQ(player.item(1).frames, 40);
+    EXPECT_TRUE(player.item(1).repeat);
+    EXPECT_EQ(player.item(1).format.bits, 16);
+    // The start frame is a frame of the source: frame 10 is output frame 20.
+    EXPECT_EQ(player.cursorFrame(), 10);
+    std::vector<int16_t> out = render(player, 4);
+    for (int16_t value : out)
+        EXPECT_NEAR(value, (192 - 128) * 256, 256);
+}
+
+TEST_F(PlayerTest, FailedConversionPlaysNothingAndSaysWhy)
+{
+    const AudioStreamConfig oddOutput{0, -1, -1, 44100, 12, 1, -1.0f};
     std::vector<uint8_t> data = numberedSample(8);
-    const WaveFormat otherRate = makeWaveFormat(22050, 1, 16);
-    msg.clear();
-    const int result =
-        player.playSample(kMonoOut, otherRate, data.data(), data.size(), 0, 0, nullptr, 0, msg, 0);
-    if (result == 1) {
-        ASSERT_EQ(player.itemCount(), 1);
-        EXPECT_FLOAT_EQ(player.item(0).ratio, 0.5f);
-        EXPECT_NEAR(double(player.item(0).frames), 16.0, 1.0);
-    } else {
-        EXPECT_FALSE(msg.empty());
-        EXPECT_EQ(player.itemCount(), 0);
-        EXPECT_FALSE(player.isPlaying());
-    }
+    EXPECT_EQ(player.playSample(oddOutput, format, data.data(), data.size(), 0, 0, nullptr, 0,
+                                msg, 0), 0);
+    EXPECT_FALSE(msg.empty());
+    EXPECT_EQ(player.itemCount(), 0);
+    EXPECT_FALSE(player.isPlaying());
 }
 
 TEST_F(PlayerTest, PluginModePlaysTheRingBufferAndPadsWithSilence)

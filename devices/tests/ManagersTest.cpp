@@ -1,7 +1,10 @@
 // The two managers' reactions to model notifications and incoming MIDI, with the MIDI
 // output captured (the real port is exercised end to end in tests/e2e).
 #include "devices/AudioEngine.h"
+#include "core/Model.h"
+#include "core/SettingsAccessor.h"
 #include "devices/AudioManager.h"
+#include "devices/DeviceModelListener.h"
 #include "devices/MidiManager.h"
 
 #include <QCoreApplication>
@@ -222,6 +225,44 @@ TEST(AudioManager, PlaybackStateReachesTheGuiThreadAsSignals)
     ASSERT_TRUE(processUntil([&] { return stopped == 1; }));
     EXPECT_EQ(started, 1);
     player.clear();
+}
+
+TEST(DeviceModelListener, ModelChangesReachBothManagers)
+{
+    application();
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    if (model.currentMultiSample() == nullptr)
+        ASSERT_TRUE(model.addMultiSample().ok());
+    AudioManager audioManager;
+    MidiManager midiManager;
+    std::vector<Bytes> sent;
+    midiManager.setSender([&](const uint8_t* bytes, size_t count) {
+        sent.push_back(Bytes(bytes, bytes + count));
+    });
+    DeviceModelListener listener(model, &audioManager, &midiManager);
+
+    bool ok = false;
+    setSettingText(model, "msl_AudioInDevice", "-No Audio In-", ok);
+    ASSERT_TRUE(ok);
+    setSettingText(model, "msl_AudioInFormat", "96KHz, Mono, 16bit", ok);
+    ASSERT_TRUE(ok);
+    EXPECT_EQ(audio::currentInputConfig().sampleRate, 96000);
+    const int opens = audioManager.openCount();
+    setSettingText(model, "msl_AudioInFormat", "96KHz, Mono, 16bit", ok);
+    EXPECT_EQ(audioManager.openCount(), opens);
+
+    sent.clear();
+    setSettingShort(model, "msl_MIDIoutChannel", 4, ok);
+    ASSERT_TRUE(ok);
+    ASSERT_FALSE(sent.empty());
+    EXPECT_EQ(sent.back()[0], 0xC4);
+
+    sent.clear();
+    ASSERT_TRUE(model.addMultiSample().ok()); // a new current Multi-Sample: full resend
+    EXPECT_GE(sent.size(), 1u);
+    setSettingText(model, "prefs_datapath", "/tmp", ok);
+    EXPECT_EQ(audioManager.openCount(), opens + 1); // the new Multi-Sample's own format
 }
 
 } // namespace

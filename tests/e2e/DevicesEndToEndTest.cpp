@@ -16,6 +16,8 @@
 #include <string>
 #include <thread>
 
+#include <unistd.h>
+
 namespace tg::test {
 namespace {
 
@@ -66,6 +68,8 @@ TEST(SoundChainDevices, StartUpTablesCountRealDevicesOnly)
     EXPECT_EQ(tables.midiOutDevices, long(tables.midiOut.size()) - 2);
     EXPECT_EQ(tables.midiInDevices, long(tables.midiIn.size()) - 1);
     EXPECT_GE(tables.midiOutDevices, 1);
+    if (::access("/dev/snd/seq", F_OK) != 0) // no sequencer here: JACK MIDI took over
+        EXPECT_EQ(midi::midiOutApiName(), "jack");
     EXPECT_NE(log.find(formatText("\r\n\t-found %ld MIDI In Device(s)\r\n\t-found %ld MIDI Out "
                                   "Device(s)",
                                   tables.midiInDevices, tables.midiOutDevices)),

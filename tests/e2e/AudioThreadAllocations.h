@@ -8,5 +8,8 @@ namespace tg::test {
 void markAudioThread();
 bool audioThreadMarked();
 long audioThreadAllocations();
+// pthread mutexes locked on marked threads.
+long audioThreadMutexLocks();
+void countMutexLock();
 
 } // namespace tg::test

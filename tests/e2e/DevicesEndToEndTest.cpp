@@ -153,6 +153,8 @@ TEST_F(SynthRecording, NoteOnAfterHalfASecondRecordsMiddleC)
     // The meter ran inside the record callback; nothing on that thread allocated.
     EXPECT_TRUE(audioThreadMarked());
     EXPECT_EQ(audioThreadAllocations(), 0);
+    // No lock but the record flag's QMutex (a futex, not counted) was taken there either.
+    EXPECT_EQ(audioThreadMutexLocks(), 0);
 }
 
 TEST_F(SynthRecording, AllNotesOffStopsASustainedNote)

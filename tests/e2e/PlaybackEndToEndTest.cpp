@@ -131,6 +131,8 @@ TEST(SoundChainPlayback, NoteOnceLoopWhileHeldAndStopFadesWithinOneBlock)
     // Record and playback callbacks (one duplex callback) allocated nothing all along.
     EXPECT_TRUE(audioThreadMarked());
     EXPECT_EQ(audioThreadAllocations(), 0);
+    // No lock but the record flag's QMutex (a futex, not counted) was taken there either.
+    EXPECT_EQ(audioThreadMutexLocks(), 0);
 
     std::string closeMessage;
     EXPECT_EQ(audio::closeStreams(closeMessage), 1) << closeMessage;

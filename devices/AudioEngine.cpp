@@ -65,15 +65,15 @@ void playSide(EngineState& state, void* output, unsigned long frames)
     }
 }
 
-int recordCallback(const void* input, void*, unsigned long frames,
-                   const PaStreamCallbackTimeInfo*, PaStreamCallbackFlags, void* user)
+int recordCallback(const void* input, void*, unsigned long frames, const PaStreamCallbackTimeInfo*,
+                   PaStreamCallbackFlags, void* user)
 {
     recordSide(*static_cast<EngineState*>(user), input, frames);
     return paContinue;
 }
 
-int playCallback(const void*, void* output, unsigned long frames,
-                 const PaStreamCallbackTimeInfo*, PaStreamCallbackFlags, void* user)
+int playCallback(const void*, void* output, unsigned long frames, const PaStreamCallbackTimeInfo*,
+                 PaStreamCallbackFlags, void* user)
 {
     playSide(*static_cast<EngineState*>(user), output, frames);
     return paContinue;
@@ -91,11 +91,16 @@ int duplexCallback(const void* input, void* output, unsigned long frames,
 PaSampleFormat sampleFormatFor(int32_t bits)
 {
     switch (bits) {
-    case 8: return paInt8;
-    case 16: return paInt16;
-    case 24: return paInt24;
-    case 32: return paInt32;
-    default: return paInt16;
+    case 8:
+        return paInt8;
+    case 16:
+        return paInt16;
+    case 24:
+        return paInt24;
+    case 32:
+        return paInt32;
+    default:
+        return paInt16;
     }
 }
 
@@ -184,8 +189,8 @@ bool buildSide(const AudioStreamConfig& config, bool isInput, SideParameters& si
     side.stream.device = config.device;
     side.stream.channelCount = config.channels;
     side.stream.sampleFormat = sampleFormatFor(config.bits);
-    const double defaultLatency = isInput ? info->defaultLowInputLatency
-                                          : info->defaultLowOutputLatency;
+    const double defaultLatency =
+        isInput ? info->defaultLowInputLatency : info->defaultLowOutputLatency;
     side.stream.suggestedLatency = config.latency < 0.0f ? defaultLatency : config.latency;
     side.stream.hostApiSpecificStreamInfo = nullptr;
 #if TG_HAVE_PA_ASIO
@@ -327,8 +332,7 @@ int closeStreams(std::string& msg)
     return 1;
 }
 
-int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output,
-                std::string& msg)
+int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output, std::string& msg)
 {
     EngineState& state = engine();
     std::string closeMessage;
@@ -474,8 +478,8 @@ int TGaudio_playSample(int32_t outputDevice, const WaveFormat& format, const uin
     if (outputDevice < 0 || !audio::outputOpen())
         return 1;
     return audio::player().playSample(audio::currentOutputConfig(), format, data, noteBytes,
-                                       loopStart, loopEnd, releaseData, releaseBytes, msg,
-                                       startFrame);
+                                      loopStart, loopEnd, releaseData, releaseBytes, msg,
+                                      startFrame);
 }
 
 } // namespace tg

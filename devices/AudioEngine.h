@@ -45,8 +45,7 @@ std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg)
 // Closes what is open, resets recorder and playback, and opens the streams: one duplex
 // stream when both sides use the same device, else one per used side. 0 with PortAudio's
 // error text in `msg` (and everything closed) on failure.
-int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output,
-                std::string& msg);
+int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output, std::string& msg);
 // Starts the input stream, then the output stream; 1 if every open one started.
 int startStreams(std::string& msg);
 // Stops and closes both streams, empties the plug-in ring buffer, resets playback.

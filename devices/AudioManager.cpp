@@ -14,8 +14,7 @@ constexpr int kPlaybackPollMs = 20;
 
 } // namespace
 
-AudioManager::AudioManager(QObject* parent)
-    : QObject(parent)
+AudioManager::AudioManager(QObject* parent) : QObject(parent)
 {
     connect(this, &AudioManager::startPlayback, this, &AudioManager::onPlaybackStarted);
     connect(this, &AudioManager::stopPlayback, this, &AudioManager::onPlaybackStopped);
@@ -51,8 +50,8 @@ AudioStreamConfig AudioManager::buildInputConfig(const TGmsl& msl) const
 AudioStreamConfig AudioManager::buildOutputConfig(const AudioStreamConfig& input) const
 {
     std::string msg;
-    AudioStreamConfig config{audio::outputDeviceIndex(outputDeviceName_, msg), -1, -1, 44100, 16,
-                             2, -1.0f};
+    AudioStreamConfig config{
+        audio::outputDeviceIndex(outputDeviceName_, msg), -1, -1, 44100, 16, 2, -1.0f};
     if (input.sampleRate != 0) {
         config.sampleRate = input.sampleRate;
         config.bits = input.bits;

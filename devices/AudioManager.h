@@ -25,7 +25,7 @@ namespace tg {
 class AudioManager : public QObject {
     Q_OBJECT
 
-public:
+  public:
     explicit AudioManager(QObject* parent = nullptr);
 
     // The audio output device chosen in the preferences (a name of the output table).
@@ -51,7 +51,7 @@ public:
     // How often apply() really opened streams (for the tests and the log).
     int openCount() const { return openCount_; }
 
-signals:
+  signals:
     void startPlayback();
     void stopPlayback();
     void frameIndexChanged(unsigned int frame);
@@ -60,15 +60,15 @@ signals:
     void playbackStopped();
     void playPositionChanged(unsigned int frame);
 
-public slots:
+  public slots:
     void onPlaybackStarted();
     void onPlaybackStopped();
     void onFrameIndexChanged(unsigned int frame);
 
-private slots:
+  private slots:
     void pollPlayback();
 
-private:
+  private:
     std::string outputDeviceName_;
     std::string lastMessage_;
     int openCount_ = 0;

@@ -21,8 +21,8 @@ struct AudioStreamConfig {
 inline bool sameConfig(const AudioStreamConfig& a, const AudioStreamConfig& b)
 {
     return a.device == b.device && a.channelLeft == b.channelLeft &&
-           a.channelRight == b.channelRight && a.sampleRate == b.sampleRate &&
-           a.bits == b.bits && a.channels == b.channels && a.latency == b.latency;
+           a.channelRight == b.channelRight && a.sampleRate == b.sampleRate && a.bits == b.bits &&
+           a.channels == b.channels && a.latency == b.latency;
 }
 
 // Bytes of one frame of this side, 0 when bits or channels are unset.

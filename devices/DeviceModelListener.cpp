@@ -8,9 +8,7 @@
 namespace tg {
 
 DeviceModelListener::DeviceModelListener(Model& model, AudioManager* audio, MidiManager* midi)
-    : model_(model)
-    , audio_(audio)
-    , midi_(midi)
+    : model_(model), audio_(audio), midi_(midi)
 {
     model_.addListener(this);
 }

@@ -15,7 +15,7 @@ class Model;
 // Registers itself with `model` on construction and removes itself on destruction; either
 // manager may be null. GUI thread only, like the model.
 class DeviceModelListener : public TonegrabberModelListener {
-public:
+  public:
     DeviceModelListener(Model& model, AudioManager* audio, MidiManager* midi);
     ~DeviceModelListener() override;
     DeviceModelListener(const DeviceModelListener&) = delete;
@@ -25,7 +25,7 @@ public:
     void currentMultiSampleChanged(int index) override;
     void settingChanged(const std::string& key) override;
 
-private:
+  private:
     void multiSampleSwitched();
 
     Model& model_;

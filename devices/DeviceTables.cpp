@@ -67,7 +67,8 @@ int buildMidiDeviceTables(DeviceTables& tables, std::string& log)
     } catch (const std::bad_alloc&) {
         tables.midiIn.clear();
         tables.midiInDevices = 0;
-        log += formatText("\r\n\r\nERROR: %s", "unable to allocate memory for the MIDI input devices");
+        log +=
+            formatText("\r\n\r\nERROR: %s", "unable to allocate memory for the MIDI input devices");
         ok = 0;
     }
     try {
@@ -80,7 +81,8 @@ int buildMidiDeviceTables(DeviceTables& tables, std::string& log)
     } catch (const std::bad_alloc&) {
         tables.midiOut.clear();
         tables.midiOutDevices = 0;
-        log += formatText("\r\n\r\nERROR: %s", "unable to allocate memory for the MIDI output devices");
+        log += formatText("\r\n\r\nERROR: %s",
+                          "unable to allocate memory for the MIDI output devices");
         ok = 0;
     }
     log += formatText("\r\n\t-found %ld MIDI In Device(s)\r\n\t-found %ld MIDI Out Device(s)",

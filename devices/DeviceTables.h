@@ -11,15 +11,16 @@ constexpr int kAudioInEntrySize = 68;  // 67 characters and the terminator
 constexpr int kAudioOutEntrySize = 64; // 63 characters and the terminator
 constexpr int kMidiEntrySize = 32;     // 31 characters and the terminator
 
-extern const char* const kVstPluginEntry; // "-Vst Plugin-"
+extern const char* const kVstPluginEntry;  // "-Vst Plugin-"
 extern const char* const kNoAudioInEntry;  // "-No Audio In-"
 extern const char* const kNoAudioOutEntry; // "-No Audio Out-"
 extern const char* const kNoMidiInEntry;   // "-No MIDI In-"
 extern const char* const kNoMidiOutEntry;  // "-No MIDI Out-"
 
 struct AudioInputEntry {
-    std::string name;                  // cut to 67 characters
-    std::vector<std::string> channels; // ASIO channel names, then "Default"; empty for pseudo entries
+    std::string name; // cut to 67 characters
+    std::vector<std::string>
+        channels; // ASIO channel names, then "Default"; empty for pseudo entries
 };
 
 struct DeviceTables {

@@ -8,7 +8,7 @@ namespace tg {
 // Receives the peak of every input block, on the audio thread: hand the values on (a queued
 // signal, an atomic) and return; never block or allocate here.
 class LevelListener {
-public:
+  public:
     virtual ~LevelListener() = default;
     virtual void onInputPeak(float first, float second) = 0;
 };
@@ -19,7 +19,7 @@ public:
 // its slot empty; remove a listener before destroying it, and while the streams are closed
 // if a callback might still be calling it.
 class LevelListenerList {
-public:
+  public:
     static constexpr int kCapacity = 16;
 
     // GUI thread. False when all slots are taken or the listener is already there.
@@ -62,7 +62,7 @@ public:
                 listener->onInputPeak(first, second);
     }
 
-private:
+  private:
     std::atomic<LevelListener*> slots_[kCapacity] = {};
     std::atomic<int> count_{0};
 };

@@ -20,9 +20,7 @@ constexpr int kNoteDelayMs = 5;
 
 } // namespace
 
-MidiManager::MidiManager(QObject* parent)
-    : QObject(parent)
-    , sender_(midi::sendMidiMessage)
+MidiManager::MidiManager(QObject* parent) : QObject(parent), sender_(midi::sendMidiMessage)
 {
     qRegisterMetaType<std::vector<unsigned char>>("std::vector<unsigned char>");
     qRegisterMetaType<std::vector<unsigned char>>("vectorOfUchar");
@@ -30,7 +28,8 @@ MidiManager::MidiManager(QObject* parent)
     connect(&noteTimer_, &QTimer::timeout, this, &MidiManager::playMidiNote);
     // RtMidi's thread emits; the queued connection carries a copy to the GUI thread.
     connect(this, &MidiManager::midiIn, this, &MidiManager::onMidiIn, Qt::QueuedConnection);
-    midi::setMidiInHandler([this](const std::vector<unsigned char>& message) { emit midiIn(message); });
+    midi::setMidiInHandler(
+        [this](const std::vector<unsigned char>& message) { emit midiIn(message); });
 }
 
 MidiManager::~MidiManager()

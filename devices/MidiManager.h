@@ -24,7 +24,7 @@ namespace tg {
 class MidiManager : public QObject {
     Q_OBJECT
 
-public:
+  public:
     using Sender = std::function<void(const uint8_t* bytes, size_t count)>;
     using NotePlayer = std::function<void(int note)>;
     using CaptureFlag = std::function<bool()>;
@@ -61,14 +61,14 @@ public:
     int pendingNote() const { return pendingNote_; }
     bool notePending() const { return noteTimer_.isActive(); }
 
-signals:
+  signals:
     void midiIn(std::vector<unsigned char> message);
 
-public slots:
+  public slots:
     void onMidiIn(std::vector<unsigned char> message);
     void playMidiNote();
 
-private:
+  private:
     void send(const MidiMessage& message);
 
     Sender sender_;

@@ -28,13 +28,20 @@ uint8_t channelNibble(const MidiOutSettings& settings)
 const char* channelModeText(int controller, int value)
 {
     switch (controller) {
-    case 121: return "chnl mode msg: reset all controllers";
-    case 122: return value > 0 ? "chnl mode msg: local control on" : "chnl mode msg: local control off";
-    case 123: return "chnl mode msg: all notes off";
-    case 124: return "chnl mode msg: omni mode off";
-    case 125: return "chnl mode msg: omni mode on";
-    case 126: return "chnl mode msg: mono mode on";
-    default: return "chnl mode msg: poly mode on";
+    case 121:
+        return "chnl mode msg: reset all controllers";
+    case 122:
+        return value > 0 ? "chnl mode msg: local control on" : "chnl mode msg: local control off";
+    case 123:
+        return "chnl mode msg: all notes off";
+    case 124:
+        return "chnl mode msg: omni mode off";
+    case 125:
+        return "chnl mode msg: omni mode on";
+    case 126:
+        return "chnl mode msg: mono mode on";
+    default:
+        return "chnl mode msg: poly mode on";
     }
 }
 
@@ -52,22 +59,36 @@ std::string controlChangeText(long controller, long value)
 const char* systemText(uint8_t status)
 {
     switch (status) {
-    case 0xF1: return "common msg: MTC quarter-frame";
-    case 0xF2: return "common msg: song position pointer";
-    case 0xF3: return "common msg: song select";
+    case 0xF1:
+        return "common msg: MTC quarter-frame";
+    case 0xF2:
+        return "common msg: song position pointer";
+    case 0xF3:
+        return "common msg: song select";
     case 0xF4:
-    case 0xF5: return "common msg: undefined";
-    case 0xF6: return "common msg: tune request";
-    case 0xF7: return "common msg: end of exclusive";
-    case 0xF8: return "real-time msg: timing clock";
+    case 0xF5:
+        return "common msg: undefined";
+    case 0xF6:
+        return "common msg: tune request";
+    case 0xF7:
+        return "common msg: end of exclusive";
+    case 0xF8:
+        return "real-time msg: timing clock";
     case 0xF9:
-    case 0xFD: return "real-time msg: undefined";
-    case 0xFA: return "real-time msg: start";
-    case 0xFB: return "real-time msg: continue";
-    case 0xFC: return "real-time msg: stop";
-    case 0xFE: return "real-time msg: active sensing";
-    case 0xFF: return "real-time msg: system reset";
-    default: return nullptr;
+    case 0xFD:
+        return "real-time msg: undefined";
+    case 0xFA:
+        return "real-time msg: start";
+    case 0xFB:
+        return "real-time msg: continue";
+    case 0xFC:
+        return "real-time msg: stop";
+    case 0xFE:
+        return "real-time msg: active sensing";
+    case 0xFF:
+        return "real-time msg: system reset";
+    default:
+        return nullptr;
     }
 }
 

@@ -83,14 +83,16 @@ template <typename Object> std::string apiName(Object* object)
     if (object == nullptr)
         return "";
     switch (object->getCurrentApi()) {
-    case RtMidi::LINUX_ALSA: return "alsa";
-    case RtMidi::UNIX_JACK: return "jack";
-    default: return RtMidi::getApiName(object->getCurrentApi());
+    case RtMidi::LINUX_ALSA:
+        return "alsa";
+    case RtMidi::UNIX_JACK:
+        return "jack";
+    default:
+        return RtMidi::getApiName(object->getCurrentApi());
     }
 }
 
-template <typename Object>
-std::vector<std::string> listPorts(Object* object, std::string& msg)
+template <typename Object> std::vector<std::string> listPorts(Object* object, std::string& msg)
 {
     std::vector<std::string> names;
     if (object == nullptr) {

@@ -22,8 +22,8 @@ int64_t sampleAt(const uint8_t* bytes, int bits)
     case 24: {
         // PortAudio's packed 24-bit samples are in native (little-endian) byte order; put
         // them into the top three bytes of a 32-bit value.
-        uint32_t top = (uint32_t(bytes[0]) << 8) | (uint32_t(bytes[1]) << 16) |
-                       (uint32_t(bytes[2]) << 24);
+        uint32_t top =
+            (uint32_t(bytes[0]) << 8) | (uint32_t(bytes[1]) << 16) | (uint32_t(bytes[2]) << 24);
         return static_cast<int32_t>(top);
     }
     default: {
@@ -37,9 +37,12 @@ int64_t sampleAt(const uint8_t* bytes, int bits)
 double fullScale(int bits)
 {
     switch (bits) {
-    case 8: return 127.0;
-    case 16: return 32767.0;
-    default: return 2147483647.0;
+    case 8:
+        return 127.0;
+    case 16:
+        return 32767.0;
+    default:
+        return 2147483647.0;
     }
 }
 

@@ -222,7 +222,8 @@ int Player::playSample(const AudioStreamConfig& output, const WaveFormat& format
             "TGaudio_playSample(): unable to allocate memory for the release audio buffer");
 
     float ratio = 1.0f;
-    if (output.channels != format.nChannels || output.sampleRate != int32_t(format.nSamplesPerSec) ||
+    if (output.channels != format.nChannels ||
+        output.sampleRate != int32_t(format.nSamplesPerSec) ||
         output.bits != format.wBitsPerSample) {
         const WaveFormat target = waveFormatOf(output);
         for (std::vector<uint8_t>& part : parts) {
@@ -298,8 +299,8 @@ void Player::renderBlock(uint8_t* out, unsigned long frames, const AudioStreamCo
         item.position += int64_t(take);
         done += take;
         if (item.position >= item.frames) {
-            const bool leaveLoop = releaseRequested_.load(std::memory_order_acquire) &&
-                                   current_ + 1 < itemCount_;
+            const bool leaveLoop =
+                releaseRequested_.load(std::memory_order_acquire) && current_ + 1 < itemCount_;
             if (item.repeat && !leaveLoop)
                 item.position %= item.frames;
             else

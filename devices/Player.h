@@ -30,7 +30,7 @@ struct PlayItem {
 // written by one side and read by the other. Nothing here allocates or locks on the audio
 // thread.
 class Player {
-public:
+  public:
     static constexpr int kMaxItems = 3;
 
     // GUI thread. Stops what plays, splits the sample into note, loop and release parts,
@@ -39,10 +39,9 @@ public:
     // to play, 0 with `msg` filled when memory or the conversion fails. `loopStart` and
     // `loopEnd` are frames; the loop is the frames from loopStart up to (not including)
     // loopEnd, cut to the frames `noteBytes` holds; loopEnd <= loopStart means no loop.
-    int playSample(const AudioStreamConfig& output, const WaveFormat& format,
-                   const uint8_t* data, size_t noteBytes, int32_t loopStart, int32_t loopEnd,
-                   const uint8_t* releaseData, size_t releaseBytes, std::string& msg,
-                   int64_t startFrame);
+    int playSample(const AudioStreamConfig& output, const WaveFormat& format, const uint8_t* data,
+                   size_t noteBytes, int32_t loopStart, int32_t loopEnd, const uint8_t* releaseData,
+                   size_t releaseBytes, std::string& msg, int64_t startFrame);
 
     // GUI thread, nothing playing. Appends an item at position 0; refuses (0) an item of
     // zero frames, a fourth item, or one whose bytes are not whole frames of its format.
@@ -90,15 +89,15 @@ public:
     // unsigned) from the ring buffer or the play list, fading the block out on a stop.
     void renderBlock(uint8_t* out, unsigned long frames, const AudioStreamConfig& format);
 
-private:
+  private:
     void halt();
     void advanceItem();
     int64_t framesBefore(int index) const;
 
     PlayItem items_[kMaxItems];
     int itemCount_ = 0;
-    int current_ = 0;  // audio thread while playing
-    int next_ = 1;     // the item that follows the current one
+    int current_ = 0; // audio thread while playing
+    int next_ = 1;    // the item that follows the current one
     std::atomic<uint8_t> playing_{0};
     std::atomic<uint8_t> stopRequested_{0};
     std::atomic<uint8_t> finished_{0};

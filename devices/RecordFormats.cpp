@@ -48,35 +48,148 @@ void fillFromCode(uint32_t code, WaveFormat& record)
     uint16_t channels = 0;
     uint16_t bits = 0;
     switch (code) {
-    case 0x1: rate = 11025; channels = 1; bits = 8; break;
-    case 0x2: rate = 11025; channels = 2; bits = 8; break;
-    case 0x10: rate = 22050; channels = 1; bits = 8; break;
-    case 0x20: rate = 22050; channels = 2; bits = 8; break;
-    case 0x100: rate = 44100; channels = 1; bits = 8; break;
-    case 0x200: rate = 44100; channels = 2; bits = 8; break;
-    case 0x1000: rate = 48000; channels = 1; bits = 8; break;
-    case 0x2000: rate = 48000; channels = 2; bits = 8; break;
-    case 0x10000: rate = 96000; channels = 1; bits = 8; break;
-    case 0x20000: rate = 96000; channels = 2; bits = 8; break;
-    case 0x4: rate = 11025; channels = 1; bits = 16; break;
-    case 0x8: rate = 11025; channels = 2; bits = 16; break;
-    case 0x40: rate = 22050; channels = 1; bits = 16; break;
-    case 0x80: rate = 22050; channels = 2; bits = 16; break;
-    case 0x400: rate = 44100; channels = 1; bits = 16; break;
-    case 0x800: rate = 44100; channels = 2; bits = 16; break;
-    case 0x4000: rate = 48000; channels = 1; bits = 16; break;
-    case 0x8000: rate = 48000; channels = 2; bits = 16; break;
-    case 0x40000: rate = 96000; channels = 1; bits = 16; break;
-    case 0x80000: rate = 96000; channels = 2; bits = 16; break;
-    case 0x100010: rate = 44100; channels = 1; bits = 24; break;
-    case 0x100011: rate = 44100; channels = 2; bits = 24; break;
-    case 0x100020: rate = 48000; channels = 1; bits = 24; break;
-    case 0x100021: rate = 48000; channels = 2; bits = 24; break;
-    case 0x100040: rate = 96000; channels = 1; bits = 24; break;
-    case 0x100041: rate = 96000; channels = 2; bits = 24; break;
-    case 0x100080: rate = 192000; channels = 1; bits = 24; break;
-    case 0x100081: rate = 192000; channels = 2; bits = 24; break;
-    default: break;
+    case 0x1:
+        rate = 11025;
+        channels = 1;
+        bits = 8;
+        break;
+    case 0x2:
+        rate = 11025;
+        channels = 2;
+        bits = 8;
+        break;
+    case 0x10:
+        rate = 22050;
+        channels = 1;
+        bits = 8;
+        break;
+    case 0x20:
+        rate = 22050;
+        channels = 2;
+        bits = 8;
+        break;
+    case 0x100:
+        rate = 44100;
+        channels = 1;
+        bits = 8;
+        break;
+    case 0x200:
+        rate = 44100;
+        channels = 2;
+        bits = 8;
+        break;
+    case 0x1000:
+        rate = 48000;
+        channels = 1;
+        bits = 8;
+        break;
+    case 0x2000:
+        rate = 48000;
+        channels = 2;
+        bits = 8;
+        break;
+    case 0x10000:
+        rate = 96000;
+        channels = 1;
+        bits = 8;
+        break;
+    case 0x20000:
+        rate = 96000;
+        channels = 2;
+        bits = 8;
+        break;
+    case 0x4:
+        rate = 11025;
+        channels = 1;
+        bits = 16;
+        break;
+    case 0x8:
+        rate = 11025;
+        channels = 2;
+        bits = 16;
+        break;
+    case 0x40:
+        rate = 22050;
+        channels = 1;
+        bits = 16;
+        break;
+    case 0x80:
+        rate = 22050;
+        channels = 2;
+        bits = 16;
+        break;
+    case 0x400:
+        rate = 44100;
+        channels = 1;
+        bits = 16;
+        break;
+    case 0x800:
+        rate = 44100;
+        channels = 2;
+        bits = 16;
+        break;
+    case 0x4000:
+        rate = 48000;
+        channels = 1;
+        bits = 16;
+        break;
+    case 0x8000:
+        rate = 48000;
+        channels = 2;
+        bits = 16;
+        break;
+    case 0x40000:
+        rate = 96000;
+        channels = 1;
+        bits = 16;
+        break;
+    case 0x80000:
+        rate = 96000;
+        channels = 2;
+        bits = 16;
+        break;
+    case 0x100010:
+        rate = 44100;
+        channels = 1;
+        bits = 24;
+        break;
+    case 0x100011:
+        rate = 44100;
+        channels = 2;
+        bits = 24;
+        break;
+    case 0x100020:
+        rate = 48000;
+        channels = 1;
+        bits = 24;
+        break;
+    case 0x100021:
+        rate = 48000;
+        channels = 2;
+        bits = 24;
+        break;
+    case 0x100040:
+        rate = 96000;
+        channels = 1;
+        bits = 24;
+        break;
+    case 0x100041:
+        rate = 96000;
+        channels = 2;
+        bits = 24;
+        break;
+    case 0x100080:
+        rate = 192000;
+        channels = 1;
+        bits = 24;
+        break;
+    case 0x100081:
+        rate = 192000;
+        channels = 2;
+        bits = 24;
+        break;
+    default:
+        break;
     }
     record.wFormatTag = 1;
     record.nChannels = channels;

@@ -11,11 +11,11 @@ constexpr int kRecordFormatCount = 28;
 constexpr int kRecordFormatNameSize = 28; // 27 characters and the terminator
 
 struct RecordFormatRow {
-    uint32_t code;    // capability bit (first twenty rows) or our own 24-bit code
-    const char* name; // what the Multi-Sample stores under "msl_AudioInFormat"
-    uint32_t rate;    // Hz
+    uint32_t code;     // capability bit (first twenty rows) or our own 24-bit code
+    const char* name;  // what the Multi-Sample stores under "msl_AudioInFormat"
+    uint32_t rate;     // Hz
     uint16_t channels; // 1 or 2
-    uint16_t bits;    // 8, 16 or 24
+    uint16_t bits;     // 8, 16 or 24
 };
 
 // The 28 rows in the order the user sees them.

@@ -18,7 +18,7 @@ struct RecordedTake {
 };
 
 class Recorder {
-public:
+  public:
     // GUI thread. Arms a take of (int)(rate x seconds) frames in `input`'s format: the
     // buffer is reallocated (zero-filled) only when its byte size changes, the write
     // position goes to 0 and the record flag to 1. A take of 0 frames allocates nothing; its
@@ -41,7 +41,7 @@ public:
     // only to read and, at the end of the take, to clear the flag; never allocates.
     void processBlock(const void* input, unsigned long frames);
 
-private:
+  private:
     QMutex flagLock_;
     bool flag_ = false; // guarded by flagLock_
     // Written by the audio thread alone while the flag is set.

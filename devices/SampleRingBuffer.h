@@ -10,7 +10,7 @@
 namespace tg {
 
 class SampleRingBuffer {
-public:
+  public:
     // Any thread, with neither side running: capacity rounded up to a power of two bytes.
     void resize(size_t bytes);
     size_t capacity() const { return storage_.size(); }
@@ -26,7 +26,7 @@ public:
     // Only while neither side runs (streams stopped): forgets what is held.
     void clear();
 
-private:
+  private:
     std::vector<uint8_t> storage_;
     size_t mask_ = 0;
     // Running counts; the difference is what is held. Each is written by one side only.

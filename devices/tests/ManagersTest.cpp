@@ -1,8 +1,8 @@
 // The two managers' reactions to model notifications and incoming MIDI, with the MIDI
 // output captured (the real port is exercised end to end in tests/e2e).
-#include "devices/AudioEngine.h"
 #include "core/Model.h"
 #include "core/SettingsAccessor.h"
+#include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceModelListener.h"
 #include "devices/MidiManager.h"
@@ -43,7 +43,7 @@ template <typename Done> bool processUntil(Done done, int limitMs = 2000)
 }
 
 class MidiManagerTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override
     {
         application();
@@ -232,14 +232,14 @@ TEST(DeviceModelListener, ModelChangesReachBothManagers)
     application();
     Model model;
     ASSERT_TRUE(model.newProject().ok());
-    if (model.currentMultiSample() == nullptr)
+    if (model.currentMultiSample() == nullptr) {
         ASSERT_TRUE(model.addMultiSample().ok());
+    }
     AudioManager audioManager;
     MidiManager midiManager;
     std::vector<Bytes> sent;
-    midiManager.setSender([&](const uint8_t* bytes, size_t count) {
-        sent.push_back(Bytes(bytes, bytes + count));
-    });
+    midiManager.setSender(
+        [&](const uint8_t* bytes, size_t count) { sent.push_back(Bytes(bytes, bytes + count)); });
     DeviceModelListener listener(model, &audioManager, &midiManager);
 
     bool ok = false;

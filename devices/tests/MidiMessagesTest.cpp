@@ -119,7 +119,7 @@ TEST(MidiSend, BulkControllersAscendLeavingOut120)
     settings.controllerTable[1][2] = 1; // LSB 33
     settings.controllerTable[1][3] = 5;
     settings.controllerTable[2][1] = 44; // value but not active: not sent
-    settings.parameterTable[0][0] = 1;  // 64
+    settings.parameterTable[0][0] = 1;   // 64
     settings.parameterTable[0][1] = 127;
     settings.parameterTable[55][0] = 1; // 119
     settings.parameterTable[55][1] = 3;

@@ -36,7 +36,7 @@ std::vector<int16_t> values(std::initializer_list<int> list)
 }
 
 class PlayerTest : public ::testing::Test {
-protected:
+  protected:
     Player player;
     std::string msg;
     WaveFormat format = makeWaveFormat(44100, 1, 16);
@@ -45,7 +45,8 @@ protected:
 TEST_F(PlayerTest, NotePlaysOnceThenLoopRepeatsWhileHeld)
 {
     std::vector<uint8_t> data = numberedSample(6);
-    ASSERT_EQ(player.playSample(kMonoOut, format, data.data(), data.size(), 2, 5, nullptr, 0, msg, 0), 1);
+    ASSERT_EQ(
+        player.playSample(kMonoOut, format, data.data(), data.size(), 2, 5, nullptr, 0, msg, 0), 1);
     ASSERT_EQ(player.itemCount(), 2); // no release data: note and loop only
     EXPECT_EQ(player.item(0).frames, 2);
     EXPECT_EQ(player.item(1).frames, 3);
@@ -60,7 +61,8 @@ TEST_F(PlayerTest, NotePlaysOnceThenLoopRepeatsWhileHeld)
 TEST_F(PlayerTest, EqualLoopPointsPlayTheWholeNoteOnceThenSilence)
 {
     std::vector<uint8_t> data = numberedSample(4);
-    ASSERT_EQ(player.playSample(kMonoOut, format, data.data(), data.size(), 3, 3, nullptr, 0, msg, 0), 1);
+    ASSERT_EQ(
+        player.playSample(kMonoOut, format, data.data(), data.size(), 3, 3, nullptr, 0, msg, 0), 1);
     ASSERT_EQ(player.itemCount(), 1);
     EXPECT_EQ(render(player, 6), values({1, 2, 3, 4, 0, 0}));
     EXPECT_TRUE(player.isFinished());
@@ -73,7 +75,8 @@ TEST_F(PlayerTest, KeyReleaseEndsTheLoopAtItsEndAndPlaysTheRelease)
     std::vector<uint8_t> data = numberedSample(5);
     std::vector<uint8_t> release = numberedSample(2, 100);
     ASSERT_EQ(player.playSample(kMonoOut, format, data.data(), data.size(), 1, 4, release.data(),
-                                release.size(), msg, 0), 1);
+                                release.size(), msg, 0),
+              1);
     ASSERT_EQ(player.itemCount(), 3);
     EXPECT_EQ(render(player, 5), values({1, 2, 3, 4, 2}));
     player.releaseKey();
@@ -131,8 +134,8 @@ TEST_F(PlayerTest, StartFrameWithinAndBeyondTheParts)
     EXPECT_EQ(player.cursorFrame(), 3);
     EXPECT_EQ(render(player, 4), values({4, 5, 3, 4}));
 
-    ASSERT_EQ(player.playSample(kMonoOut, format, data.data(), data.size(), 2, 5, nullptr, 0, msg,
-                                5), 1);
+    ASSERT_EQ(
+        player.playSample(kMonoOut, format, data.data(), data.size(), 2, 5, nullptr, 0, msg, 5), 1);
     EXPECT_FALSE(player.isPlaying());
     EXPECT_EQ(render(player, 2), values({0, 0}));
     EXPECT_EQ(player.setPlayPosition(4), 1);
@@ -172,8 +175,10 @@ TEST_F(PlayerTest, DifferentFormatIsConvertedPartByPartWithItsRatio)
     // 22.05 kHz stereo 8-bit (note 40 frames, loop 20) played at 44.1 kHz mono 16-bit.
     const WaveFormat source = makeWaveFormat(22050, 2, 8);
     std::vector<uint8_t> data(60 * 2, 192);
-    ASSERT_EQ(player.playSample(kMonoOut, source, data.data(), data.size(), 40, 60, nullptr, 0,
-                                msg, 10), 1) << msg;
+    ASSERT_EQ(
+        player.playSample(kMonoOut, source, data.data(), data.size(), 40, 60, nullptr, 0, msg, 10),
+        1)
+        << msg;
     ASSERT_EQ(player.itemCount(), 2);
     EXPECT_FLOAT_EQ(player.item(0).ratio, 0.5f);
     EXPECT_EQ(player.item(0).frames, 80); // twice the frames at twice the rate
@@ -191,8 +196,9 @@ TEST_F(PlayerTest, FailedConversionPlaysNothingAndSaysWhy)
 {
     const AudioStreamConfig oddOutput{0, -1, -1, 44100, 12, 1, -1.0f};
     std::vector<uint8_t> data = numberedSample(8);
-    EXPECT_EQ(player.playSample(oddOutput, format, data.data(), data.size(), 0, 0, nullptr, 0,
-                                msg, 0), 0);
+    EXPECT_EQ(
+        player.playSample(oddOutput, format, data.data(), data.size(), 0, 0, nullptr, 0, msg, 0),
+        0);
     EXPECT_FALSE(msg.empty());
     EXPECT_EQ(player.itemCount(), 0);
     EXPECT_FALSE(player.isPlaying());

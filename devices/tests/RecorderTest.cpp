@@ -1,6 +1,6 @@
 // The one-shot recorder and the input peak rule, driven block by block as the callback does.
-#include "devices/PeakLevel.h"
 #include "devices/Recorder.h"
+#include "devices/PeakLevel.h"
 
 #include <gtest/gtest.h>
 

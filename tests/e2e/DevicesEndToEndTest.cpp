@@ -4,7 +4,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
 #include "devices/MidiPorts.h"
-#include "tests/e2e/AudioThreadAllocations.h"
+#include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
 
@@ -47,8 +47,7 @@ bool contains(const nlohmann::json& list, const std::string& name)
 
 TEST(SoundChainDevices, CliListsTheSynthAsAudioInputAndMidiOutput)
 {
-    const std::string output =
-        runCommand(std::string(TG_CLI_PATH) + " devices --json 2>/dev/null");
+    const std::string output = runCommand(std::string(TG_CLI_PATH) + " devices --json 2>/dev/null");
     const nlohmann::json document = nlohmann::json::parse(output, nullptr, false);
     ASSERT_FALSE(document.is_discarded()) << output;
     EXPECT_TRUE(contains(document["audioIn"], kSynthAudioDevice)) << output;
@@ -68,14 +67,16 @@ TEST(SoundChainDevices, StartUpTablesCountRealDevicesOnly)
     EXPECT_EQ(tables.midiOutDevices, long(tables.midiOut.size()) - 2);
     EXPECT_EQ(tables.midiInDevices, long(tables.midiIn.size()) - 1);
     EXPECT_GE(tables.midiOutDevices, 1);
-    if (::access("/dev/snd/seq", F_OK) != 0) // no sequencer here: JACK MIDI took over
+    if (::access("/dev/snd/seq", F_OK) != 0) { // no sequencer here: JACK MIDI took over
         EXPECT_EQ(midi::midiOutApiName(), "jack");
+    }
     EXPECT_NE(log.find(formatText("\r\n\t-found %ld MIDI In Device(s)\r\n\t-found %ld MIDI Out "
                                   "Device(s)",
                                   tables.midiInDevices, tables.midiOutDevices)),
               std::string::npos);
     EXPECT_GE(audioInTableIndex(tables, kSynthAudioDevice), 0);
-    const AudioInputEntry& synth = tables.audioIn[size_t(audioInTableIndex(tables, kSynthAudioDevice))];
+    const AudioInputEntry& synth =
+        tables.audioIn[size_t(audioInTableIndex(tables, kSynthAudioDevice))];
     EXPECT_EQ(synth.channels, std::vector<std::string>{"Default"}); // no ASIO on JACK
     audio::terminate();
     midi::destroyMidi();
@@ -83,7 +84,7 @@ TEST(SoundChainDevices, StartUpTablesCountRealDevicesOnly)
 
 // Opens the synth's audio as the input at "44.1KHz, Stereo, 16bit" and its MIDI port.
 class SynthRecording : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override
     {
         std::string msg;
@@ -121,13 +122,17 @@ TEST_F(SynthRecording, NoteOnAfterHalfASecondRecordsMiddleC)
 {
     std::string msg;
     ASSERT_TRUE(recordWithActions(2.0,
-                                  {{0.5, [] {
+                                  {{0.5,
+                                    [] {
                                         // Square lead: a steady synthetic tone whose pitch
                                         // does not wander as a piano's attack does.
                                         sendBytes({0xC0, 80});
                                         sendBytes({0x90, 60, 100}); // middle C
                                     }},
-                                   {1.5, [] { sendBytes({0x80, 60, 0}); }}},
+                                   {1.5,
+                                    [] {
+                                        sendBytes({0x80, 60, 0});
+                                    }}},
                                   msg))
         << msg;
     RecordedTake take = audio::recordBuffer();
@@ -161,11 +166,15 @@ TEST_F(SynthRecording, AllNotesOffStopsASustainedNote)
 {
     std::string msg;
     ASSERT_TRUE(recordWithActions(2.0,
-                                  {{0.2, [] {
-                                        sendBytes({0xC0, 19});     // church organ: no decay
+                                  {{0.2,
+                                    [] {
+                                        sendBytes({0xC0, 19}); // church organ: no decay
                                         sendBytes({0x90, 60, 100});
                                     }},
-                                   {1.0, [] { sendBytes({0xB0, 123, 0}); }}},
+                                   {1.0,
+                                    [] {
+                                        sendBytes({0xB0, 123, 0});
+                                    }}},
                                   msg))
         << msg;
     const std::vector<double> left = recordedChannel();
@@ -180,13 +189,20 @@ TEST_F(SynthRecording, ResetAllControllersReleasesTheSustainPedal)
 {
     std::string msg;
     ASSERT_TRUE(recordWithActions(2.0,
-                                  {{0.1, [] {
+                                  {{0.1,
+                                    [] {
                                         sendBytes({0xC0, 19});
                                         sendBytes({0xB0, 64, 127}); // sustain pedal down
                                         sendBytes({0x90, 60, 100});
                                     }},
-                                   {0.4, [] { sendBytes({0x80, 60, 0}); }},
-                                   {1.0, [] { sendBytes({0xB0, 121, 0}); }}},
+                                   {0.4,
+                                    [] {
+                                        sendBytes({0x80, 60, 0});
+                                    }},
+                                   {1.0,
+                                    [] {
+                                        sendBytes({0xB0, 121, 0});
+                                    }}},
                                   msg))
         << msg;
     const std::vector<double> left = recordedChannel();

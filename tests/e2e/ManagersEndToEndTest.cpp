@@ -22,7 +22,7 @@ namespace {
 constexpr double kRate = 44100.0;
 
 class ManagersOnTheSynth : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override
     {
         std::string log;
@@ -51,8 +51,14 @@ protected:
     {
         std::string msg;
         EXPECT_TRUE(recordWithActions(1.0,
-                                      {{0.2, [] { sendBytes({0x90, 60, 100}); }},
-                                       {0.8, [] { sendBytes({0x80, 60, 0}); }}},
+                                      {{0.2,
+                                        [] {
+                                            sendBytes({0x90, 60, 100});
+                                        }},
+                                       {0.8,
+                                        [] {
+                                            sendBytes({0x80, 60, 0});
+                                        }}},
                                       msg))
             << msg;
         RecordedTake take = audio::recordBuffer();
@@ -75,7 +81,8 @@ TEST_F(ManagersOnTheSynth, MultiSampleSettingsOpenTheDevicesAndControllersAreHea
     ASSERT_TRUE(audioManager.lastMessage().empty()) << audioManager.lastMessage();
     EXPECT_EQ(audioManager.openCount(), 1);
     EXPECT_TRUE(audio::inputOpen());
-    EXPECT_EQ(audio::currentInputConfig().device, audio::inputDeviceIndex(kSynthAudioDevice, unused));
+    EXPECT_EQ(audio::currentInputConfig().device,
+              audio::inputDeviceIndex(kSynthAudioDevice, unused));
     EXPECT_EQ(audio::currentInputConfig().sampleRate, 44100);
 
     // The same settings again (another key of the same Multi-Sample changed): no reopen.

@@ -2,7 +2,7 @@
 // dummy server's "system" device is patched into its own input, so the recorder captures
 // exactly what the player sent.
 #include "devices/AudioEngine.h"
-#include "tests/e2e/AudioThreadAllocations.h"
+#include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
 
@@ -88,9 +88,8 @@ TEST(SoundChainPlayback, NoteOnceLoopWhileHeldAndStopFadesWithinOneBlock)
                                   {{0.2,
                                     [&] {
                                         played = TGaudio_playSample(
-                                            out, format, sample.data(), sample.size(),
-                                            kNoteFrames, kNoteFrames + kLoopFrames, nullptr, 0,
-                                            msg, 0);
+                                            out, format, sample.data(), sample.size(), kNoteFrames,
+                                            kNoteFrames + kLoopFrames, nullptr, 0, msg, 0);
                                     }},
                                    {1.2, [] { audio::player().requestStop(); }}},
                                   msg))
@@ -121,7 +120,8 @@ TEST(SoundChainPlayback, NoteOnceLoopWhileHeldAndStopFadesWithinOneBlock)
     for (int64_t k = 0; k < block; ++k) {
         const double held = std::fabs(heldValue(fadeStart + k - onset));
         const double ramp = 1.0 - double(k) / double(block - 1);
-        ASSERT_LE(std::fabs(left[size_t(fadeStart + k)]), held * ramp + kTolerance) << "frame " << k;
+        ASSERT_LE(std::fabs(left[size_t(fadeStart + k)]), held * ramp + kTolerance)
+            << "frame " << k;
     }
     EXPECT_GT(std::fabs(left[size_t(fadeStart + block / 2)]),
               0.3 * std::fabs(heldValue(fadeStart + block / 2 - onset)))

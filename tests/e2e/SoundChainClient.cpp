@@ -4,7 +4,7 @@
 #include "core/Message.h"
 #include "devices/AudioEngine.h"
 #include "devices/MidiPorts.h"
-#include "tests/e2e/AudioThreadAllocations.h"
+#include "tests/e2e/AudioThreadChecks.h"
 
 #include <jack/jack.h>
 
@@ -92,8 +92,8 @@ bool JackPatchbay::disconnect(const std::string& from, const std::string& to)
 std::vector<std::string> JackPatchbay::ports(const std::string& pattern)
 {
     std::vector<std::string> names;
-    const char** list = jack_get_ports(static_cast<jack_client_t*>(client_), pattern.c_str(),
-                                       nullptr, 0);
+    const char** list =
+        jack_get_ports(static_cast<jack_client_t*>(client_), pattern.c_str(), nullptr, 0);
     for (const char** name = list; name != nullptr && *name != nullptr; ++name)
         names.push_back(*name);
     if (list != nullptr)

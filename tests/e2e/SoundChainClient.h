@@ -22,12 +22,12 @@ void sendBytes(std::initializer_list<uint8_t> bytes);
 
 // Keeps the highest peak it was given.
 class PeakRecorder : public LevelListener {
-public:
+  public:
     void onInputPeak(float first, float second) override;
     float highest() const { return highest_.load(); }
     int calls() const { return calls_.load(); }
 
-private:
+  private:
     std::atomic<float> highest_{0.0f};
     std::atomic<int> calls_{0};
 };
@@ -44,7 +44,7 @@ bool recordWithActions(double seconds, std::vector<TimedAction> actions, std::st
 
 // A JACK client of the test's own that rewires ports of the running server.
 class JackPatchbay {
-public:
+  public:
     JackPatchbay();
     ~JackPatchbay();
     bool ok() const { return client_ != nullptr; }
@@ -55,7 +55,7 @@ public:
     // Names of the ports connected to `port`.
     std::vector<std::string> connections(const std::string& port);
 
-private:
+  private:
     void* client_ = nullptr;
 };
 

@@ -1,4 +1,4 @@
-// Counts heap allocations made on threads that marked themselves as audio threads.
+// Counts heap allocations and pthread mutex locks on threads marked as audio threads.
 #pragma once
 
 namespace tg::test {

@@ -1,6 +1,6 @@
 // Replaces the global allocation functions of the test binary to catch an audio callback
 // that allocates: allocation there can block on the allocator's lock and glitch the stream.
-#include "tests/e2e/AudioThreadAllocations.h"
+#include "tests/e2e/AudioThreadChecks.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -215,3 +215,34 @@ TEST_F(SynthRecording, ResetAllControllersReleasesTheSustainPedal)
 
 } // namespace
 } // namespace tg::test
+
+namespace tg::test {
+namespace {
+
+// A 10 ms latency asks for 441 frames per buffer; the engine asks PortAudio for 512 and the
+// stream records as usual. A take of 0 seconds ends at the first block with nothing stored.
+TEST(SoundChainStreams, TenMillisecondLatencyUsesFiveHundredTwelveFrames)
+{
+    std::string msg;
+    ASSERT_EQ(audio::initialize(msg), 1) << msg;
+    const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
+    ASSERT_GE(device, 0) << msg;
+    const AudioStreamConfig input{device, -1, -1, 44100, 16, 2, 0.01f};
+    const AudioStreamConfig noOutput{-1, -1, -1, 44100, 16, 2, -1.0f};
+    ASSERT_EQ(audio::openStreams(input, noOutput, msg), 1) << msg;
+    EXPECT_EQ(audio::inputFramesPerBuffer(), 512u);
+    ASSERT_EQ(audio::startStreams(msg), 1) << msg;
+
+    ASSERT_TRUE(recordWithActions(0.0, {}, msg)) << msg;
+    EXPECT_EQ(audio::recordBuffer().frames, 0);
+    EXPECT_TRUE(audio::recordBuffer().data->empty());
+
+    ASSERT_TRUE(recordWithActions(0.5, {}, msg)) << msg;
+    EXPECT_EQ(audio::recordBuffer().frames, 22050);
+
+    EXPECT_EQ(audio::closeStreams(msg), 1) << msg;
+    audio::terminate();
+}
+
+} // namespace
+} // namespace tg::test

@@ -11,4 +11,7 @@ void addSettingsCommands(CliApp& app);
 // wav-info, aiff-info, convert
 void addAudioFileCommands(CliApp& app);
 
+// audio and MIDI device tables, recording formats (cli/DeviceCommands.cpp)
+void addDeviceCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -122,8 +122,8 @@ json projectJson(const Project& p)
     json multisamples = json::array();
     for (int i = 0; i < p.mslCount; ++i)
         multisamples.push_back(multiSampleJson(p.msl[i]));
-    return {{"name", p.name},         {"projectDir", p.projectDir}, {"dataPath", p.dataPath},
-            {"mslCount", p.mslCount}, {"currentMsl", p.currentMsl}, {"topMsl", p.topMsl},
+    return {{"name", p.name},           {"projectDir", p.projectDir},  {"dataPath", p.dataPath},
+            {"mslCount", p.mslCount},   {"currentMsl", p.currentMsl},  {"topMsl", p.topMsl},
             {"viewValue", p.viewValue}, {"multisamples", multisamples}};
 }
 
@@ -144,8 +144,8 @@ void printProject(const Project& p)
                   << noteName(m.KBrangeOut) << ", " << selected << " selected, " << withAudio
                   << " with audio; MIDI out '" << m.MIDIoutDevice << "' channel "
                   << m.MIDIoutChannel + 1 << ", audio in '" << m.AudioInDevice << "' ("
-                  << m.AudioInFormat << "), note " << m.recordsettings.notelength1
-                  << " s, release " << m.recordsettings.releaselength1 << " s\n";
+                  << m.AudioInFormat << "), note " << m.recordsettings.notelength1 << " s, release "
+                  << m.recordsettings.releaselength1 << " s\n";
     }
 }
 
@@ -258,7 +258,8 @@ void addProjectCommands(CliApp& app)
     made->add_option("--data-path", s.dataPath, "Existing folder for the Key-Sample WAV files")
         ->required();
     made->add_option("--audio-in", s.audioInDevice, "Audio input device name");
-    made->add_option("--format", s.sampleFormat, "Recording format, e.g. \"44.1KHz, Stereo, 16bit\"")
+    made->add_option("--format", s.sampleFormat,
+                     "Recording format, e.g. \"44.1KHz, Stereo, 16bit\"")
         ->check([](const std::string& v) {
             return v.size() <= 36 ? std::string() : std::string("at most 36 characters");
         });
@@ -278,7 +279,8 @@ void addProjectCommands(CliApp& app)
         ->check(CLI::Range(0.0, 1800.0));
     made->add_option("--autoloop", options->autoloop, "off, simple, intermediate or complex")
         ->check(CLI::IsMember({"off", "simple", "intermediate", "complex"}));
-    made->add_option("--loop-start", s.loopStartPercent, "Loop start in % of the sample: 30, 50, 70")
+    made->add_option("--loop-start", s.loopStartPercent,
+                     "Loop start in % of the sample: 30, 50, 70")
         ->check(CLI::IsMember({30, 50, 70}));
     made->add_flag("--semi", options->semi, "Semi-automatic recording");
     made->add_flag("--plugin", s.pluginRecording, "Record the hosted instrument");

@@ -236,8 +236,9 @@ void addSettingsCommands(CliApp& app)
         ->add_option("assignments", options->arguments,
                      "[PATH.TGprj] KEY=VALUE ..., e.g. prefs_recordsettings_notelength1=3.5")
         ->required();
-    command->add_option("--multisample", options->multisample,
-                        "Index of the Multi-Sample for msl_ keys (0-based; default current)")
+    command
+        ->add_option("--multisample", options->multisample,
+                     "Index of the Multi-Sample for msl_ keys (0-based; default current)")
         ->check(CLI::Range(0, 127));
     command->add_flag("--dry-run", options->dryRun, "Change nothing on disk");
 }

@@ -15,10 +15,10 @@ namespace tg {
 
 class Model;
 
-constexpr int32_t kProjectFileVersion = 2980;      // the version written; newer ones are refused
+constexpr int32_t kProjectFileVersion = 2980; // the version written; newer ones are refused
 constexpr const char* kProjectSignature = "Tonegrabber Project"; // stored with its NUL: 20 bytes
 constexpr size_t kProjectSignatureSize = 20;
-constexpr size_t kKeyBlockSize = 194;              // one key record in a version-2980 file
+constexpr size_t kKeyBlockSize = 194; // one key record in a version-2980 file
 constexpr const char* kProjectExtension = "TGprj";
 // Stored sizes the reader cuts strings to (terminating NUL included).
 constexpr int kStoredAudioInDeviceSize = 64;
@@ -52,10 +52,10 @@ class MemorySource : public ByteSource {
 
 // What the reader needs besides the bytes.
 struct ProjectReadContext {
-    std::string projectDir;     // folder of the file: base of a ".." data path
-    std::string userDataFolder; // base of a "." data path
+    std::string projectDir;        // folder of the file: base of a ".." data path
+    std::string userDataFolder;    // base of a "." data path
     int audioInputDeviceCount = 0; // entries of the rebuilt channel lists
-    WavRateReader wavRate;      // for the silence markers of files older than 2250; may be empty
+    WavRateReader wavRate;         // for the silence markers of files older than 2250; may be empty
 };
 
 // The bytes of the project file of `project`, with `storedDataPath` as its data path text.

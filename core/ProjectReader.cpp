@@ -33,7 +33,7 @@ bool MemorySource::skip(size_t count)
 
 namespace {
 
-constexpr double kMaxNoteLength = 3600.0;   // seconds
+constexpr double kMaxNoteLength = 3600.0;    // seconds
 constexpr double kMaxReleaseLength = 1800.0; // seconds
 
 class FieldReader {
@@ -205,8 +205,7 @@ bool readRecordSettings(FieldReader& in, int32_t version, RecordSettings& rs)
     if (version >= 2980 && !in.narrowed(rs.autogain))
         return false;
     if (!in.f64(rs.loopsearchlength) || !in.f64(rs.loopstart) || !in.f64(rs.loopoutsearchstart) ||
-        !in.f64(rs.xfadelength) ||
-        !in.string(rs.xfadetype, sizeof rs.xfadetype, kCurveNameSize) ||
+        !in.f64(rs.xfadelength) || !in.string(rs.xfadetype, sizeof rs.xfadetype, kCurveNameSize) ||
         !in.f64(rs.bfxfadelength) ||
         !in.string(rs.bfxfadetype, sizeof rs.bfxfadetype, kCurveNameSize))
         return false;

@@ -95,9 +95,8 @@ std::string startupProjectFolder(const CoreFolders& folders)
     return joinPath(joinPath(folders.userDataFolder, "Data"), "StartupProjects");
 }
 
-int loadStartupProjects(Model& model, const CoreFolders& folders,
-                        const ProjectLoadOptions& options, ProjectLoadOutcome& outcome,
-                        std::string& message)
+int loadStartupProjects(Model& model, const CoreFolders& folders, const ProjectLoadOptions& options,
+                        ProjectLoadOutcome& outcome, std::string& message)
 {
     if (!model.preferences().loadPrjAtStartup)
         return 1;

@@ -43,8 +43,7 @@ std::string startupProjectFolder(const CoreFolders& folders);
 
 // Loads every *.TGprj file of the start-up project folder, when the preferences ask for it and
 // the folder exists. Returns the result of the load (1 when there was nothing to load).
-int loadStartupProjects(Model& model, const CoreFolders& folders,
-                        const ProjectLoadOptions& options, ProjectLoadOutcome& outcome,
-                        std::string& message);
+int loadStartupProjects(Model& model, const CoreFolders& folders, const ProjectLoadOptions& options,
+                        ProjectLoadOutcome& outcome, std::string& message);
 
 } // namespace tg

@@ -56,13 +56,31 @@ std::vector<VelocityRange> splitVelocities(int layers)
 void keyboardRangeFor(int keyCount, uint16_t& low, uint16_t& high)
 {
     switch (keyCount) {
-    case 37: low = 48; high = 84; break;
-    case 49: low = 36; high = 84; break;
-    case 61: low = 36; high = 96; break;
-    case 76: low = 28; high = 103; break;
+    case 37:
+        low = 48;
+        high = 84;
+        break;
+    case 49:
+        low = 36;
+        high = 84;
+        break;
+    case 61:
+        low = 36;
+        high = 96;
+        break;
+    case 76:
+        low = 28;
+        high = 103;
+        break;
     case 88:
-    case 128: low = 21; high = 108; break; // 128 keys give the 88-key range, as designed
-    default: low = 0; high = 127; break;
+    case 128:
+        low = 21;
+        high = 108;
+        break; // 128 keys give the 88-key range, as designed
+    default:
+        low = 0;
+        high = 127;
+        break;
     }
 }
 
@@ -76,8 +94,12 @@ void applyAutoLoop(RecordSettings& rs, const ProjectSetupRecord& setup)
     copyText(rs.xfadetype, "Exponential^2");
     copyText(rs.bfxfadetype, "Exponential^2");
     switch (setup.complexity) {
-    case LoopComplexity::Simple: rs.xfadelength = 0.75; break;
-    case LoopComplexity::Intermediate: rs.xfadelength = 25.0; break;
+    case LoopComplexity::Simple:
+        rs.xfadelength = 0.75;
+        break;
+    case LoopComplexity::Intermediate:
+        rs.xfadelength = 25.0;
+        break;
     case LoopComplexity::Complex:
         rs.xfadelength = 24.5;
         rs.bfxfadelength = 25.0;

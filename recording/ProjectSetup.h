@@ -16,23 +16,23 @@ enum class LoopComplexity { Simple = 0, Intermediate = 1, Complex = 2 };
 
 struct ProjectSetupRecord {
     std::string name = "MyProject";
-    std::string dataPath;                          // an existing folder
-    int audioInDeviceRow = 0;                      // current row of the audio input list
-    std::string audioInDevice;                     // its name
+    std::string dataPath;      // an existing folder
+    int audioInDeviceRow = 0;  // current row of the audio input list
+    std::string audioInDevice; // its name
     std::string sampleFormat = "44.1KHz, Stereo, 16bit";
-    bool automatic = true;                         // false: semi-automatic recording
-    bool pluginRecording = false;                  // the hosted instrument is the source
+    bool automatic = true;        // false: semi-automatic recording
+    bool pluginRecording = false; // the hosted instrument is the source
     std::string midiOutDevice;
-    int midiChannel = 1;                           // 1..16
-    int midiProgram = 0;                           // 0..127; 0 = no program change is sent
-    int keyCount = 37;                             // 37, 49, 61, 76, 88 or 128
-    int velocityLayers = 1;                        // 1..127
-    int keyStep = 1;                               // distance between recorded keys
-    double noteLength = 2.5;                       // seconds
-    float releaseLength = 0.0f;                    // seconds
+    int midiChannel = 1;        // 1..16
+    int midiProgram = 0;        // 0..127; 0 = no program change is sent
+    int keyCount = 37;          // 37, 49, 61, 76, 88 or 128
+    int velocityLayers = 1;     // 1..127
+    int keyStep = 1;            // distance between recorded keys
+    double noteLength = 2.5;    // seconds
+    float releaseLength = 0.0f; // seconds
     bool autoLoop = false;
     LoopComplexity complexity = LoopComplexity::Intermediate;
-    int loopStartPercent = 50;                     // 30, 50 or 70
+    int loopStartPercent = 50; // 30, 50 or 70
 };
 
 constexpr const char* kPluginDeviceName = "-Vst Plugin-";

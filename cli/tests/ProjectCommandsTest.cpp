@@ -62,10 +62,12 @@ class ProjectCommands : public ::testing::Test {
 
 TEST_F(ProjectCommands, NewWithThreeLayersOf61KeysShowsInInfo)
 {
-    create({"--layers", "3", "--keys", "61", "--step", "3", "--channel", "2", "--program", "10",
-            "--midi-out", "Synth", "--audio-in", "Line In", "--format", "48KHz, Mono, 24bit",
-            "--note-length", "12", "--release-length", "0.5", "--autoloop", "complex",
-            "--loop-start", "70"});
+    create({"--layers",      "3",       "--keys",           "61",
+            "--step",        "3",       "--channel",        "2",
+            "--program",     "10",      "--midi-out",       "Synth",
+            "--audio-in",    "Line In", "--format",         "48KHz, Mono, 24bit",
+            "--note-length", "12",      "--release-length", "0.5",
+            "--autoloop",    "complex", "--loop-start",     "70"});
     const nlohmann::json doc = info();
     EXPECT_EQ(doc["name"], "Strings");
     EXPECT_EQ(doc["projectDir"], dir.path());

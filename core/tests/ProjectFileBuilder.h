@@ -33,7 +33,7 @@ struct StoredMultiSample {
     std::string audioInDevice = "Dev In", audioInFormat = "44.1KHz, Stereo, 16bit";
     std::string midiOutDevice = "Synth";
     uint16_t shorts[9] = {2, 1, 5, 100, 30, 0, 1, 36, 96}; // channel .. KBrangeOut in file order
-    StoredKey key;                                          // every key gets these values
+    StoredKey key;                                         // every key gets these values
     double notelength1 = 4.0, notelength2 = 2.0, releaselength1 = 1.0, releaselength2 = 0.5;
     uint16_t notelength2Active = 1, releaselength2Active = 1, clickpopred = 0, zerocrossing = 0;
     int32_t latency = 33;

@@ -1,7 +1,7 @@
 // The project file: layout of what is written, round trips through the reader, limits and
 // clamps, the failure messages, and the data path forms.
-#include "core/Model.h"
 #include "core/ProjectFile.h"
+#include "core/Model.h"
 #include "core/tests/ProjectFileBuilder.h"
 #include "tests/support/TempDir.h"
 
@@ -213,7 +213,8 @@ class ProjectFileTest : public ::testing::Test {
     }
     void writeFile(const std::string& name, const std::vector<uint8_t>& bytes)
     {
-        ASSERT_TRUE(tg::test::writeFileBytes(dir.file(name), std::string(bytes.begin(), bytes.end())));
+        ASSERT_TRUE(
+            tg::test::writeFileBytes(dir.file(name), std::string(bytes.begin(), bytes.end())));
     }
     std::string readError(const std::string& name)
     {
@@ -275,8 +276,9 @@ TEST(ProjectFileLayout, KeyBlocksAre194BytesWithFieldsAtTheirOffsets)
     EXPECT_EQ(bytes[key0 + 193], 0x7F);
     EXPECT_EQ(bytes[key0 + 194], 0); // key 1 starts: keyState 0
     // The Multi-Sample block ends after 128 key blocks and the record settings.
-    EXPECT_EQ(bytes.size(), key0 + 128 * 194 + (8 + 2 + 8 + 8 + 2 + 8 + 2 + 2 + 4 + 24 + 2 + 2 +
-                                                 32 + 18 + 8 + 18 + 12));
+    EXPECT_EQ(bytes.size(),
+              key0 + 128 * 194 +
+                  (8 + 2 + 8 + 8 + 2 + 8 + 2 + 2 + 4 + 24 + 2 + 2 + 32 + 18 + 8 + 18 + 12));
 }
 
 TEST(ProjectFileLayout, DeviceNamesAreStoredUpToTheirFirstLineFeed)
@@ -404,8 +406,9 @@ TEST_F(ProjectFileTest, BaseNameOf49CharactersIsCutTo47WithAWarning)
     ASSERT_TRUE(load({base + ".TGprj"}, {true, false, {}})) << message;
     EXPECT_EQ(std::string(model.project(0).name), std::string(47, 'n'));
     ASSERT_EQ(outcome.warnings.size(), 1u);
-    EXPECT_EQ(outcome.warnings[0], "The name of the project is too long and will be truncated\n\n\"" +
-                                       base + "\"\nwill become\n\"" + std::string(47, 'n') + "\"");
+    EXPECT_EQ(outcome.warnings[0],
+              "The name of the project is too long and will be truncated\n\n\"" + base +
+                  "\"\nwill become\n\"" + std::string(47, 'n') + "\"");
 }
 
 TEST_F(ProjectFileTest, StoredStringLengthsAreBoundedByFieldAndFile)
@@ -478,7 +481,8 @@ TEST_F(ProjectFileTest, LoadFailuresStopWithTheirMessagesAndKeepEarlierProjects)
     EXPECT_EQ(model.projectCount(), 2); // B stays loaded
 
     EXPECT_FALSE(load({"A.TGprj"}, {true, false, {}}));
-    EXPECT_EQ(message, "The name \"A\" is already in use.\n\nLoading will be canceled at this point.");
+    EXPECT_EQ(message,
+              "The name \"A\" is already in use.\n\nLoading will be canceled at this point.");
     ASSERT_TRUE(load({"A.TGprj"}, {true, true, {}})); // the check can be skipped
     EXPECT_EQ(model.projectCount(), 3);
 

@@ -1,10 +1,10 @@
 // Start-up without the GUI: the initialization log, the steps and their order, the fatal audio
 // step, the user data folder, and the start-up projects.
+#include "core/Startup.h"
 #include "core/Model.h"
 #include "core/Paths.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
-#include "core/Startup.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,8 @@ const std::string kLogEnd = "\r\n\r\n\r\n\r\n******* initialization finished.\r\
 
 bool endsWith(const std::string& text, const std::string& end)
 {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
 class Startup : public ::testing::Test {
@@ -38,7 +39,10 @@ class Startup : public ::testing::Test {
         folders = tg::determineCoreFolders();
         hooks.progress = [this](const std::string& step) { steps.push_back(step); };
     }
-    std::string log() { return tg::test::readFileBytes(folders.userDataFolder + "/tg_init_log.txt"); }
+    std::string log()
+    {
+        return tg::test::readFileBytes(folders.userDataFolder + "/tg_init_log.txt");
+    }
 };
 
 TEST_F(Startup, GoodStartWritesTheWholeLogAndRunsEveryStep)
@@ -68,10 +72,9 @@ TEST_F(Startup, GoodStartWritesTheWholeLogAndRunsEveryStep)
                         "\r\n\r\n-loading the projects contained in the folder "
                         "\"Data\\StartupProjects\":" +
                         kLogEnd);
-    EXPECT_EQ(steps, (std::vector<std::string>{"Start Initialization ...",
-                                               "Initializing MIDI Devices",
-                                               "Initialize Audio (Step 1)",
-                                               "Loading Startup Projects"}));
+    EXPECT_EQ(steps,
+              (std::vector<std::string>{"Start Initialization ...", "Initializing MIDI Devices",
+                                        "Initialize Audio (Step 1)", "Loading Startup Projects"}));
     EXPECT_EQ(measured, 1);
     EXPECT_EQ(model.audioInputDeviceCount(), 4);
 }

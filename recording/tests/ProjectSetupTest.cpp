@@ -45,7 +45,7 @@ TEST(VelocitySplit, SpareVelocitiesGoToTheLaterLayers)
 TEST(KeyboardRange, FollowsTheKeyCountAnd128KeysGiveThe88KeyRange)
 {
     const std::vector<std::tuple<int, int, int>> cases = {
-        {37, 48, 84}, {49, 36, 84}, {61, 36, 96}, {76, 28, 103},
+        {37, 48, 84},  {49, 36, 84},   {61, 36, 96}, {76, 28, 103},
         {88, 21, 108}, {128, 21, 108}, {50, 0, 127}};
     for (const auto& [count, low, high] : cases) {
         uint16_t in = 1, out = 1;

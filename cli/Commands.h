@@ -5,8 +5,11 @@ namespace tg::cli {
 
 class CliApp;
 
-// `set KEY=VALUE ...`: preferences keys through the keyed settings accessor.
+// `set [PATH.TGprj] [--multisample I] KEY=VALUE ...`: the keyed settings accessor.
 void addSettingsCommands(CliApp& app);
+
+// new, info
+void addProjectCommands(CliApp& app);
 
 // wav-info, aiff-info, convert
 void addAudioFileCommands(CliApp& app);

@@ -8,5 +8,6 @@ int main(int argc, char** argv)
     tg::cli::addSettingsCommands(app);
     tg::cli::addAudioFileCommands(app);
     tg::cli::addDeviceCommands(app);
+    tg::cli::addProjectCommands(app);
     return app.run(argc, argv);
 }

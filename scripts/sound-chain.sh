@@ -117,7 +117,9 @@ start_chain() {
     # of input, so the synth stays up until it is stopped by its id.
     rm -f "$state/fluidsynth.cmd"
     mkfifo "$state/fluidsynth.cmd"
-    fluidsynth -a jack -m jack -g 1.0 -r "$RATE" \
+    # Reverb and chorus off: a dry synth falls silent as soon as its notes end, so one
+    # take's tail never reaches the next take.
+    fluidsynth -a jack -m jack -g 1.0 -r "$RATE" -R 0 -C 0 \
         -o audio.jack.id=fluidsynth -o midi.jack.id=fluidsynth \
         "$SOUNDFONT" <>"$state/fluidsynth.cmd" >"$state/fluidsynth.log" 2>&1 &
     echo $! >"$state/fluidsynth.pid"

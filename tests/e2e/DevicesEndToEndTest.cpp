@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -92,6 +93,9 @@ class SynthRecording : public ::testing::Test {
         const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
         ASSERT_GE(device, 0) << msg;
         ASSERT_TRUE(openMidiOutByName(kSynthMidiPort, msg)) << msg;
+        // Whatever an earlier test left sounding is cut before this one listens.
+        sendBytes({0xB0, 120, 0});
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
         const AudioStreamConfig input{device, -1, -1, 44100, 16, 2, -1.0f};
         const AudioStreamConfig noOutput{-1, -1, -1, 44100, 16, 2, -1.0f};
         ASSERT_EQ(audio::openStreams(input, noOutput, msg), 1) << msg;

@@ -28,7 +28,8 @@ int readWav(const std::string& path, WaveFormat& format, std::vector<uint8_t>& d
 
 // Writes a 16-byte PCM `fmt `, one `data` chunk made of the three buffers in turn (a null
 // buffer counts as empty), an optional `smpl` chunk with one forward loop, and the closing
-// "tngb" chunk. Returns 1, or 0 with `message`.
+// "tngb" chunk. An odd data chunk is followed by a pad byte only when a `smpl` chunk follows.
+// Returns 1, or 0 with `message`.
 int writeWav(const std::string& path, const WaveFormat& format, const uint8_t* a, int32_t aBytes,
              const uint8_t* b, int32_t bBytes, const uint8_t* c, int32_t cBytes,
              std::string& message, const WavLoopInfo* loop = nullptr);

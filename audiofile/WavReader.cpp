@@ -78,6 +78,15 @@ int readFormatFields(BinaryFile& file, const std::string& path, WaveFormat& form
     return 1;
 }
 
+// Chunk ids are four printable ASCII characters.
+bool isChunkId(const char (&id)[4])
+{
+    for (char ch : id)
+        if (ch < 0x20 || ch > 0x7E)
+            return false;
+    return true;
+}
+
 int32_t framesOf(uint32_t bytes, uint16_t blockAlign)
 {
     if (blockAlign == 0)
@@ -156,14 +165,23 @@ int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStar
 
     // The loop is optional: running out of chunks before a `smpl` is still success.
     file.seek(afterWave);
+    bool afterOddChunk = false;
     for (;;) {
-        if (!file.readId(id) || !file.readU32LE(size))
+        const int64_t here = file.tell();
+        if (!file.readId(id))
+            return 1;
+        // Our files have no pad byte after an odd data chunk, except before a `smpl` chunk,
+        // where other readers need one to find the loop; step over it when it is there.
+        if (afterOddChunk && !isChunkId(id) && !(file.seek(here + 1) && file.readId(id)))
+            return 1;
+        if (!file.readU32LE(size))
             return 1;
         if (sameId(id, "smpl")) {
             readSamplerChunk(file, loopStart, loopEnd, rootKey);
             return 1;
         }
         file.skipClamped(size);
+        afterOddChunk = (size & 1u) != 0;
     }
 }
 

@@ -51,7 +51,10 @@ int writeWav(const std::string& path, const WaveFormat& format, const uint8_t* a
 {
     const uint32_t na = byteCount(a, aBytes), nb = byteCount(b, bBytes), nc = byteCount(c, cBytes);
     const uint32_t dataBytes = na + nb + nc;
-    const uint32_t samplerBytes = loop ? 8 + kSamplerChunkBody : 0;
+    // Without a loop an odd data chunk gets no pad byte. With one, it does: the `smpl` chunk
+    // must start on an even offset or other readers lose the loop.
+    const uint32_t padBytes = loop ? (dataBytes & 1u) : 0;
+    const uint32_t samplerBytes = loop ? padBytes + 8 + kSamplerChunkBody : 0;
 
     BinaryFile file;
     if (!file.openForWriting(path))
@@ -63,7 +66,8 @@ int writeWav(const std::string& path, const WaveFormat& format, const uint8_t* a
               file.writeU16LE(format.wBitsPerSample) && file.writeText("data") &&
               file.writeU32LE(dataBytes) && file.write(a, na) && file.write(b, nb) &&
               file.write(c, nc);
-    // No pad byte after an odd data chunk: the following chunks start right after it.
+    if (ok && padBytes)
+        ok = file.write("", 1);
     if (ok && loop)
         ok = writeSamplerChunk(file, format, *loop);
     ok = ok && file.writeText("tngb") && file.writeU32LE(kOwnChunkText) &&

@@ -5,5 +5,7 @@
 int main(int argc, char** argv)
 {
     tg::cli::CliApp app;
+    tg::cli::addSettingsCommands(app);
+    tg::cli::addAudioFileCommands(app);
     return app.run(argc, argv);
 }

@@ -75,12 +75,14 @@ TEST(WavWriter, LoopAddsSamplerChunkBetweenDataAndOwnChunk)
 {
     TempDir dir;
     const WaveFormat format = makeWaveFormat(22050, 1, 24);
-    const auto a = ramp(3 * 101, 9); // odd byte count: no pad before `smpl` either
+    const auto a = ramp(3 * 101, 9); // odd byte count: a pad byte keeps `smpl` on an even offset
     WavLoopInfo loop{10, 80, 57};
     std::string message;
     ASSERT_EQ(writeWav(dir.file("l.wav"), format, a, message, &loop), 1);
     const std::string file = readFileBytes(dir.file("l.wav"));
-    const size_t smpl = 44 + a.size();
+    EXPECT_EQ(loadU32LE(at(file, 40)), a.size());
+    EXPECT_EQ(file[44 + a.size()], '\0');
+    const size_t smpl = 44 + a.size() + 1;
     ASSERT_EQ(file.size(), smpl + 68 + 16);
     EXPECT_EQ(loadU32LE(at(file, 4)), file.size() - 8);
     EXPECT_EQ(file.substr(smpl, 4), "smpl");

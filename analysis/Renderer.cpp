@@ -83,6 +83,7 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
     out->note.clear();
     out->release.clear();
     out->loopStart = out->loopEnd = 0;
+    out->frames = 0;
     const WaveFormat& format = *wft_in;
     const int64_t frames =
         pcm::isSupportedFormat(format) ? static_cast<int64_t>(*nbuff_in / format.nBlockAlign) : 0;
@@ -168,10 +169,12 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
         }
     }
 
+    const int64_t renderedFrames = static_cast<int64_t>(note.size() / format.nBlockAlign);
     // Every rendered note has an even byte count (RIFF chunks are word aligned).
     if (note.size() % 2 != 0)
         note.push_back(0);
     out->format = format;
+    out->frames = renderedFrames;
     out->loopStart = static_cast<int32_t>(loopStart);
     out->loopEnd = static_cast<int32_t>(loopEnd);
     return 1;

@@ -160,6 +160,7 @@ TEST(Renderer, LoopEndNotAfterLoopStartRendersThePlainNote)
         RenderedNote out;
         ASSERT_TRUE(render(key, format, data, out));
         EXPECT_EQ(out.note.size(), 802u); // 801 frames, raised to an even count
+        EXPECT_EQ(out.frames, 801);
         EXPECT_EQ(out.loopStart, 0);
         EXPECT_EQ(out.loopEnd, 800);
         EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);

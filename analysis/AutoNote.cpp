@@ -19,8 +19,8 @@ void autoNote(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     const int64_t frames = static_cast<int64_t>(bytes / format.nBlockAlign);
     if (frames < 1)
         return;
-    const int32_t finderBytes = static_cast<int32_t>(std::min<int64_t>(
-        frames * format.nBlockAlign, INT32_MAX - INT32_MAX % format.nBlockAlign));
+    const int32_t finderBytes = static_cast<int32_t>(
+        std::min<int64_t>(frames * format.nBlockAlign, INT32_MAX - INT32_MAX % format.nBlockAlign));
     const int32_t last = static_cast<int32_t>(std::min<int64_t>(frames - 1, INT32_MAX));
 
     if (options.silenceReference != nullptr && options.silenceReference != &key) {
@@ -48,8 +48,9 @@ void autoNote(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     const TGmsl_key* reference = options.lengthReference;
     if (reference != nullptr && reference != &key && options.lengthReferenceRate > 0) {
         // The same duration in seconds, whatever the rates of the two recordings.
-        const double seconds = static_cast<double>(int64_t{reference->Note_Out} - reference->Note_In) /
-                               options.lengthReferenceRate;
+        const double seconds =
+            static_cast<double>(int64_t{reference->Note_Out} - reference->Note_In) /
+            options.lengthReferenceRate;
         const int64_t length = static_cast<int64_t>(format.nSamplesPerSec * seconds);
         key.Note_Out = static_cast<int32_t>(
             std::clamp<int64_t>(int64_t{key.Note_In} + length, key.Note_In, last));

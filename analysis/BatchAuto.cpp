@@ -24,20 +24,22 @@ int batchAutoNoteLoop(Project& project, KeyScope scope, int msl, const BatchAuto
         WaveFormat format;
         int32_t loopStart, loopEnd, rootKey, frames;
         std::string ignored;
-        if (readWavHeader(keySampleFileName(project, project.msl[options.loadedMsl], options.loadedNote),
-                          format, loopStart, loopEnd, rootKey, frames, ignored))
+        if (readWavHeader(
+                keySampleFileName(project, project.msl[options.loadedMsl], options.loadedNote),
+                format, loopStart, loopEnd, rootKey, frames, ignored))
             loadedRate = format.nSamplesPerSec;
     }
 
     LoopPercentages fromLoaded;
-    const bool loadedPercentages = options.autoLoop && options.loopSource == LoopSource::LoadedKey &&
-                                   hasLoaded && loopPercentagesFromKey(loaded, fromLoaded);
+    const bool loadedPercentages = options.autoLoop &&
+                                   options.loopSource == LoopSource::LoadedKey && hasLoaded &&
+                                   loopPercentagesFromKey(loaded, fromLoaded);
 
     for (size_t i = 0; i < keys.size(); ++i) {
         TGmsl& m = project.msl[keys[i].msl];
         TGmsl_key& key = m.keys[keys[i].note];
-        const bool isLoaded = hasLoaded && keys[i].msl == options.loadedMsl &&
-                              keys[i].note == options.loadedNote;
+        const bool isLoaded =
+            hasLoaded && keys[i].msl == options.loadedMsl && keys[i].note == options.loadedNote;
         const std::string text = formatText("Multi-Sample: %s  Working on Key: %s", m.name,
                                             noteName(keys[i].note).c_str());
         if (progress && !progress(text, static_cast<double>(i) / keys.size()))

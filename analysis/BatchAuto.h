@@ -16,12 +16,14 @@ struct BatchAutoOptions {
     bool autoNote = true;  // "Auto-Note (using the Multi-Sample Record Settings)"
     bool autoLoop = false; // "Auto-Loop"
     LoopSource loopSource = LoopSource::Settings;
-    bool equalNoteLength = false; // "Make all Note Lengths equal the loaded Key-Sample's Note Length"
-    bool equalSilence = false;    // "Set all Silence Markers equal the loaded Key-Sample's Silence Markers"
-    bool releaseOff = false;      // "Turn Release off"
-    int loadedMsl = -1;           // the loaded Key-Sample (reference of the options above)
+    bool equalNoteLength =
+        false; // "Make all Note Lengths equal the loaded Key-Sample's Note Length"
+    bool equalSilence =
+        false; // "Set all Silence Markers equal the loaded Key-Sample's Silence Markers"
+    bool releaseOff = false; // "Turn Release off"
+    int loadedMsl = -1;      // the loaded Key-Sample (reference of the options above)
     int loadedNote = -1;
-    LoopScanOptions scan;         // instruction set and threads of the loop search
+    LoopScanOptions scan; // instruction set and threads of the loop search
 };
 
 // Runs auto-note and/or auto-loop on every Key-Sample with audio of the scope (`scope` is

@@ -9,9 +9,9 @@ namespace tg {
 namespace {
 
 const char* const kNames[kFadeCurveCount] = {
-    "Linear",       "Sinus",        "Exponential^2", "Log2",          "Exp^2 +1.5dB",
-    "Exp^2 +3.0dB", "Exp^2 +4.5dB", "Exp^2 +6.0dB",  "Exp^2 +7.5dB",  "Exp^2 +9.0dB",
-    "Exponential^3", "Exponential^4", "Log3",        "Log4"};
+    "Linear",        "Sinus",         "Exponential^2", "Log2",         "Exp^2 +1.5dB",
+    "Exp^2 +3.0dB",  "Exp^2 +4.5dB",  "Exp^2 +6.0dB",  "Exp^2 +7.5dB", "Exp^2 +9.0dB",
+    "Exponential^3", "Exponential^4", "Log3",          "Log4"};
 
 // The gain pair of a power curve: a = 1 - t^e, b = 1 - (1 - t)^e, normalised to sum 1.
 void normalisedPower(double t, double exponent, double& a, double& b)
@@ -70,15 +70,24 @@ void fadeCurve(double t, int index, double& a, double& b)
         a = 0.5 + 0.5 * std::cos(3.141592654 * t);
         b = 1.0 - a;
         return;
-    case 3: normalisedPower(t, 0.5, a, b); return;
-    case 10: normalisedPower(t, 3.0, a, b); return;
-    case 11: normalisedPower(t, 4.0, a, b); return;
+    case 3:
+        normalisedPower(t, 0.5, a, b);
+        return;
+    case 10:
+        normalisedPower(t, 3.0, a, b);
+        return;
+    case 11:
+        normalisedPower(t, 4.0, a, b);
+        return;
     case 12:
         // Deliberately 0.3333, not one third: the curve is defined with this value.
         normalisedPower(t, 0.3333, a, b);
         return;
-    case 13: normalisedPower(t, 0.25, a, b); return;
-    default: break;
+    case 13:
+        normalisedPower(t, 0.25, a, b);
+        return;
+    default:
+        break;
     }
 
     // Index 2 and the boosted rows 4..9 share the squared curve.

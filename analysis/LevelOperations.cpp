@@ -53,7 +53,8 @@ int forEachKey(const Project& project, KeyScope scope, int msl, int note, const 
                 if (!work(m, n))
                     return 0;
                 const std::string text = progressText(label, slots + 1, msls.size());
-                if (progress && !progress(text, static_cast<double>(slots + 1) / (kKeyCount * msls.size())))
+                if (progress &&
+                    !progress(text, static_cast<double>(slots + 1) / (kKeyCount * msls.size())))
                     return kJobCancelled;
             }
         }
@@ -70,7 +71,8 @@ int normalizeKeySample(const Project& project, int msl, int note, double targetD
     if (!readKey(project, msl, note, audio, message))
         return 0;
     const LevelRegion region = regionOf(project, msl, note, noteAndRelease);
-    const ChannelLevels levels = measureLevels(audio.format, audio.data.data(), audio.data.size(), region);
+    const ChannelLevels levels =
+        measureLevels(audio.format, audio.data.data(), audio.data.size(), region);
     double left = 1.0, right = 1.0;
     normalizeFactors(levels, targetDb, equalLeftRight, left, right);
     if ((left == 1.0 && right == 1.0) || (left == 1.0 && audio.format.nChannels == 1))
@@ -88,10 +90,11 @@ int normalizeKeySamples(const Project& project, KeyScope scope, int msl, int not
     const char* label = "Normalizing...";
 
     if (!options.toMultiSampleMaximum) {
-        const int result = forEachKey(project, scope, msl, note, label, progress, [&](int m, int n) {
-            return normalizeKeySample(project, m, n, options.targetDb, options.equalLeftRight,
-                                      options.noteAndRelease, message) == 1;
-        });
+        const int result =
+            forEachKey(project, scope, msl, note, label, progress, [&](int m, int n) {
+                return normalizeKeySample(project, m, n, options.targetDb, options.equalLeftRight,
+                                          options.noteAndRelease, message) == 1;
+            });
         if (result == 1)
             setMessage(message, "Normalizing done.");
         return result;
@@ -108,9 +111,9 @@ int normalizeKeySamples(const Project& project, KeyScope scope, int msl, int not
             KeyAudio audio;
             if (!readKey(project, m, key.note, audio, message))
                 return 0;
-            const ChannelLevels levels = measureLevels(
-                audio.format, audio.data.data(), audio.data.size(),
-                regionOf(project, m, key.note, options.noteAndRelease));
+            const ChannelLevels levels =
+                measureLevels(audio.format, audio.data.data(), audio.data.size(),
+                              regionOf(project, m, key.note, options.noteAndRelease));
             peak = std::max({peak, levels.left, levels.right});
         }
         if (peak <= 0.0)
@@ -128,32 +131,32 @@ int normalizeKeySamples(const Project& project, KeyScope scope, int msl, int not
     return 1;
 }
 
-int findHighestLevel(const Project& project, KeyScope scope, int msl, int note,
-                     bool noteAndRelease, const JobProgress& progress, ChannelLevels& levels,
-                     std::string& message)
+int findHighestLevel(const Project& project, KeyScope scope, int msl, int note, bool noteAndRelease,
+                     const JobProgress& progress, ChannelLevels& levels, std::string& message)
 {
     levels = {};
     if (keysInScope(project, scope, msl, note).empty())
         return setMessage(message, "%s", kNoSelection);
-    const int result = forEachKey(project, scope, msl, note, "Searching for maximum Level...", progress,
-                                  [&](int m, int n) {
-                                      KeyAudio audio;
-                                      if (!readKey(project, m, n, audio, message))
-                                          return false;
-                                      const ChannelLevels l = measureLevels(
-                                          audio.format, audio.data.data(), audio.data.size(),
-                                          regionOf(project, m, n, noteAndRelease));
-                                      levels.left = std::max(levels.left, l.left);
-                                      levels.right = std::max(levels.right, l.right);
-                                      return true;
-                                  });
+    const int result = forEachKey(
+        project, scope, msl, note, "Searching for maximum Level...", progress, [&](int m, int n) {
+            KeyAudio audio;
+            if (!readKey(project, m, n, audio, message))
+                return false;
+            const ChannelLevels l =
+                measureLevels(audio.format, audio.data.data(), audio.data.size(),
+                              regionOf(project, m, n, noteAndRelease));
+            levels.left = std::max(levels.left, l.left);
+            levels.right = std::max(levels.right, l.right);
+            return true;
+        });
     if (result != 1)
         return result;
     const double peak = std::max(levels.left, levels.right);
     const char* name = scope == KeyScope::Sample        ? "Sample"
                        : scope == KeyScope::MultiSample ? "Multi-Sample"
                                                         : "Project";
-    setMessage(message, "Maximum level in %s: %.2f dB (= %.2f %%)", name, levelInDb(peak), peak * 100.0);
+    setMessage(message, "Maximum level in %s: %.2f dB (= %.2f %%)", name, levelInDb(peak),
+               peak * 100.0);
     return 1;
 }
 
@@ -181,18 +184,19 @@ int changeGainOfKeySamples(const Project& project, KeyScope scope, int msl, int 
             return setMessage(message, "%s", question);
     }
 
-    const int result = forEachKey(project, scope, msl, note, "Changing gain...", progress, [&](int m, int n) {
-        KeyAudio audio;
-        if (!readKey(project, m, n, audio, message))
-            return false;
-        const double l = left ? factor : 1.0;
-        const double r = right ? factor : 1.0;
-        if ((l == 1.0 && r == 1.0) || (l == 1.0 && audio.format.nChannels == 1))
-            return true;
-        applyGains(l, r, audio.format, audio.data.data(), audio.data.size(),
-                   regionOf(project, m, n, options.noteAndRelease));
-        return writeWavReplacing(audio.path, audio.format, audio.data, message) == 1;
-    });
+    const int result =
+        forEachKey(project, scope, msl, note, "Changing gain...", progress, [&](int m, int n) {
+            KeyAudio audio;
+            if (!readKey(project, m, n, audio, message))
+                return false;
+            const double l = left ? factor : 1.0;
+            const double r = right ? factor : 1.0;
+            if ((l == 1.0 && r == 1.0) || (l == 1.0 && audio.format.nChannels == 1))
+                return true;
+            applyGains(l, r, audio.format, audio.data.data(), audio.data.size(),
+                       regionOf(project, m, n, options.noteAndRelease));
+            return writeWavReplacing(audio.path, audio.format, audio.data, message) == 1;
+        });
     if (result == 1)
         setMessage(message, "Changing gain done.");
     return result;

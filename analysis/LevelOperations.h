@@ -59,8 +59,7 @@ int changeGainOfKeySamples(const Project& project, KeyScope scope, int msl, int 
 // named "Sample", "Multi-Sample" or "Project". `levels` receives the highest peak of each
 // channel. Returns 1, 0 with "No Key-Sample selected!" or a reader's message, or
 // kJobCancelled.
-int findHighestLevel(const Project& project, KeyScope scope, int msl, int note,
-                     bool noteAndRelease, const JobProgress& progress, ChannelLevels& levels,
-                     std::string& message);
+int findHighestLevel(const Project& project, KeyScope scope, int msl, int note, bool noteAndRelease,
+                     const JobProgress& progress, ChannelLevels& levels, std::string& message);
 
 } // namespace tg

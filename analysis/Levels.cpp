@@ -98,7 +98,8 @@ void applyGains(double left, double right, const WaveFormat& format, uint8_t* da
             uint8_t* frame = data + static_cast<size_t>(f) * format.nBlockAlign;
             for (int ch = 0; ch < format.nChannels; ++ch) {
                 uint8_t* p = frame + ch * width;
-                pcm::writeSample(p, width, pcm::truncateScaled(pcm::readSample(p, width) * factor[ch]));
+                pcm::writeSample(p, width,
+                                 pcm::truncateScaled(pcm::readSample(p, width) * factor[ch]));
             }
         }
     }

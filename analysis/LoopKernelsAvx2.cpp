@@ -39,8 +39,10 @@ uint64_t sad16Avx2(const uint8_t* a, const uint8_t* b, size_t count)
         for (; block + 1 < end; block += 2) {
             const __m256i a0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + block * 32));
             const __m256i b0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + block * 32));
-            const __m256i a1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + block * 32 + 32));
-            const __m256i b1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + block * 32 + 32));
+            const __m256i a1 =
+                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + block * 32 + 32));
+            const __m256i b1 =
+                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + block * 32 + 32));
             const __m256i d0 = _mm256_sub_epi16(_mm256_max_epi16(a0, b0), _mm256_min_epi16(a0, b0));
             const __m256i d1 = _mm256_sub_epi16(_mm256_max_epi16(a1, b1), _mm256_min_epi16(a1, b1));
             acc0 = _mm256_add_epi32(acc0, _mm256_madd_epi16(_mm256_xor_si256(d0, bias), ones));

@@ -39,8 +39,10 @@ uint64_t sad16Sse2(const uint8_t* a, const uint8_t* b, size_t count)
         for (; block + 1 < end; block += 2) {
             const __m128i a0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + block * 16));
             const __m128i b0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + block * 16));
-            const __m128i a1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + block * 16 + 16));
-            const __m128i b1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + block * 16 + 16));
+            const __m128i a1 =
+                _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + block * 16 + 16));
+            const __m128i b1 =
+                _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + block * 16 + 16));
             const __m128i d0 = _mm_sub_epi16(_mm_max_epi16(a0, b0), _mm_min_epi16(a0, b0));
             const __m128i d1 = _mm_sub_epi16(_mm_max_epi16(a1, b1), _mm_min_epi16(a1, b1));
             acc0 = _mm_add_epi32(acc0, _mm_madd_epi16(_mm_xor_si128(d0, bias), ones));
@@ -52,7 +54,8 @@ uint64_t sad16Sse2(const uint8_t* a, const uint8_t* b, size_t count)
             const __m128i d0 = _mm_sub_epi16(_mm_max_epi16(a0, b0), _mm_min_epi16(a0, b0));
             acc0 = _mm_add_epi32(acc0, _mm_madd_epi16(_mm_xor_si128(d0, bias), ones));
         }
-        total += static_cast<int64_t>(horizontalSum32(acc0)) + static_cast<int64_t>(horizontalSum32(acc1));
+        total += static_cast<int64_t>(horizontalSum32(acc0)) +
+                 static_cast<int64_t>(horizontalSum32(acc1));
     }
     total += static_cast<int64_t>(blocks) * 8 * 32768;
     const size_t done = blocks * 8;

@@ -52,8 +52,8 @@ int placeLoop(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     const int64_t frames = static_cast<int64_t>(bytes / format.nBlockAlign);
     if (frames < 1)
         return 0;
-    const int32_t finderBytes = static_cast<int32_t>(std::min<int64_t>(
-        frames * format.nBlockAlign, INT32_MAX - INT32_MAX % format.nBlockAlign));
+    const int32_t finderBytes = static_cast<int32_t>(
+        std::min<int64_t>(frames * format.nBlockAlign, INT32_MAX - INT32_MAX % format.nBlockAlign));
     auto crossing = [&](int64_t position, int direction, int rule) {
         return findZeroCrossing(&format, data, finderBytes, static_cast<int32_t>(position),
                                 direction, rule);
@@ -108,8 +108,10 @@ int placeLoop(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     }
 
     const int64_t loopLength = int64_t{key.Loop_Out} - key.Loop_In;
-    key.xfadeLen = static_cast<int32_t>(percentages.xfadelength * static_cast<double>(loopLength) / 100.0);
-    key.bfxfadeLen = static_cast<int32_t>(percentages.bfxfadelength * static_cast<double>(loopLength) / 100.0);
+    key.xfadeLen =
+        static_cast<int32_t>(percentages.xfadelength * static_cast<double>(loopLength) / 100.0);
+    key.bfxfadeLen =
+        static_cast<int32_t>(percentages.bfxfadelength * static_cast<double>(loopLength) / 100.0);
     return 1;
 }
 

@@ -23,9 +23,11 @@ SadFunction sadFor(LoopKernel kernel, bool eightBit)
         if (loopKernelAvailable(LoopKernel::Avx2))
             return eightBit ? loopkernel::sad8Avx2 : loopkernel::sad16Avx2;
         [[fallthrough]];
-    case LoopKernel::Sse2: return eightBit ? loopkernel::sad8Sse2 : loopkernel::sad16Sse2;
+    case LoopKernel::Sse2:
+        return eightBit ? loopkernel::sad8Sse2 : loopkernel::sad16Sse2;
 #endif
-    default: return eightBit ? loopkernel::sad8Scalar : loopkernel::sad16Scalar;
+    default:
+        return eightBit ? loopkernel::sad8Scalar : loopkernel::sad16Scalar;
     }
 }
 
@@ -38,22 +40,30 @@ bool loopKernelAvailable(LoopKernel kernel)
 {
     switch (kernel) {
     case LoopKernel::Automatic:
-    case LoopKernel::Scalar: return true;
+    case LoopKernel::Scalar:
+        return true;
 #if defined(TG_LOOPKERNEL_X86)
-    case LoopKernel::Sse2: return true;
-    case LoopKernel::Avx2: return __builtin_cpu_supports("avx2") != 0;
+    case LoopKernel::Sse2:
+        return true;
+    case LoopKernel::Avx2:
+        return __builtin_cpu_supports("avx2") != 0;
 #endif
-    default: return false;
+    default:
+        return false;
     }
 }
 
 const char* loopKernelName(LoopKernel kernel)
 {
     switch (kernel) {
-    case LoopKernel::Scalar: return "scalar";
-    case LoopKernel::Sse2: return "SSE2";
-    case LoopKernel::Avx2: return "AVX2";
-    default: return "automatic";
+    case LoopKernel::Scalar:
+        return "scalar";
+    case LoopKernel::Sse2:
+        return "SSE2";
+    case LoopKernel::Avx2:
+        return "AVX2";
+    default:
+        return "automatic";
     }
 }
 

@@ -32,7 +32,7 @@ LoopKernel bestLoopKernel();
 // Scores windows of one recording. Samples enter at 16-bit scale: 16-bit as they are,
 // 24-bit by their upper two bytes, 8-bit as the unsigned difference times 128.
 class LoopScorer {
-public:
+  public:
     // `format` must be a supported PCM format (8, 16 or 24 bits, mono or stereo).
     LoopScorer(const WaveFormat& format, const uint8_t* data, int64_t frames,
                LoopKernel kernel = LoopKernel::Automatic);
@@ -41,7 +41,7 @@ public:
     // channel; both windows must lie inside the data.
     int16_t score(int64_t s, int64_t c, int64_t window) const;
 
-private:
+  private:
     const uint8_t* samples_ = nullptr; // 16-bit little-endian or unsigned 8-bit elements
     std::vector<uint8_t> converted_;   // the 24-bit data reduced to its upper two bytes
     size_t elementsPerFrame_ = 0;
@@ -56,7 +56,7 @@ private:
 // with the number of candidates scored so far, and a false answer cancels the scan.
 // Returns false when cancelled. The scores never depend on the thread count.
 bool scoreLoopCandidates(const LoopScorer& scorer, int64_t loopStart, int64_t window,
-                         const std::vector<int32_t>& candidates, int16_t* scores,
-                         int threads, const std::function<bool(size_t scored)>& checkpoint);
+                         const std::vector<int32_t>& candidates, int16_t* scores, int threads,
+                         const std::function<bool(size_t scored)>& checkpoint);
 
 } // namespace tg

@@ -11,11 +11,10 @@
 
 namespace tg {
 
-int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes,
-                   int32_t loopStart, int32_t searchStart, int32_t searchEnd, int32_t window,
-                   int32_t* results, int resultCount, bool snapToZeroCrossing,
-                   bool zeroCrossingStepping, const LoopSearchProgress& progress,
-                   const LoopScanOptions& options)
+int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes, int32_t loopStart,
+                   int32_t searchStart, int32_t searchEnd, int32_t window, int32_t* results,
+                   int resultCount, bool snapToZeroCrossing, bool zeroCrossingStepping,
+                   const LoopSearchProgress& progress, const LoopScanOptions& options)
 {
     if (results == nullptr)
         resultCount = 0;
@@ -28,17 +27,15 @@ int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes,
     if (frames < 1)
         return 0;
     // The zero-crossing finder counts bytes in 32 bits; recordings never come near that.
-    const int32_t finderBytes = static_cast<int32_t>(
-        std::min<int64_t>(frames * format->nBlockAlign,
-                          INT32_MAX - INT32_MAX % format->nBlockAlign));
+    const int32_t finderBytes = static_cast<int32_t>(std::min<int64_t>(
+        frames * format->nBlockAlign, INT32_MAX - INT32_MAX % format->nBlockAlign));
     auto zeroCrossing = [&](int64_t position, int direction) -> int64_t {
         return findZeroCrossing(format, data, finderBytes,
                                 static_cast<int32_t>(std::clamp<int64_t>(position, 0, INT32_MAX)),
                                 direction, kZeroCrossingEitherChannel);
     };
 
-    const bool startOnCrossing =
-        zeroCrossingStepping && zeroCrossing(loopStart, 0) == loopStart;
+    const bool startOnCrossing = zeroCrossingStepping && zeroCrossing(loopStart, 0) == loopStart;
 
     const int64_t c0 = std::max<int64_t>(searchStart, int64_t{loopStart} + window);
     const int64_t c1 = std::min<int64_t>(searchEnd, frames - window);

@@ -25,10 +25,9 @@ using LoopSearchProgress = std::function<bool(double fraction, double secondsLef
 // (null format or buffer, no data, window < 1, loop start < 0).
 // Runs on the calling thread (helpers are joined before it returns); `progress` is only
 // called on the calling thread.
-int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes,
-                   int32_t loopStart, int32_t searchStart, int32_t searchEnd, int32_t window,
-                   int32_t* results, int resultCount, bool snapToZeroCrossing,
-                   bool zeroCrossingStepping, const LoopSearchProgress& progress = {},
-                   const LoopScanOptions& options = {});
+int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes, int32_t loopStart,
+                   int32_t searchStart, int32_t searchEnd, int32_t window, int32_t* results,
+                   int resultCount, bool snapToZeroCrossing, bool zeroCrossingStepping,
+                   const LoopSearchProgress& progress = {}, const LoopScanOptions& options = {});
 
 } // namespace tg

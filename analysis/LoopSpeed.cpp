@@ -22,7 +22,7 @@ struct SpeedFormat {
     uint16_t bits;
 };
 constexpr SpeedFormat kFormats[kLoopSpeedFormatCount] = {{2, 16}, {1, 16}, {2, 8},
-                                                          {1, 8},  {2, 24}, {1, 24}};
+                                                         {1, 8},  {2, 24}, {1, 24}};
 
 std::mutex gMutex;        // guards gTable
 std::mutex gMeasureMutex; // one measurement at a time (the search itself reads gTable)

@@ -12,10 +12,14 @@ namespace tg::pcm {
 inline int bytesPerSample(const WaveFormat& format)
 {
     switch (format.wBitsPerSample) {
-    case 8: return 1;
-    case 16: return 2;
-    case 24: return 3;
-    default: return 0;
+    case 8:
+        return 1;
+    case 16:
+        return 2;
+    case 24:
+        return 3;
+    default:
+        return 0;
     }
 }
 
@@ -33,8 +37,10 @@ inline bool isSupportedFormat(const WaveFormat& format)
 inline int32_t readSample(const uint8_t* p, int width)
 {
     switch (width) {
-    case 1: return static_cast<int32_t>(p[0]) - 128;
-    case 2: return static_cast<int16_t>(static_cast<uint16_t>(p[0] | (p[1] << 8)));
+    case 1:
+        return static_cast<int32_t>(p[0]) - 128;
+    case 2:
+        return static_cast<int16_t>(static_cast<uint16_t>(p[0] | (p[1] << 8)));
     default: {
         const uint32_t raw = static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
                              (static_cast<uint32_t>(p[2]) << 16);
@@ -60,7 +66,9 @@ inline void writeSample(uint8_t* p, int width, int32_t value)
     const int32_t lo = sampleMin(width);
     value = value > hi ? hi : value < lo ? lo : value;
     switch (width) {
-    case 1: p[0] = static_cast<uint8_t>(value + 128); break;
+    case 1:
+        p[0] = static_cast<uint8_t>(value + 128);
+        break;
     case 2:
         p[0] = static_cast<uint8_t>(value & 0xff);
         p[1] = static_cast<uint8_t>((value >> 8) & 0xff);

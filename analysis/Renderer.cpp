@@ -124,7 +124,8 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
             copyFrames(src, note, 0, noteIn, count, 1);
             // The frames before the loop end fade into the frames before the loop start,
             // so the jump back from Loop_Out to Loop_In continues the audio it left.
-            const int64_t x = std::clamp<int64_t>(k->xfadeLen, 0, std::min(loopOut - noteIn, loopIn));
+            const int64_t x =
+                std::clamp<int64_t>(k->xfadeLen, 0, std::min(loopOut - noteIn, loopIn));
             crossfade(src, note, loopOut - x - noteIn, x, k->xfadeCurve,
                       [&](int64_t i) { return loopIn - x + i; });
             loopEnd = loopOut - noteIn;
@@ -132,7 +133,8 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
             // Backward-forward: forward from Loop_In up to the turn point Y frames before
             // Loop_Out, then the loop reversed from the turn point, reaching Y frames below
             // Loop_In; the result is played as one forward loop.
-            const int64_t y = std::clamp<int64_t>(k->bfxfadeLen, 0, std::min(loopOut - loopIn - 1, loopIn));
+            const int64_t y =
+                std::clamp<int64_t>(k->bfxfadeLen, 0, std::min(loopOut - loopIn - 1, loopIn));
             const int64_t forward = loopOut - loopIn - y;
             const int64_t turn = loopOut - y;
             const int64_t count = (loopOut - loopIn) + (end + 1 - noteIn) - y;
@@ -151,7 +153,8 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
 
             // Turn at the end of the forward pass: blend into the audio that leads into the
             // turn point when played backwards (the frames just after it, reversed).
-            const int64_t x = std::clamp<int64_t>(k->xfadeLen, 0, std::min(forward, frames - 1 - turn));
+            const int64_t x =
+                std::clamp<int64_t>(k->xfadeLen, 0, std::min(forward, frames - 1 - turn));
             crossfade(src, note, loopStart + forward - x, x, k->xfadeCurve,
                       [&](int64_t i) { return turn + x - i; });
             // Turn at the end of the reversed pass: blend into the frames before Loop_In,
@@ -162,9 +165,10 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
         if (k->clickpopred) {
             const int64_t lastFrame = static_cast<int64_t>(note.size() / format.nBlockAlign) - 1;
             const int64_t fadeIn = std::min<int64_t>(options.clickPopFadeIn, loopStart);
-            const int64_t fadeOut = options.includeAfterLoop
-                                        ? std::min<int64_t>(options.clickPopFadeOut, lastFrame - loopEnd)
-                                        : 0;
+            const int64_t fadeOut =
+                options.includeAfterLoop
+                    ? std::min<int64_t>(options.clickPopFadeOut, lastFrame - loopEnd)
+                    : 0;
             clickPopFade(format, note.data(), note.size(), fadeIn, fadeOut);
         }
     }

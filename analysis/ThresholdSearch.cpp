@@ -30,7 +30,8 @@ int64_t thresholdReferenceLevel(const WaveFormat& format, const uint8_t* data, i
     const int64_t last = frames - 5; // the last frame whose five-frame mean stays inside
     const int64_t a = std::clamp<int64_t>(windowStart, 0, last);
     // At least 50 ms of reference even when the silence markers sit closer together.
-    int64_t b = std::max<int64_t>(a + format.nSamplesPerSec / 20, std::min<int64_t>(last, windowEnd));
+    int64_t b =
+        std::max<int64_t>(a + format.nSamplesPerSec / 20, std::min<int64_t>(last, windowEnd));
     b = std::min(b, last);
 
     int64_t level = 0;
@@ -55,7 +56,8 @@ int32_t thresholdSearch(const WaveFormat* format, const uint8_t* data, size_t by
     if (frames < 2)
         return 0;
 
-    const int64_t reference = thresholdReferenceLevel(*format, data, frames, windowStart, windowEnd);
+    const int64_t reference =
+        thresholdReferenceLevel(*format, data, frames, windowStart, windowEnd);
     const double p = std::clamp(precision, 0.01, 1.0);
     const int d = direction == 1 ? 1 : -1;
 

@@ -27,7 +27,8 @@ std::vector<uint8_t> makeNote(const WaveFormat& format, int64_t frames)
         for (int ch = 0; ch < format.nChannels; ++ch) {
             double v = 0.0;
             for (int h = 1; h <= 5; ++h)
-                v += std::sin(2.0 * M_PI * 220.0 * h * t + ch * 0.3 * h) * std::exp(-0.3 * t) / (h * 2.5);
+                v += std::sin(2.0 * M_PI * 220.0 * h * t + ch * 0.3 * h) * std::exp(-0.3 * t) /
+                     (h * 2.5);
             v += noise(rng);
             pcm::writeSample(data.data() + f * format.nBlockAlign + ch * width, width,
                              static_cast<int32_t>(v * full));
@@ -91,8 +92,8 @@ void runCase(const Case& c)
         int32_t found = 0;
         for (int run = 0; run < 3; ++run) {
             begin = std::chrono::steady_clock::now();
-            found = loopSearch(&format, data.data(), data.size(), s, a, b, w, results, 5, false, false,
-                               {}, options);
+            found = loopSearch(&format, data.data(), data.size(), s, a, b, w, results, 5, false,
+                               false, {}, options);
             best = std::min(best, seconds(begin));
         }
         bool same = found == refBest;

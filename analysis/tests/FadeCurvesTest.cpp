@@ -60,7 +60,8 @@ TEST(FadeCurves, NormalisedCurvesSumToOneAndBoostVanishesAtTheEnds)
     fadeCurve(0.02, fadeCurveIndex("Exp^2 +9.0dB"), boostA, boostB);
     // Near the start m = 2 (1 - a) is small, so the boost nearly vanishes.
     EXPECT_GT(boostA, plainA);
-    EXPECT_LT(boostA / plainA, 1.0 + 2.0 * (1.0 - plainA) * (std::pow(10.0, 9.0 / 20.0) - 1.0) + 1e-12);
+    EXPECT_LT(boostA / plainA,
+              1.0 + 2.0 * (1.0 - plainA) * (std::pow(10.0, 9.0 / 20.0) - 1.0) + 1e-12);
 }
 
 TEST(FadeCurves, LinearAndSinusFollowTheirFormulas)

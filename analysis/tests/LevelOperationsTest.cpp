@@ -1,6 +1,6 @@
 // Level jobs and batch auto-note/auto-loop over real Key-Sample files in a temporary project.
-#include "analysis/BatchAuto.h"
 #include "analysis/LevelOperations.h"
+#include "analysis/BatchAuto.h"
 #include "analysis/Renderer.h"
 #include "analysis/tests/TestSignals.h"
 #include "audiofile/WavFile.h"
@@ -19,7 +19,7 @@ namespace {
 using test::makeSignal;
 
 class KeySampleFiles : public testing::Test {
-protected:
+  protected:
     void SetUp() override
     {
         project = std::make_unique<Project>();
@@ -71,9 +71,14 @@ TEST_F(KeySampleFiles, NormalizeToAValueRewritesEveryKeyOfTheScope)
     NormalizeOptions options;
     options.targetDb = -1.0;
     std::string message;
-    ASSERT_EQ(normalizeKeySamples(*project, KeyScope::MultiSample, 0, 0, options,
-                                  [&](const std::string& text, double) { texts.push_back(text); return true; },
-                                  message), 1);
+    ASSERT_EQ(normalizeKeySamples(
+                  *project, KeyScope::MultiSample, 0, 0, options,
+                  [&](const std::string& text, double) {
+                      texts.push_back(text);
+                      return true;
+                  },
+                  message),
+              1);
     EXPECT_EQ(message, "Normalizing done.");
     EXPECT_NEAR(levelsOf(0, 60).left, std::pow(10.0, -1.0 / 20), 1e-4);
     EXPECT_NEAR(levelsOf(0, 62).left, std::pow(10.0, -1.0 / 20), 1e-4);
@@ -125,14 +130,20 @@ TEST_F(KeySampleFiles, GainWithClippingAheadAsksBeforeChangingAnything)
     options.gainDb = 6.0;
     std::string asked;
     std::string message;
-    auto refuse = [&](const std::string& question) { asked = question; return false; };
-    EXPECT_EQ(changeGainOfKeySamples(*project, KeyScope::Sample, 0, 60, options, refuse, {}, message), 0);
+    auto refuse = [&](const std::string& question) {
+        asked = question;
+        return false;
+    };
+    EXPECT_EQ(
+        changeGainOfKeySamples(*project, KeyScope::Sample, 0, 60, options, refuse, {}, message), 0);
     EXPECT_EQ(asked, "Some clipping will occur. Continue anyway?");
     EXPECT_EQ(message, asked);
     EXPECT_EQ(test::readFileBytes(path(0, 60)), before);
 
-    ASSERT_EQ(changeGainOfKeySamples(*project, KeyScope::Sample, 0, 60, options,
-                                     [](const std::string&) { return true; }, {}, message), 1);
+    ASSERT_EQ(changeGainOfKeySamples(
+                  *project, KeyScope::Sample, 0, 60, options,
+                  [](const std::string&) { return true; }, {}, message),
+              1);
     EXPECT_EQ(message, "Changing gain done.");
     EXPECT_NEAR(levelsOf(0, 60).left, 1.0, 1e-4); // clipped at full scale
 }
@@ -145,8 +156,10 @@ TEST_F(KeySampleFiles, GainOnOneChannelWithoutClipping)
     options.channels = GainChannels::Right;
     bool asked = false;
     std::string message;
-    ASSERT_EQ(changeGainOfKeySamples(*project, KeyScope::MultiSample, 0, 0, options,
-                                     [&](const std::string&) { return asked = true; }, {}, message), 1);
+    ASSERT_EQ(changeGainOfKeySamples(
+                  *project, KeyScope::MultiSample, 0, 0, options,
+                  [&](const std::string&) { return asked = true; }, {}, message),
+              1);
     EXPECT_FALSE(asked);
     EXPECT_NEAR(levelsOf(0, 60).left, 0.25, 1e-4);
     EXPECT_NEAR(levelsOf(0, 60).right, 0.125 * std::pow(10.0, -6.0 / 20), 1e-4);
@@ -160,10 +173,12 @@ TEST_F(KeySampleFiles, HighestLevelIsReportedAndCancelStops)
     std::string message;
     ASSERT_EQ(findHighestLevel(*project, KeyScope::Project, 0, 0, false, {}, levels, message), 1);
     EXPECT_EQ(message, "Maximum level in Project: -6.02 dB (= 50.00 %)");
-    ASSERT_EQ(findHighestLevel(*project, KeyScope::MultiSample, 1, 0, false, {}, levels, message), 1);
+    ASSERT_EQ(findHighestLevel(*project, KeyScope::MultiSample, 1, 0, false, {}, levels, message),
+              1);
     EXPECT_EQ(message, "Maximum level in Multi-Sample: -12.04 dB (= 25.00 %)");
-    EXPECT_EQ(findHighestLevel(*project, KeyScope::Project, 0, 0, false,
-                               [](const std::string&, double) { return false; }, levels, message),
+    EXPECT_EQ(findHighestLevel(
+                  *project, KeyScope::Project, 0, 0, false,
+                  [](const std::string&, double) { return false; }, levels, message),
               kJobCancelled);
 }
 
@@ -185,7 +200,9 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
     for (int note : {60, 72}) {
         const auto data = makeSignal(format, 40000, [](int64_t f, int) {
-            return f >= 5000 && f < 35000 ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0)) : 0;
+            return f >= 5000 && f < 35000
+                       ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0))
+                       : 0;
         });
         std::string message;
         ASSERT_TRUE(writeWav(path(0, note), format, data, message));
@@ -199,9 +216,14 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
     options.releaseOff = true;
     std::vector<std::string> texts;
     std::string message;
-    ASSERT_EQ(batchAutoNoteLoop(*project, KeyScope::MultiSample, 0, options,
-                                [&](const std::string& text, double) { texts.push_back(text); return true; },
-                                message), 1);
+    ASSERT_EQ(batchAutoNoteLoop(
+                  *project, KeyScope::MultiSample, 0, options,
+                  [&](const std::string& text, double) {
+                      texts.push_back(text);
+                      return true;
+                  },
+                  message),
+              1);
     const TGmsl_key& key = project->msl[0].keys[60];
     EXPECT_NEAR(key.Note_In, 5000, 60);
     EXPECT_NEAR(key.Note_Out, 35000, 60);
@@ -215,7 +237,8 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
 TEST_F(KeySampleFiles, RenderWritesTheNoteOrJustTheLoop)
 {
     const WaveFormat format = makeWaveFormat(44100, 1, 8);
-    const auto data = makeSignal(format, 1001, [](int64_t f, int) { return static_cast<int32_t>(f % 100) - 50; });
+    const auto data =
+        makeSignal(format, 1001, [](int64_t f, int) { return static_cast<int32_t>(f % 100) - 50; });
     std::string message;
     ASSERT_TRUE(writeWav(path(0, 60), format, data, message));
     TGmsl_key& key = project->msl[0].keys[60];
@@ -227,26 +250,35 @@ TEST_F(KeySampleFiles, RenderWritesTheNoteOrJustTheLoop)
     key.clickpopred = 0;
     const std::string out = dir.file("rendered");
     ASSERT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(),
-                                     out.c_str(), {}, false, message), 1) << message;
+                                     out.c_str(), {}, false, message),
+              1)
+        << message;
     WaveFormat readFormat;
     int32_t loopStart, loopEnd, rootKey, frames;
-    ASSERT_TRUE(readWavHeader(out + ".wav", readFormat, loopStart, loopEnd, rootKey, frames, message)) << message;
+    ASSERT_TRUE(
+        readWavHeader(out + ".wav", readFormat, loopStart, loopEnd, rootKey, frames, message))
+        << message;
     EXPECT_EQ(frames, 601);
     EXPECT_EQ(loopStart, 200);
     EXPECT_EQ(loopEnd, 600);
     EXPECT_EQ(rootKey, 60);
     ASSERT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(),
-                                     out.c_str(), {}, true, message), 1);
-    ASSERT_TRUE(readWavHeader(out + ".wav", readFormat, loopStart, loopEnd, rootKey, frames, message));
+                                     out.c_str(), {}, true, message),
+              1);
+    ASSERT_TRUE(
+        readWavHeader(out + ".wav", readFormat, loopStart, loopEnd, rootKey, frames, message));
     EXPECT_EQ(frames, 401);
-    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, nullptr, out.c_str(), {},
-                                     false, message), 0);
+    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, nullptr, out.c_str(),
+                                     {}, false, message),
+              0);
     EXPECT_EQ(message, "illegal pointer (fname_in==NULL)");
-    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(), nullptr,
-                                     {}, false, message), 0);
+    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(),
+                                     nullptr, {}, false, message),
+              0);
     EXPECT_EQ(message, "illegal pointer (fname_out==NULL)");
     EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, "/nonexistent.wav",
-                                     out.c_str(), {}, false, message), 0);
+                                     out.c_str(), {}, false, message),
+              0);
     EXPECT_EQ(message, "unable to open \"/nonexistent.wav\"");
 }
 

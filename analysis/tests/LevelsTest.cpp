@@ -13,9 +13,8 @@ using test::sampleOf;
 TEST(Levels, PeaksAreFractionsOfFullScalePerFormat)
 {
     const WaveFormat stereo = makeWaveFormat(44100, 2, 16);
-    const auto data = makeSignal(stereo, 100, [](int64_t f, int ch) {
-        return f == 40 ? (ch ? -16384 : 32767) : 5;
-    });
+    const auto data = makeSignal(
+        stereo, 100, [](int64_t f, int ch) { return f == 40 ? (ch ? -16384 : 32767) : 5; });
     ChannelLevels levels = measureLevels(stereo, data.data(), data.size());
     EXPECT_DOUBLE_EQ(levels.left, 1.0);
     EXPECT_DOUBLE_EQ(levels.right, 16384.0 / 32767.0);
@@ -61,7 +60,9 @@ TEST(Levels, DecibelsFloorAtMinus72)
 TEST(Levels, GainsTruncateClipAndSkipUnityFactors)
 {
     const WaveFormat format = makeWaveFormat(44100, 2, 16);
-    auto data = makeSignal(format, 4, [](int64_t f, int ch) { return ch ? -1001 : static_cast<int32_t>(f * 10000 + 3); });
+    auto data = makeSignal(format, 4, [](int64_t f, int ch) {
+        return ch ? -1001 : static_cast<int32_t>(f * 10000 + 3);
+    });
     const auto original = data;
     applyGains(1.0, 1.0, format, data.data(), data.size());
     EXPECT_EQ(data, original);

@@ -1,6 +1,6 @@
 // Auto-loop marker placement: percentages, zero-crossing rules and loop modes.
-#include "analysis/FadeCurves.h"
 #include "analysis/LoopPlacement.h"
+#include "analysis/FadeCurves.h"
 #include "analysis/tests/TestSignals.h"
 #include "audiofile/ZeroCrossing.h"
 
@@ -25,7 +25,8 @@ TEST(LoopPlacement, ForwardLoopSetsMarkersFromThePercentagesAndSearchesTheEnd)
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
     // A tone repeating exactly every 100 frames.
     const auto data = makeSignal(format, 12000, [](int64_t f, int) {
-        return static_cast<int32_t>(10000 * std::sin(2 * M_PI * f / 100.0) + 3000 * std::sin(2 * M_PI * f / 50.0));
+        return static_cast<int32_t>(10000 * std::sin(2 * M_PI * f / 100.0) +
+                                    3000 * std::sin(2 * M_PI * f / 50.0));
     });
     TGmsl_key key = noteKey(1000, 11000, 1);
     LoopPercentages p;
@@ -64,8 +65,9 @@ TEST(LoopPlacement, BackwardForwardLoopTurnsInTheMiddleOfTheSearchRegion)
     ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, false), 1);
     EXPECT_EQ(key.Loop_Out, 6500 + 300 / 2);
     ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
-    EXPECT_EQ(key.Loop_Out, findZeroCrossing(&format, data.data(), static_cast<int32_t>(data.size()),
-                                             6650, 0, kZeroCrossingEitherChannel));
+    EXPECT_EQ(key.Loop_Out,
+              findZeroCrossing(&format, data.data(), static_cast<int32_t>(data.size()), 6650, 0,
+                               kZeroCrossingEitherChannel));
 }
 
 TEST(LoopPlacement, BothChannelCrossingMoreThanTenPercentOffFallsBackToEitherChannel)
@@ -87,8 +89,9 @@ TEST(LoopPlacement, BothChannelCrossingMoreThanTenPercentOffFallsBackToEitherCha
         const auto data = makeSignal(format, 12000, signal(1100));
         TGmsl_key key = noteKey(1000, 11000, 2);
         ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
-        const int32_t either = findZeroCrossing(&format, data.data(), static_cast<int32_t>(data.size()),
-                                                4000, -1, kZeroCrossingEitherChannel);
+        const int32_t either =
+            findZeroCrossing(&format, data.data(), static_cast<int32_t>(data.size()), 4000, -1,
+                             kZeroCrossingEitherChannel);
         EXPECT_EQ(key.Loop_In, either);
         EXPECT_GT(key.Loop_In, 3940);
     }

@@ -1,7 +1,7 @@
 // Loop search: exact kernels, production against the reference, selection rules, cancel.
+#include "analysis/LoopSearch.h"
 #include "analysis/LoopKernels.h"
 #include "analysis/LoopPlacement.h"
-#include "analysis/LoopSearch.h"
 #include "analysis/tests/ReferenceLoopSearch.h"
 #include "analysis/tests/TestSignals.h"
 #include "audiofile/ZeroCrossing.h"
@@ -29,7 +29,8 @@ using SadFn = uint64_t (*)(const uint8_t*, const uint8_t*, size_t);
 
 std::vector<std::pair<SadFn, SadFn>> kernelPairs()
 {
-    std::vector<std::pair<SadFn, SadFn>> pairs = {{loopkernel::sad16Scalar, loopkernel::sad8Scalar}};
+    std::vector<std::pair<SadFn, SadFn>> pairs = {
+        {loopkernel::sad16Scalar, loopkernel::sad8Scalar}};
 #if defined(TG_LOOPKERNEL_X86)
     pairs.push_back({loopkernel::sad16Sse2, loopkernel::sad8Sse2});
     if (loopKernelAvailable(LoopKernel::Avx2))
@@ -78,7 +79,8 @@ TEST(LoopKernels, RandomDataAtOddOffsetsMatchesPlainSum)
         std::vector<uint8_t> bytes = randomBytes(2 * count + 3, static_cast<uint32_t>(round));
         // Unaligned on purpose: one byte into the buffer.
         const uint8_t* a = bytes.data() + 1;
-        std::vector<uint8_t> other = randomBytes(2 * count + 1, static_cast<uint32_t>(round + 1000));
+        std::vector<uint8_t> other =
+            randomBytes(2 * count + 1, static_cast<uint32_t>(round + 1000));
         std::vector<int16_t> va(count), vb(count);
         for (size_t i = 0; i < count; ++i) {
             va[i] = static_cast<int16_t>(a[2 * i] | (a[2 * i + 1] << 8));
@@ -114,7 +116,8 @@ void expectScoresMatch(const WaveFormat& format, const std::vector<uint8_t>& dat
         for (int threads : {1, 2, 3}) {
             LoopScorer scorer(format, data.data(), frames, kernel);
             std::vector<int16_t> scores(candidates.size());
-            ASSERT_TRUE(scoreLoopCandidates(scorer, sc.s, sc.w, candidates, scores.data(), threads, {}));
+            ASSERT_TRUE(
+                scoreLoopCandidates(scorer, sc.s, sc.w, candidates, scores.data(), threads, {}));
             ASSERT_EQ(scores, expected) << loopKernelName(kernel) << " threads " << threads;
         }
     }
@@ -131,8 +134,8 @@ void expectSearchMatches(const WaveFormat& format, const std::vector<uint8_t>& d
             LoopScanOptions options;
             options.kernel = kernel;
             options.threads = threads;
-            const int32_t got = loopSearch(&format, data.data(), data.size(), sc.s, sc.a, sc.b, sc.w,
-                                           actual, k, snap, stepping, {}, options);
+            const int32_t got = loopSearch(&format, data.data(), data.size(), sc.s, sc.a, sc.b,
+                                           sc.w, actual, k, snap, stepping, {}, options);
             ASSERT_EQ(got, want) << loopKernelName(kernel) << " threads " << threads;
             for (int i = 0; i < k; ++i)
                 ASSERT_EQ(actual[i], expected[i]) << "result " << i;
@@ -148,17 +151,17 @@ TEST(LoopSearch, ProductionMatchesReferenceOnRandomSignalsOfEveryFormat)
         const uint16_t channels = (seed / 3) % 2 ? 2 : 1;
         const WaveFormat format = makeWaveFormat(seed % 4 == 0 ? 8000 : 44100, channels, bits);
         const int64_t frames = 800 + rng() % 2500;
-        const std::vector<uint8_t> data =
-            randomBytes(static_cast<size_t>(frames) * format.nBlockAlign + rng() % format.nBlockAlign,
-                        static_cast<uint32_t>(seed));
+        const std::vector<uint8_t> data = randomBytes(
+            static_cast<size_t>(frames) * format.nBlockAlign + rng() % format.nBlockAlign,
+            static_cast<uint32_t>(seed));
         SearchCase sc;
         sc.w = 1 + static_cast<int32_t>(rng() % 300);
         sc.s = static_cast<int32_t>(rng() % (frames / 3));
         sc.a = static_cast<int32_t>(rng() % frames);
         sc.b = static_cast<int32_t>(sc.a + rng() % frames);
-        SCOPED_TRACE(testing::Message() << "seed " << seed << " bits " << bits << " ch " << channels
-                                        << " s " << sc.s << " a " << sc.a << " b " << sc.b
-                                        << " w " << sc.w);
+        SCOPED_TRACE(testing::Message()
+                     << "seed " << seed << " bits " << bits << " ch " << channels << " s " << sc.s
+                     << " a " << sc.a << " b " << sc.b << " w " << sc.w);
         expectScoresMatch(format, data, sc);
         // Stepping only takes effect from a loop start on a zero crossing.
         SearchCase onCrossing = sc;
@@ -178,12 +181,10 @@ TEST(LoopSearch, ProductionMatchesReferenceOnFullScaleSignals)
 {
     const WaveFormat format = makeWaveFormat(44100, 2, 16);
     // Alternating extremes and a square wave with the channels in opposite phase.
-    const auto alternating = makeSignal(format, 4000, [](int64_t f, int ch) {
-        return ((f + ch) % 2) ? 32767 : -32768;
-    });
-    const auto square = makeSignal(format, 4000, [](int64_t f, int ch) {
-        return ((f / 37 + ch) % 2) ? 32767 : -32768;
-    });
+    const auto alternating =
+        makeSignal(format, 4000, [](int64_t f, int ch) { return ((f + ch) % 2) ? 32767 : -32768; });
+    const auto square = makeSignal(
+        format, 4000, [](int64_t f, int ch) { return ((f / 37 + ch) % 2) ? 32767 : -32768; });
     for (const auto* data : {&alternating, &square}) {
         for (int32_t w : {1, 2, 3, 17, 255, 1001}) {
             const SearchCase sc{10, 1200, 3900, w};
@@ -198,9 +199,8 @@ TEST(LoopSearch, WindowsLongerThan65536FramesScoreExactly)
 {
     const WaveFormat format = makeWaveFormat(44100, 2, 16);
     const int64_t frames = 140000;
-    const auto data = makeSignal(format, frames, [](int64_t f, int ch) {
-        return ((f / 3 + ch) % 2) ? 32767 : -32768;
-    });
+    const auto data = makeSignal(
+        format, frames, [](int64_t f, int ch) { return ((f / 3 + ch) % 2) ? 32767 : -32768; });
     const SearchCase sc{0, 0, 70000 + 40, 70001};
     expectScoresMatch(format, data, sc);
     expectSearchMatches(format, data, sc, 5, false, false);
@@ -212,8 +212,8 @@ TEST(LoopSearch, WindowTooLongForTheSearchRegionYieldsItsEndInEveryPass)
     const auto data = test::makeSine(format, 5000, 10000.0, 100.0);
     int32_t results[5];
     // c0 = max(100, 0 + 3000) = 3000, c1 = min(4000, 5000 - 3000) = 2000.
-    const int32_t best = loopSearch(&format, data.data(), data.size(), 0, 100, 4000, 3000, results,
-                                    5, false, false);
+    const int32_t best =
+        loopSearch(&format, data.data(), data.size(), 0, 100, 4000, 3000, results, 5, false, false);
     EXPECT_EQ(best, 2000);
     for (int32_t r : results)
         EXPECT_EQ(r, 2000);
@@ -223,10 +223,12 @@ TEST(LoopSearch, LaterCandidateWinsOnTie)
 {
     // A square wave repeating exactly every 100 frames: every multiple of 100 scores 0.
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
-    const auto data = makeSignal(format, 2000, [](int64_t f, int) { return (f % 100) < 50 ? 20000 : -20000; });
+    const auto data =
+        makeSignal(format, 2000, [](int64_t f, int) { return (f % 100) < 50 ? 20000 : -20000; });
     int32_t results[1];
-    EXPECT_EQ(loopSearch(&format, data.data(), data.size(), 0, 100, 1000, 50, results, 1, false, false),
-              900);
+    EXPECT_EQ(
+        loopSearch(&format, data.data(), data.size(), 0, 100, 1000, 50, results, 1, false, false),
+        900);
 }
 
 TEST(LoopSearch, FurtherResultsKeepTheExclusionRadius)
@@ -235,7 +237,8 @@ TEST(LoopSearch, FurtherResultsKeepTheExclusionRadius)
     // zero-score positions are 700, 500, 300 (800, 600 ... lie in blanked spans). Then every
     // candidate 200..999 is blanked, and a pass over equal caps picks the last one.
     const WaveFormat format = makeWaveFormat(1500, 1, 16);
-    const auto data = makeSignal(format, 2000, [](int64_t f, int) { return (f % 100) < 50 ? 20000 : -20000; });
+    const auto data =
+        makeSignal(format, 2000, [](int64_t f, int) { return (f % 100) < 50 ? 20000 : -20000; });
     int32_t results[5];
     loopSearch(&format, data.data(), data.size(), 0, 100, 1000, 200, results, 5, false, false);
     EXPECT_EQ(results[0], 900);
@@ -250,11 +253,14 @@ TEST(LoopSearch, BadArgumentsReturnZero)
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
     const auto data = test::makeSine(format, 1000, 1000.0, 50.0);
     int32_t results[5] = {7, 7, 7, 7, 7};
-    EXPECT_EQ(loopSearch(nullptr, data.data(), data.size(), 0, 10, 900, 10, results, 5, false, false), 0);
+    EXPECT_EQ(
+        loopSearch(nullptr, data.data(), data.size(), 0, 10, 900, 10, results, 5, false, false), 0);
     EXPECT_EQ(results[0], -1);
-    EXPECT_EQ(loopSearch(&format, nullptr, data.size(), 0, 10, 900, 10, results, 5, false, false), 0);
+    EXPECT_EQ(loopSearch(&format, nullptr, data.size(), 0, 10, 900, 10, results, 5, false, false),
+              0);
     EXPECT_EQ(loopSearch(&format, data.data(), 0, 0, 10, 900, 10, results, 5, false, false), 0);
-    EXPECT_EQ(loopSearch(&format, data.data(), data.size(), 0, 10, 900, 0, results, 5, false, false), 0);
+    EXPECT_EQ(
+        loopSearch(&format, data.data(), data.size(), 0, 10, 900, 0, results, 5, false, false), 0);
 }
 
 TEST(LoopSearch, CancelReturnsMinusOneAndPlacementRestoresTheMarkers)
@@ -301,8 +307,9 @@ TEST(LoopSearch, ProgressIsAskedEvery513CandidatesOnOneThread)
     single.threads = 1;
     int32_t results[5];
     // c0 = 1000, c1 = 19000: 18000 candidates = 35 blocks of 513 (the last one short).
-    loopSearch(&format, data.data(), data.size(), 0, 1000, 19000, 1000, results, 5, false, false,
-               [&](double, double) { return ++calls > 0; }, single);
+    loopSearch(
+        &format, data.data(), data.size(), 0, 1000, 19000, 1000, results, 5, false, false,
+        [&](double, double) { return ++calls > 0; }, single);
     EXPECT_EQ(calls, (18000 + 512) / 513);
 }
 

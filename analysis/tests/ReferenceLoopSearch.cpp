@@ -16,9 +16,12 @@ int32_t rawValue(const WaveFormat& format, const uint8_t* data, int64_t frame, i
 {
     const uint8_t* p = data + frame * format.nBlockAlign + ch * (format.wBitsPerSample / 8);
     switch (format.wBitsPerSample) {
-    case 8: return p[0];
-    case 16: return static_cast<int16_t>(p[0] | (p[1] << 8));
-    default: return static_cast<int16_t>(p[1] | (p[2] << 8));
+    case 8:
+        return p[0];
+    case 16:
+        return static_cast<int16_t>(p[0] | (p[1] << 8));
+    default:
+        return static_cast<int16_t>(p[1] | (p[2] << 8));
     }
 }
 
@@ -31,8 +34,8 @@ int16_t referenceScore(const WaveFormat& format, const uint8_t* data, int64_t fr
     int64_t d = 0;
     for (int64_t i = 0; i < n; ++i) {
         for (int ch = 0; ch < format.nChannels; ++ch) {
-            const int64_t diff = std::llabs(rawValue(format, data, s + i, ch) -
-                                            rawValue(format, data, c + i, ch));
+            const int64_t diff =
+                std::llabs(rawValue(format, data, s + i, ch) - rawValue(format, data, c + i, ch));
             d += format.wBitsPerSample == 8 ? diff * 128 : diff;
         }
     }
@@ -51,8 +54,8 @@ int32_t referenceLoopSearch(const WaveFormat& format, const uint8_t* data, size_
     const int32_t byteCount = static_cast<int32_t>(frames * format.nBlockAlign);
     if (frames < 1)
         return 0;
-    const bool onCrossing =
-        stepping && findZeroCrossing(&format, data, byteCount, s, 0, kZeroCrossingEitherChannel) == s;
+    const bool onCrossing = stepping && findZeroCrossing(&format, data, byteCount, s, 0,
+                                                         kZeroCrossingEitherChannel) == s;
 
     std::vector<int16_t> score(static_cast<size_t>(frames), 32000);
     const int64_t c0 = std::max<int64_t>(a, int64_t{s} + w);

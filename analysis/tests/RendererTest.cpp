@@ -1,6 +1,6 @@
 // Renderer: crossfade arithmetic per format, backward-forward unfolding, plain notes, fades.
-#include "analysis/FadeCurves.h"
 #include "analysis/Renderer.h"
+#include "analysis/FadeCurves.h"
 #include "analysis/tests/TestSignals.h"
 
 #include <gtest/gtest.h>
@@ -86,7 +86,8 @@ TEST(Renderer, CrossfadeTruncatesTowardZeroWithTheCurveGains)
     for (int i = 0; i < 37; ++i) {
         double a, b;
         fadeCurve(i / 37.0, key.xfadeCurve, a, b);
-        const double mixed = sampleOf(format, data, 700 - 37 + i, 0) * a + sampleOf(format, data, 300 - 37 + i, 0) * b;
+        const double mixed = sampleOf(format, data, 700 - 37 + i, 0) * a +
+                             sampleOf(format, data, 300 - 37 + i, 0) * b;
         EXPECT_EQ(sampleOf(format, out.note, 600 - 37 + i, 0), static_cast<int32_t>(mixed)) << i;
     }
 }
@@ -94,7 +95,8 @@ TEST(Renderer, CrossfadeTruncatesTowardZeroWithTheCurveGains)
 TEST(Renderer, IncludingTheNoteAfterTheLoopExtendsTheBuffer)
 {
     const WaveFormat format = makeWaveFormat(44100, 2, 16);
-    const auto data = makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
     RenderOptions options;
     options.includeAfterLoop = true;
     RenderedNote out;
@@ -108,7 +110,8 @@ TEST(Renderer, IncludingTheNoteAfterTheLoopExtendsTheBuffer)
 TEST(Renderer, BackwardForwardLoopUnfoldsToTheStatedLength)
 {
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
-    const auto data = makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
     TGmsl_key key = loopedKey(2);
     key.bfxfadeLen = 50;
     RenderedNote out;
@@ -135,7 +138,8 @@ TEST(Renderer, BackwardForwardLoopUnfoldsToTheStatedLength)
 TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)
 {
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
-    const auto data = makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f * 10); });
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f * 10); });
     TGmsl_key key = loopedKey(2);
     key.bfxfadeLen = 20;
     key.bfxfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Linear"));
@@ -151,7 +155,8 @@ TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)
 TEST(Renderer, LoopEndNotAfterLoopStartRendersThePlainNote)
 {
     const WaveFormat format = makeWaveFormat(44100, 1, 8);
-    const auto data = makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f % 100); });
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f % 100); });
     for (uint8_t mode : {0, 1, 2}) {
         TGmsl_key key = loopedKey(mode);
         if (mode != 0)

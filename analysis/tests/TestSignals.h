@@ -21,7 +21,8 @@ inline std::vector<uint8_t> makeSignal(const WaveFormat& format, int64_t frames,
     std::vector<uint8_t> data(static_cast<size_t>(frames) * format.nBlockAlign);
     for (int64_t f = 0; f < frames; ++f)
         for (int ch = 0; ch < format.nChannels; ++ch)
-            pcm::writeSample(data.data() + f * format.nBlockAlign + ch * width, width, value(f, ch));
+            pcm::writeSample(data.data() + f * format.nBlockAlign + ch * width, width,
+                             value(f, ch));
     return data;
 }
 

@@ -1,6 +1,6 @@
 // Threshold search and auto-note: note onsets and ends against the measured noise.
-#include "analysis/AutoNote.h"
 #include "analysis/ThresholdSearch.h"
+#include "analysis/AutoNote.h"
 #include "analysis/tests/TestSignals.h"
 
 #include <gtest/gtest.h>
@@ -52,11 +52,14 @@ TEST(ThresholdSearch, ReferenceWindowIsAtLeastFiftyMilliseconds)
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
     // Silence markers 10 frames apart still measure 2205 frames: a burst 2000 frames in
     // counts, one beyond frame 1000 + 2205 + 4 does not.
-    const auto inside = makeSignal(format, 10000, [](int64_t f, int) { return f >= 3000 && f < 3005 ? 5000 : 0; });
+    const auto inside =
+        makeSignal(format, 10000, [](int64_t f, int) { return f >= 3000 && f < 3005 ? 5000 : 0; });
     EXPECT_EQ(thresholdReferenceLevel(format, inside.data(), 10000, 1000, 1010), 5000);
-    const auto edge = makeSignal(format, 10000, [](int64_t f, int) { return f == 3209 ? 5000 : 0; });
+    const auto edge =
+        makeSignal(format, 10000, [](int64_t f, int) { return f == 3209 ? 5000 : 0; });
     EXPECT_EQ(thresholdReferenceLevel(format, edge.data(), 10000, 1000, 1010), 1000);
-    const auto outside = makeSignal(format, 10000, [](int64_t f, int) { return f == 3210 ? 5000 : 0; });
+    const auto outside =
+        makeSignal(format, 10000, [](int64_t f, int) { return f == 3210 ? 5000 : 0; });
     EXPECT_EQ(thresholdReferenceLevel(format, outside.data(), 10000, 1000, 1010), 0);
 }
 
@@ -174,7 +177,8 @@ TEST(NoteLengthCheck, ZeroLengthNoteStopsTheExport)
     msl.keys[61].Note_In = 100;
     msl.keys[61].Note_Out = 99;
     EXPECT_EQ(checkNoteLengths(msl, message), 0);
-    EXPECT_EQ(message, "The Note Length of the selected Key \"61\" in the Multi-Sample \"Strings\" is equal Zero.");
+    EXPECT_EQ(message, "The Note Length of the selected Key \"61\" in the Multi-Sample \"Strings\" "
+                       "is equal Zero.");
     TGmsl empty;
     EXPECT_EQ(checkSomethingToExport(&empty, 1, message), 0);
     EXPECT_EQ(message, "There is nothing to export.");

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <system_error>
 #include <thread>
 
 namespace tg {
@@ -152,8 +153,13 @@ bool scoreLoopCandidates(const LoopScorer& scorer, int64_t loopStart, int64_t wi
 
     std::vector<std::thread> workers;
     workers.reserve(static_cast<size_t>(threads - 1));
-    for (int t = 1; t < threads; ++t)
-        workers.emplace_back(work_loop, false);
+    for (int t = 1; t < threads; ++t) {
+        try {
+            workers.emplace_back(work_loop, false);
+        } catch (const std::system_error&) {
+            break; // no more threads to be had: the ones running share the work
+        }
+    }
     work_loop(true);
     for (std::thread& worker : workers)
         worker.join();

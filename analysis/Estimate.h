@@ -23,9 +23,11 @@ struct RecordingEstimate {
 // false when the name does not read as one.
 bool parseRecordingFormat(const char* name, uint32_t& rate, uint16_t& channels, uint16_t& bits);
 
-// Adds the keys of `msl` to `estimate`: per key to record its note, release, the 0.5 s
-// lead-in and the pause, plus the loop search scaled by `speeds` (the figure of the
-// Multi-Sample's bit depth and channel count) when auto-loop is on, and the WAV size.
+// Adds the keys of `msl` to `estimate`: per key selected for recording (keyState set) with
+// the Multi-Sample's note and release lengths, its note, release, the 0.5 s lead-in and the
+// pause, plus the loop search scaled by `speeds` (the figure of the Multi-Sample's bit depth
+// and channel count) when auto-loop is on, and the WAV size. Keys are skipped as the
+// options say.
 void addMultiSampleEstimate(const TGmsl& msl, const EstimateOptions& options,
                             const LoopSpeedTable& speeds, RecordingEstimate& estimate);
 

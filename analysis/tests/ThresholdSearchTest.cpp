@@ -123,6 +123,24 @@ TEST(AutoNote, SetsNoteMarkersAndSnapsTheEndToAZeroCrossing)
     EXPECT_EQ(snapped.Note_Out, 16009);
 }
 
+TEST(AutoNote, NoteEndSnapsToAChannelThatTouchesZero)
+{
+    const WaveFormat format = makeWaveFormat(44100, 2, 16);
+    // Both channels stay positive; the left one touches 0 at frame 18000 only.
+    const auto data = makeSignal(format, 30000, [](int64_t f, int ch) {
+        if (ch == 0 && f == 18000)
+            return 0;
+        return f >= 6000 && f < 20000 ? 9000 : 1;
+    });
+    TGmsl_key key;
+    key.Silence_Out = 3000;
+    RecordSettings settings = settingsWithoutZeroCrossing();
+    settings.zerocrossing = 1;
+    autoNote(key, format, data.data(), data.size(), settings);
+    EXPECT_EQ(key.Note_In, 5999);
+    EXPECT_EQ(key.Note_Out, 18000);
+}
+
 TEST(AutoNote, BatchOptionsKeepMarkersCopySilenceAndEqualiseLength)
 {
     const WaveFormat format = makeWaveFormat(44100, 1, 16);

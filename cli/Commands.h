@@ -17,4 +17,7 @@ void addAudioFileCommands(CliApp& app);
 // audio and MIDI device tables, recording formats (cli/DeviceCommands.cpp)
 void addDeviceCommands(CliApp& app);
 
+// auto, normalize, gain, levels, estimate
+void addAnalysisCommands(CliApp& app);
+
 } // namespace tg::cli

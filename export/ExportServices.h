@@ -28,6 +28,22 @@ struct RenderedKey {
     int32_t loopEnd = 0;          // frames into `note`, inclusive
 };
 
+// The loop written into an exported sample file.
+struct SampleLoop {
+    bool enabled = false;
+    int32_t start = 0; // frames
+    int32_t end = 0;   // frames, inclusive (the last frame of the loop)
+};
+
+// What an AIFF sample's INST chunk says about its key.
+struct SampleInstrument {
+    uint8_t rootKey = 60;
+    uint8_t lowKey = 0;
+    uint8_t highKey = 127;
+    uint8_t lowVelocity = 1;
+    uint8_t highVelocity = 127;
+};
+
 struct ExportServices {
     // Full reader of a Key-Sample file.
     std::function<int(const std::string& path, KeyAudio& audio, std::string& message)> readKeySample;
@@ -43,6 +59,18 @@ struct ExportServices {
         convert;
     // The level of a recording: the larger of its left and right peak, 0..1.
     std::function<double(const KeyAudio& audio)> peakLevel;
+
+    // WAV writer with a `smpl` chunk holding the loop (when enabled) and the root key.
+    std::function<int(const std::string& path, const WaveFormat& format,
+                      const std::vector<uint8_t>& data, const SampleLoop& loop, int rootKey,
+                      std::string& message)>
+        writeWav;
+    // AIFF writer with MARK (when the loop is enabled), INST and NAME chunks.
+    std::function<int(const std::string& path, const WaveFormat& format,
+                      const std::vector<uint8_t>& data, const SampleLoop& loop,
+                      const SampleInstrument& instrument, const std::string& name,
+                      std::string& message)>
+        writeAiff;
 };
 
 } // namespace tg

@@ -6,6 +6,7 @@
 #include "core/Message.h"
 #include "export/ExportProgress.h"
 #include "export/KeySampleFile.h"
+#include "export/tests/MemoryAudio.h"
 
 #include <gtest/gtest.h>
 
@@ -17,61 +18,7 @@ namespace {
 
 using tg::ExportedKey;
 using tg::KeyAudio;
-
-// 16-bit mono recordings held in memory, keyed by their file path.
-struct MemoryAudio {
-    std::map<std::string, KeyAudio> files;
-
-    void add(const tg::Project& p, int m, int note, int frames, int16_t peak)
-    {
-        KeyAudio audio;
-        audio.format = tg::makeWaveFormat(44100, 1, 16);
-        for (int i = 0; i < frames; ++i) {
-            const int16_t v = i == frames / 2 ? peak : int16_t(i % 7);
-            audio.data.push_back(uint8_t(v & 0xFF));
-            audio.data.push_back(uint8_t((v >> 8) & 0xFF));
-        }
-        files[tg::keySampleFilePath(p, p.msl[m], note)] = audio;
-    }
-
-    tg::ExportServices services()
-    {
-        tg::ExportServices s;
-        s.readKeySample = [this](const std::string& path, KeyAudio& audio, std::string& message) {
-            auto it = files.find(path);
-            if (it == files.end())
-                return tg::setMessage(message, "unable to open %s", path.c_str());
-            audio = it->second;
-            return 1;
-        };
-        // Copies Note_In..Note_Out; the loop is reported relative to Note_In.
-        s.render = [](const tg::TGmsl_key& key, const KeyAudio& audio, tg::RenderedKey& out,
-                      std::string& message) {
-            if (key.Note_Out < key.Note_In || size_t(key.Note_Out) * 2 + 2 > audio.data.size())
-                return tg::setMessage(message, "the note's length is equal 0");
-            out.format = audio.format;
-            out.note.assign(audio.data.begin() + key.Note_In * 2,
-                            audio.data.begin() + key.Note_Out * 2 + 2);
-            out.loopStart = key.Loop_In - key.Note_In;
-            out.loopEnd = key.Loop_Out - key.Note_In;
-            return 1;
-        };
-        s.convert = [](std::vector<uint8_t>&, const tg::WaveFormat& from, const tg::WaveFormat& to,
-                       int32_t*, int32_t*, tg::ChannelMode, tg::ResamplingMode, std::string& message) {
-            if (from.nSamplesPerSec != to.nSamplesPerSec || from.nChannels != to.nChannels ||
-                from.wBitsPerSample != to.wBitsPerSample)
-                return tg::setMessage(message, "convert sample error: unsupported in this test");
-            return 1;
-        };
-        s.peakLevel = [](const KeyAudio& audio) {
-            int peak = 0;
-            for (size_t i = 0; i + 1 < audio.data.size(); i += 2)
-                peak = std::max(peak, std::abs(int(int16_t(audio.data[i] | audio.data[i + 1] << 8))));
-            return peak / 32767.0;
-        };
-        return s;
-    }
-};
+using tg::test::MemoryAudio;
 
 struct Written {
     int ordinal, note;

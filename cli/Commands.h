@@ -5,4 +5,7 @@ namespace tg::cli {
 
 class CliApp;
 
+// `set KEY=VALUE ...`: preferences keys through the keyed settings accessor.
+void addSettingsCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -5,5 +5,6 @@
 int main(int argc, char** argv)
 {
     tg::cli::CliApp app;
+    tg::cli::addSettingsCommands(app);
     return app.run(argc, argv);
 }

@@ -11,7 +11,10 @@ constexpr int kMaxProjects = 128;
 constexpr int kMaxMultiSamples = 128;
 constexpr int kKeyCount = 128;
 
-// Fixed buffer sizes, terminating NUL included.
+// Sizes of the fixed text fields as they are stored in files, terminating NUL included.
+// The device names and curve names may fill their stored field completely (the settings
+// accessor copies up to the full size), so in memory they get one byte more for the NUL;
+// writers store only the field size.
 constexpr int kNameSize = 48;
 constexpr int kPathSize = 260;
 constexpr int kMidiOutDeviceSize = 36;
@@ -44,9 +47,9 @@ struct RecordSettings {
     double loopstart = 30.0;
     double loopoutsearchstart = 55.0;
     double xfadelength = 0.2;
-    char xfadetype[kCurveNameSize] = "Exponential^2";
+    char xfadetype[kCurveNameSize + 1] = "Exponential^2"; // up to 16 characters
     double bfxfadelength = 0.5;
-    char bfxfadetype[kCurveNameSize] = "Exponential^2";
+    char bfxfadetype[kCurveNameSize + 1] = "Exponential^2"; // up to 16 characters
 };
 
 // One key record (one MIDI note) of a Multi-Sample. Marker positions are frame indices
@@ -92,7 +95,7 @@ TGmsl_key makeNewKey(int note);
 // A Multi-Sample: one instrument layer with its devices, settings and 128 key records.
 struct TGmsl {
     char name[kNameSize] = "";
-    char MIDIoutDevice[kMidiOutDeviceSize] = "";
+    char MIDIoutDevice[kMidiOutDeviceSize + 1] = ""; // up to 36 characters
     uint16_t MIDIoutChannel = 0; // 0-based
     uint16_t AutoSendReset = 1;
     uint16_t controllerTable[kControllerRows][4] = {};
@@ -102,8 +105,8 @@ struct TGmsl {
     uint16_t MIDIoutAttackVelocity = 64;
     uint16_t MIDIoutReleaseVelocity = 0;
     uint16_t MIDIoutAfterTouch = 0;
-    char AudioInDevice[kAudioInDeviceSize] = "";
-    char AudioInFormat[kAudioInFormatSize] = "";
+    char AudioInDevice[kAudioInDeviceSize + 1] = ""; // up to 68 characters
+    char AudioInFormat[kAudioInFormatSize] = "";      // up to 36 characters
     RecordSettings recordsettings;
     int32_t range_start = 0; // velocity range low, 0..127
     int32_t range_end = 127; // velocity range high, 0..127

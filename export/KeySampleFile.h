@@ -1,6 +1,7 @@
-// Where a Key-Sample's recording lies: "<data path>/<Project> - <Multi-Sample> - NNN - <note>.wav".
+// Which Key-Samples an export writes, and where their recordings lie.
 #pragma once
 
+#include "core/Names.h"
 #include "core/Records.h"
 
 #include <string>
@@ -8,7 +9,10 @@
 namespace tg {
 
 // The path of the WAV file of key `note` of `msl` in the Project's data folder.
-std::string keySampleFilePath(const Project& project, const TGmsl& msl, int note);
+inline std::string keySampleFilePath(const Project& project, const TGmsl& msl, int note)
+{
+    return keySampleFileName(project, msl, note);
+}
 
 // Present (slot in use) and recorded (has audio): the Key-Samples an export writes.
 inline bool isExportable(const TGmsl_key& key)

@@ -8,4 +8,7 @@ class CliApp;
 // `set KEY=VALUE ...`: preferences keys through the keyed settings accessor.
 void addSettingsCommands(CliApp& app);
 
+// wav-info, aiff-info, convert
+void addAudioFileCommands(CliApp& app);
+
 } // namespace tg::cli

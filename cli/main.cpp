@@ -6,5 +6,6 @@ int main(int argc, char** argv)
 {
     tg::cli::CliApp app;
     tg::cli::addSettingsCommands(app);
+    tg::cli::addAudioFileCommands(app);
     return app.run(argc, argv);
 }

@@ -1,0 +1,278 @@
+// The sample converter: refusals, bit depth and channel rules, the three resampling modes and
+// the loop points that follow a rate change.
+#include "audiofile/SampleConverter.h"
+
+#include "audiofile/SampleAccess.h"
+#include "audiofile/ZeroCrossing.h"
+#include "audiofile/tests/TestAudio.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace tg;
+using namespace tg::test;
+
+namespace {
+
+std::vector<int32_t> samplesOf(const WaveFormat& f, const std::vector<uint8_t>& bytes)
+{
+    std::vector<int32_t> out;
+    const int32_t frames = static_cast<int32_t>(bytes.size() / f.nBlockAlign);
+    for (int32_t i = 0; i < frames; ++i)
+        for (int c = 0; c < f.nChannels; ++c)
+            out.push_back(sampleAt(f, bytes.data(), i, c));
+    return out;
+}
+
+struct Conversion {
+    int ok = 0;
+    std::vector<int32_t> out;
+    int32_t loopStart = -1, loopEnd = -1;
+    std::string message;
+};
+
+Conversion convert(WaveFormat src, WaveFormat dst, const std::vector<int32_t>& values,
+                   ResampleMode mode = ResampleMode::Linear,
+                   ChannelMode channels = ChannelMode::Mix, int32_t loopStart = -1,
+                   int32_t loopEnd = -1)
+{
+    Conversion c;
+    std::vector<uint8_t> data = packSamples(src, values);
+    c.loopStart = loopStart;
+    c.loopEnd = loopEnd;
+    c.ok = convertSamples(data, src, dst, loopStart >= 0 ? &c.loopStart : nullptr,
+                          loopEnd >= 0 ? &c.loopEnd : nullptr, channels, mode, &c.message);
+    c.out = samplesOf(dst, data);
+    return c;
+}
+
+std::vector<int32_t> constant(size_t count, int32_t value) { return std::vector<int32_t>(count, value); }
+
+std::vector<int32_t> rampOf(size_t count, int32_t step)
+{
+    std::vector<int32_t> v(count);
+    for (size_t i = 0; i < count; ++i)
+        v[i] = static_cast<int32_t>(i) * step;
+    return v;
+}
+
+} // namespace
+
+TEST(SampleConverter, IdenticalFormatsLeaveBufferAndLoopsUntouched)
+{
+    WaveFormat src = makeWaveFormat(44100, 2, 16), dst = src;
+    dst.nAvgBytesPerSec = 7; // derived fields are recomputed, not compared
+    std::vector<uint8_t> data = packSamples(src, rampOf(64, 3));
+    const std::vector<uint8_t> before = data;
+    const uint8_t* storage = data.data();
+    int32_t start = 5, end = 9;
+    std::string message;
+    ASSERT_EQ(convertSamples(data, src, dst, &start, &end, ChannelMode::Mix, ResampleMode::Average,
+                             &message),
+              1);
+    EXPECT_EQ(data, before);
+    EXPECT_EQ(data.data(), storage);
+    EXPECT_EQ(start, 5);
+    EXPECT_EQ(end, 9);
+    EXPECT_EQ(dst.nAvgBytesPerSec, 44100u * 4);
+}
+
+TEST(SampleConverter, RefusesShortBuffersAndUnsupportedFormats)
+{
+    const WaveFormat mono16 = makeWaveFormat(44100, 1, 16);
+    Conversion c = convert(mono16, makeWaveFormat(22050, 1, 16), constant(15, 1));
+    EXPECT_EQ(c.ok, 0);
+    EXPECT_EQ(c.message, "convert sample error: sample too small or buffer=NULL");
+    EXPECT_EQ(convert(mono16, makeWaveFormat(22050, 1, 16), constant(16, 1)).ok, 1);
+
+    WaveFormat float32 = makeWaveFormat(44100, 1, 32);
+    EXPECT_EQ(convert(mono16, float32, constant(32, 0)).message,
+              "convert sample error: unsupported wave format (destination)");
+    WaveFormat tooFast = makeWaveFormat(384001, 1, 16);
+    EXPECT_EQ(convert(tooFast, mono16, constant(32, 0)).message,
+              "convert sample error: unsupported wave format (source)");
+    WaveFormat zeroRate = makeWaveFormat(0, 1, 16);
+    EXPECT_EQ(convert(mono16, zeroRate, constant(32, 0)).ok, 0);
+    WaveFormat compressed = mono16;
+    compressed.wFormatTag = 2;
+    EXPECT_EQ(convert(compressed, mono16, constant(32, 0)).ok, 0);
+    EXPECT_EQ(makeWaveFormat(384000, 1, 16).nSamplesPerSec, 384000u);
+    EXPECT_EQ(convert(makeWaveFormat(384000, 1, 16), mono16, constant(32, 0)).ok, 1);
+}
+
+TEST(SampleConverter, BitDepthChangesTruncate)
+{
+    const WaveFormat m24 = makeWaveFormat(44100, 1, 24), m16 = makeWaveFormat(44100, 1, 16),
+                     m8 = makeWaveFormat(44100, 1, 8);
+    std::vector<int32_t> in = constant(16, 0);
+    in[0] = 511;     // 1.996 units of 16-bit
+    in[1] = -1;      // arithmetic shift: -1
+    in[2] = -257;    // -1.004 units: -2
+    in[3] = 8388607; // full scale
+    Conversion c = convert(m24, m16, in);
+    ASSERT_EQ(c.ok, 1);
+    EXPECT_EQ(c.out[0], 1);
+    EXPECT_EQ(c.out[1], -1);
+    EXPECT_EQ(c.out[2], -2);
+    EXPECT_EQ(c.out[3], 32767);
+
+    std::vector<int32_t> in16 = constant(16, 0);
+    in16[0] = 255;
+    in16[1] = -32768;
+    in16[2] = 32767;
+    Conversion to8 = convert(m16, m8, in16);
+    EXPECT_EQ(to8.out[0], 0);
+    EXPECT_EQ(to8.out[1], -128);
+    EXPECT_EQ(to8.out[2], 127);
+
+    std::vector<int32_t> in8 = constant(16, 0);
+    in8[0] = -128;
+    in8[1] = 127;
+    Conversion from8 = convert(m8, m24, in8);
+    EXPECT_EQ(from8.out[0], -8388608);
+    EXPECT_EQ(from8.out[1], 127 * 65536);
+}
+
+TEST(SampleConverter, ChannelModesPickMixOrDuplicate)
+{
+    const WaveFormat st = makeWaveFormat(44100, 2, 24), mono = makeWaveFormat(44100, 1, 24);
+    std::vector<int32_t> in;
+    for (int i = 0; i < 16; ++i) {
+        in.push_back(-3 - 2 * i); // left
+        in.push_back(0 + i);      // right
+    }
+    Conversion mix = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Mix);
+    Conversion left = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Left);
+    Conversion right = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Right);
+    ASSERT_EQ(mix.out.size(), 16u);
+    EXPECT_EQ(mix.out[0], -1); // (-3 + 0) / 2 truncates toward zero, not down to -2
+    EXPECT_EQ(mix.out[1], -2); // (-5 + 1) / 2
+    EXPECT_EQ(left.out[1], -5);
+    EXPECT_EQ(right.out[1], 1);
+
+    Conversion dup = convert(mono, st, rampOf(16, 5));
+    ASSERT_EQ(dup.out.size(), 32u);
+    EXPECT_EQ(dup.out[14], 35);
+    EXPECT_EQ(dup.out[15], 35);
+}
+
+TEST(SampleConverter, LinearUpsamplingInterpolatesAndKeepsTheLastFrame)
+{
+    const WaveFormat a = makeWaveFormat(22050, 1, 24), b = makeWaveFormat(44100, 1, 24);
+    std::vector<int32_t> in = rampOf(20, 10);
+    in[19] = 1001; // the last frame is copied, not interpolated toward anything
+    Conversion c = convert(a, b, in);
+    ASSERT_EQ(c.out.size(), 40u);
+    for (int i = 0; i < 18; ++i) {
+        EXPECT_EQ(c.out[2 * i], in[i]);
+        EXPECT_EQ(c.out[2 * i + 1], in[i] + 5);
+    }
+    EXPECT_EQ(c.out[39], 1001);
+    // 44.1 -> 48 kHz: N = trunc(100 * 48000 / 44100) = 108.
+    EXPECT_EQ(convert(makeWaveFormat(44100, 1, 16), makeWaveFormat(48000, 1, 16),
+                      constant(100, 3)).out.size(),
+              108u);
+}
+
+TEST(SampleConverter, LinearDownsamplingPicksAndCopiesTheEnds)
+{
+    const WaveFormat a = makeWaveFormat(44100, 1, 24), b = makeWaveFormat(22050, 1, 24);
+    std::vector<int32_t> in = rampOf(21, 10);
+    Conversion c = convert(a, b, in);
+    ASSERT_EQ(c.out.size(), 10u);
+    for (int i = 0; i < 9; ++i)
+        EXPECT_EQ(c.out[i], 20 * i);
+    EXPECT_EQ(c.out[9], 200); // the last input frame
+    // 96 -> 44.1 kHz: N = trunc(100 * 0.459375) = 45.
+    EXPECT_EQ(convert(makeWaveFormat(96000, 1, 16), makeWaveFormat(44100, 1, 16),
+                      constant(100, 3)).out.size(),
+              45u);
+}
+
+TEST(SampleConverter, AveragingDownsamplingTakesTheMeanOfEachSpan)
+{
+    const WaveFormat a = makeWaveFormat(48000, 1, 24), b = makeWaveFormat(16000, 1, 24);
+    std::vector<int32_t> in = {9, 0, 0, 3, 6, 0, 30, 0, 3, 1, 1, 1, 8, 8, 8, 5, 5, 5, 7, 7, 7};
+    Conversion c = convert(a, b, in, ResampleMode::Average);
+    ASSERT_EQ(c.out, (std::vector<int32_t>{9, 3, 11, 1, 8, 5, 7}));
+
+    // Fractional spans still average to the value of a constant signal.
+    Conversion f = convert(makeWaveFormat(44100, 1, 24), makeWaveFormat(32000, 1, 24),
+                           constant(400, -77777), ResampleMode::Average);
+    for (int32_t v : f.out)
+        ASSERT_EQ(v, -77777);
+}
+
+TEST(SampleConverter, LoopPointsScaleWithTheRate)
+{
+    // A constant signal has no zero crossing, so only the scaling rules apply.
+    const WaveFormat a = makeWaveFormat(44100, 1, 16), b = makeWaveFormat(22050, 1, 16);
+    Conversion c = convert(a, b, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 11, 20);
+    EXPECT_EQ(c.loopStart, 5);
+    EXPECT_EQ(c.loopEnd, 9); // trunc(21 * 0.5) - 1
+    c = convert(a, b, constant(100, 500), ResampleMode::Average, ChannelMode::Mix, 0, 99);
+    EXPECT_EQ(c.loopStart, 0);
+    EXPECT_EQ(c.loopEnd, 49); // at the last frame: N - 1
+    c = convert(b, a, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 0, 0);
+    EXPECT_EQ(c.loopEnd, 0);
+    // The end never falls before the start.
+    c = convert(a, b, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 41, 41);
+    EXPECT_EQ(c.loopStart, 20);
+    EXPECT_EQ(c.loopEnd, 20);
+    // Without a rate change the loop stays.
+    c = convert(a, makeWaveFormat(44100, 2, 24), constant(100, 500), ResampleMode::Linear,
+                ChannelMode::Mix, 13, 77);
+    EXPECT_EQ(c.loopStart, 13);
+    EXPECT_EQ(c.loopEnd, 77);
+}
+
+TEST(SampleConverter, LoopPointsOnZeroCrossingsStayOnZeroCrossings)
+{
+    // A sine of 441 Hz at 44.1 kHz crosses zero every 50 frames; 44.1 -> 48 kHz maps those
+    // crossings to non-integer positions, so the scaled points need re-snapping.
+    const WaveFormat a = makeWaveFormat(44100, 1, 16), b = makeWaveFormat(48000, 1, 16);
+    std::vector<int32_t> in(4410);
+    for (size_t i = 0; i < in.size(); ++i)
+        in[i] = static_cast<int32_t>(std::lround(20000 * std::sin(2 * M_PI * 441 * i / 44100.0)));
+    const int32_t start = 1000, end = 2999; // start is 0; frame after end (3000) is 0
+    for (ResampleMode mode : {ResampleMode::Linear, ResampleMode::HighQuality}) {
+        Conversion c = convert(a, b, in, mode, ChannelMode::Mix, start, end);
+        ASSERT_EQ(c.ok, 1) << c.message;
+        std::vector<uint8_t> out = packSamples(b, c.out);
+        const int32_t bytes = static_cast<int32_t>(out.size());
+        EXPECT_EQ(findZeroCrossing(&b, out.data(), bytes, c.loopStart, 0, 0), c.loopStart);
+        EXPECT_EQ(findZeroCrossing(&b, out.data(), bytes, c.loopEnd + 1, 0, 0), c.loopEnd + 1);
+        EXPECT_NEAR(c.loopStart, 1088, 1); // 1000 * 48000 / 44100 = 1088.4
+        EXPECT_NEAR(c.loopEnd + 1, 3265, 1);
+    }
+    // A start that did not lie on a crossing is only scaled.
+    Conversion c = convert(a, b, in, ResampleMode::Linear, ChannelMode::Mix, 1010, 2999);
+    EXPECT_EQ(c.loopStart, 1099); // trunc(1010 * 48000 / 44100)
+}
+
+TEST(SampleConverter, HighQualityModeKeepsFrameCountAndTracksTheTone)
+{
+    // 1 kHz at 96 kHz, 24-bit stereo, to 44.1 kHz: the result must be the same tone, in time.
+    const WaveFormat a = makeWaveFormat(96000, 2, 24), b = makeWaveFormat(44100, 2, 24);
+    std::vector<int32_t> in;
+    const int frames = 9600;
+    for (int i = 0; i < frames; ++i) {
+        const int32_t v = static_cast<int32_t>(std::lround(4000000 * std::sin(2 * M_PI * 1000 * i / 96000.0)));
+        in.push_back(v);
+        in.push_back(-v);
+    }
+    Conversion c = convert(a, b, in, ResampleMode::HighQuality, ChannelMode::Mix, 0, frames - 1);
+    ASSERT_EQ(c.ok, 1) << c.message;
+    ASSERT_EQ(c.out.size(), 2u * 4410);
+    EXPECT_EQ(c.loopEnd, 4409);
+    double worst = 0;
+    for (int i = 200; i < 4200; ++i) {
+        const double expected = 4000000 * std::sin(2 * M_PI * 1000 * i / 44100.0);
+        worst = std::max(worst, std::fabs(c.out[2 * i] - expected));
+        ASSERT_EQ(c.out[2 * i + 1], -c.out[2 * i]);
+    }
+    EXPECT_LT(worst, 4.0); // about -120 dB of the tone
+    // Deterministic: the same input gives the same bytes.
+    EXPECT_EQ(convert(a, b, in, ResampleMode::HighQuality).out, c.out);
+}

@@ -1,0 +1,166 @@
+// libsndfile, an independent reader, opens the WAV and AIFF files we write and sees our
+// frames, samples and loops.
+#include "audiofile/AiffFile.h"
+#include "audiofile/WavFile.h"
+
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <memory>
+
+using namespace tg;
+
+namespace {
+
+struct SndfileCloser {
+    void operator()(SNDFILE* f) const { sf_close(f); }
+};
+using SndfileHandle = std::unique_ptr<SNDFILE, SndfileCloser>;
+
+// Our byte image decoded to int at the full 32-bit scale libsndfile uses for sf_readf_int.
+int32_t expectedInt(const WaveFormat& f, const std::vector<uint8_t>& bytes, size_t sample)
+{
+    const uint8_t* p = bytes.data() + sample * (f.wBitsPerSample / 8);
+    switch (f.wBitsPerSample) {
+    case 8:
+        return (static_cast<int32_t>(p[0]) - 128) * (1 << 24);
+    case 16:
+        return static_cast<int32_t>(static_cast<uint32_t>(p[0] | (p[1] << 8)) << 16);
+    default:
+        return static_cast<int32_t>((static_cast<uint32_t>(p[0]) << 8) |
+                                    (static_cast<uint32_t>(p[1]) << 16) |
+                                    (static_cast<uint32_t>(p[2]) << 24));
+    }
+}
+
+std::vector<uint8_t> noise(size_t count, uint32_t seed)
+{
+    std::vector<uint8_t> v(count);
+    for (auto& b : v) {
+        seed = seed * 1664525u + 1013904223u;
+        b = static_cast<uint8_t>(seed >> 24);
+    }
+    return v;
+}
+
+struct Opened {
+    SndfileHandle file;
+    SF_INFO info{};
+};
+
+Opened openWithSndfile(const std::string& path)
+{
+    Opened o;
+    o.file.reset(sf_open(path.c_str(), SFM_READ, &o.info));
+    return o;
+}
+
+void expectSameSamples(SNDFILE* file, const WaveFormat& f, const std::vector<uint8_t>& bytes,
+                       int64_t frames)
+{
+    std::vector<int32_t> read(static_cast<size_t>(frames) * f.nChannels);
+    ASSERT_EQ(sf_readf_int(file, read.data(), frames), frames);
+    for (size_t i = 0; i < read.size(); ++i)
+        ASSERT_EQ(read[i], expectedInt(f, bytes, i)) << "sample " << i;
+}
+
+} // namespace
+
+TEST(SndfileReadsOurWav, FramesAndSamplesOfEveryDepthAndChannelCount)
+{
+    test::TempDir dir;
+    for (uint16_t bits : {8, 16, 24}) {
+        for (uint16_t channels : {1, 2}) {
+            for (bool withLoop : {false, true}) {
+                SCOPED_TRACE(testing::Message() << bits << " bit, " << channels << " ch, loop "
+                                                << withLoop);
+                const WaveFormat format = makeWaveFormat(48000, channels, bits);
+                const int32_t frames = 1001; // odd: 8-bit mono data has no pad byte
+                const auto audio = noise(static_cast<size_t>(frames) * format.nBlockAlign, bits);
+                const std::string path = dir.file("sf.wav");
+                WavLoopInfo loop{123, 876, 62};
+                std::string message;
+                ASSERT_EQ(writeWav(path, format, audio, message, withLoop ? &loop : nullptr), 1);
+
+                Opened o = openWithSndfile(path);
+                ASSERT_TRUE(o.file) << sf_strerror(nullptr);
+                EXPECT_EQ(o.info.frames, frames);
+                EXPECT_EQ(o.info.channels, channels);
+                EXPECT_EQ(o.info.samplerate, 48000);
+                EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_WAV);
+                const int subtype = bits == 8 ? SF_FORMAT_PCM_U8
+                                    : bits == 16 ? SF_FORMAT_PCM_16
+                                                 : SF_FORMAT_PCM_24;
+                EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
+                expectSameSamples(o.file.get(), format, audio, frames);
+
+                SF_INSTRUMENT inst{};
+                const bool hasInstrument =
+                    sf_command(o.file.get(), SFC_GET_INSTRUMENT, &inst, sizeof inst) == SF_TRUE;
+                EXPECT_EQ(hasInstrument, withLoop);
+                if (hasInstrument) {
+                    EXPECT_EQ(inst.basenote, 62);
+                    ASSERT_EQ(inst.loop_count, 1);
+                    EXPECT_EQ(inst.loops[0].mode, SF_LOOP_FORWARD);
+                    EXPECT_EQ(inst.loops[0].start, 123u);
+                    // libsndfile reports the end one past our inclusive last loop frame.
+                    EXPECT_EQ(inst.loops[0].end, 877u);
+                }
+            }
+        }
+    }
+}
+
+TEST(SndfileReadsOurAiff, FramesSamplesLoopAndBaseNote)
+{
+    test::TempDir dir;
+    for (uint16_t bits : {8, 16, 24}) {
+        for (uint16_t channels : {1, 2}) {
+            for (bool withLoop : {false, true}) {
+                SCOPED_TRACE(testing::Message() << bits << " bit, " << channels << " ch, loop "
+                                                << withLoop);
+                const WaveFormat format = makeWaveFormat(44100, channels, bits);
+                const int32_t frames = 777;
+                const auto audio =
+                    noise(static_cast<size_t>(frames) * format.nBlockAlign, bits + 100);
+                const std::string path = dir.file("sf.aif");
+                AiffKeyRecord key{65, 60, 70, 1, 127, "Flute F4"};
+                std::string message;
+                ASSERT_EQ(writeAiff(path, format, audio.data(), static_cast<int32_t>(audio.size()),
+                                    withLoop ? 40 : 0, withLoop ? 700 : 0, key, message),
+                          1);
+
+                Opened o = openWithSndfile(path);
+                ASSERT_TRUE(o.file) << sf_strerror(nullptr);
+                EXPECT_EQ(o.info.frames, frames);
+                EXPECT_EQ(o.info.channels, channels);
+                EXPECT_EQ(o.info.samplerate, 44100);
+                EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_AIFF);
+                const int subtype = bits == 8 ? SF_FORMAT_PCM_S8
+                                    : bits == 16 ? SF_FORMAT_PCM_16
+                                                 : SF_FORMAT_PCM_24;
+                EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
+                expectSameSamples(o.file.get(), format, audio, frames);
+
+                SF_INSTRUMENT inst{};
+                const bool hasInstrument =
+                    sf_command(o.file.get(), SFC_GET_INSTRUMENT, &inst, sizeof inst) == SF_TRUE;
+                EXPECT_EQ(hasInstrument, withLoop);
+                if (hasInstrument) {
+                    EXPECT_EQ(inst.basenote, 65);
+                    EXPECT_EQ(inst.key_lo, 60);
+                    EXPECT_EQ(inst.key_hi, 70);
+                    EXPECT_EQ(inst.velocity_lo, 1);
+                    EXPECT_EQ(inst.velocity_hi, 127);
+                    ASSERT_GE(inst.loop_count, 1);
+                    EXPECT_EQ(inst.loops[0].mode, SF_LOOP_FORWARD);
+                    // AIFF loops are the marker positions themselves.
+                    EXPECT_EQ(inst.loops[0].start, 40u);
+                    EXPECT_EQ(inst.loops[0].end, 700u);
+                }
+            }
+        }
+    }
+}

@@ -231,7 +231,7 @@ int runExportPipeline(const ExportJob& job, const ExportServices& services, Expo
             const WaveFormat source = out.audio.format;
             const WaveFormat target = targetFormat(job.settings, source);
             const ChannelMode channels = targetChannelMode(job.settings);
-            const ResamplingMode resampling = targetResampling(job.settings);
+            const ResampleMode resampling = targetResampling(job.settings);
             if (!services.convert(out.audio.note, source, target, &out.audio.loopStart,
                                   &out.audio.loopEnd, channels, resampling, text))
                 return fail(job, message, text);

@@ -55,7 +55,7 @@ struct ExportServices {
     // Converts `data` from `from` to `to` in place, carrying the loop points along when given.
     std::function<int(std::vector<uint8_t>& data, const WaveFormat& from, const WaveFormat& to,
                       int32_t* loopStart, int32_t* loopEnd, ChannelMode channels,
-                      ResamplingMode resampling, std::string& message)>
+                      ResampleMode resampling, std::string& message)>
         convert;
     // The level of a recording: the larger of its left and right peak, 0..1.
     std::function<double(const KeyAudio& audio)> peakLevel;

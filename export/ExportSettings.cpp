@@ -50,11 +50,11 @@ ChannelMode targetChannelMode(uint32_t word)
     }
 }
 
-ResamplingMode targetResampling(uint32_t word)
+ResampleMode targetResampling(uint32_t word)
 {
     return (word & exportbits::kResamplingMask) == exportbits::kResamplingHigh
-               ? ResamplingMode::High
-               : ResamplingMode::Averaging;
+               ? ResampleMode::HighQuality
+               : ResampleMode::Average;
 }
 
 WaveFormat targetFormat(uint32_t word, const WaveFormat& source)

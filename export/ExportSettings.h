@@ -1,6 +1,7 @@
 // The Export Settings word: one 32-bit word of bit fields chosen in the settings dialog.
 #pragma once
 
+#include "audiofile/SampleConverter.h"
 #include "audiofile/WaveFormat.h"
 
 #include <cstdint>
@@ -46,13 +47,6 @@ constexpr uint32_t kTailKeep = 0x40000000;
 constexpr uint32_t kTailRemove = 0x80000000;
 } // namespace exportbits
 
-// How a stereo Key-Sample becomes mono (the converter's channel selection).
-enum class ChannelMode { Mix, Left, Right };
-
-// How the converter resamples: `Averaging` is the plain mode, `High` the one the
-// "High Quality Resampling" box asks for.
-enum class ResamplingMode { Linear, Averaging, High };
-
 // The channel index of the channel field: (channel bits - 0x20000) rotated left by 15.
 // Stereo 0, mix 1, only L 3, only R 7; other codes give other values.
 uint32_t channelIndex(uint32_t word);
@@ -65,8 +59,8 @@ uint16_t targetBits(uint32_t word, uint16_t sourceBits);
 uint16_t targetChannels(uint32_t word, uint16_t sourceChannels);
 // Which channel a mono target takes from a stereo source.
 ChannelMode targetChannelMode(uint32_t word);
-// The converter mode: High when the resampling bits say "on", Averaging otherwise.
-ResamplingMode targetResampling(uint32_t word);
+// The converter mode: HighQuality when the resampling bits say "on", Average otherwise.
+ResampleMode targetResampling(uint32_t word);
 // The complete target format for a Key-Sample of format `source`.
 WaveFormat targetFormat(uint32_t word, const WaveFormat& source);
 

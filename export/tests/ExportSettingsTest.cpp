@@ -47,9 +47,9 @@ TEST(ExportSettings, FrequencyAndDepthCodesOrTheSourceValue)
 
 TEST(ExportSettings, FlagFieldsNeedTheirOnValue)
 {
-    EXPECT_EQ(tg::targetResampling(kResamplingHigh), tg::ResamplingMode::High);
-    EXPECT_EQ(tg::targetResampling(kResamplingOff), tg::ResamplingMode::Averaging);
-    EXPECT_EQ(tg::targetResampling(kResamplingOff | kResamplingHigh), tg::ResamplingMode::Averaging);
+    EXPECT_EQ(tg::targetResampling(kResamplingHigh), tg::ResampleMode::HighQuality);
+    EXPECT_EQ(tg::targetResampling(kResamplingOff), tg::ResampleMode::Average);
+    EXPECT_EQ(tg::targetResampling(kResamplingOff | kResamplingHigh), tg::ResampleMode::Average);
     EXPECT_TRUE(tg::wantsLevelAdjust(kLevelsAdjust));
     EXPECT_FALSE(tg::wantsLevelAdjust(kLevelsOff));
     EXPECT_TRUE(tg::wantsTailRemoval(kTailRemove));

@@ -67,7 +67,7 @@ struct MemoryAudio {
             return 1;
         };
         s.convert = [](std::vector<uint8_t>&, const WaveFormat& from, const WaveFormat& to,
-                       int32_t*, int32_t*, ChannelMode, ResamplingMode, std::string& message) {
+                       int32_t*, int32_t*, ChannelMode, ResampleMode, std::string& message) {
             if (from.nSamplesPerSec != to.nSamplesPerSec || from.nChannels != to.nChannels ||
                 from.wBitsPerSample != to.wBitsPerSample)
                 return setMessage(message, "convert sample error: unsupported in this test");

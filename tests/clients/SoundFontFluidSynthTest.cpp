@@ -81,7 +81,7 @@ struct SyntheticTones {
             return 1;
         };
         s.convert = [](std::vector<uint8_t>&, const tg::WaveFormat& from, const tg::WaveFormat& to,
-                       int32_t*, int32_t*, tg::ChannelMode, tg::ResamplingMode, std::string& message) {
+                       int32_t*, int32_t*, tg::ChannelMode, tg::ResampleMode, std::string& message) {
             if (from.nSamplesPerSec != to.nSamplesPerSec || from.nChannels != to.nChannels ||
                 from.wBitsPerSample != to.wBitsPerSample)
                 return tg::setMessage(message, "no conversion expected here");

@@ -178,11 +178,13 @@ int runExportPipeline(const ExportJob& job, const ExportServices& services, Expo
         return fail(job, message, "illegal pointer (==NULL)");
     Project& project = *job.project;
 
+    // Taken before the preparation so that even the key ranges it sets are put back: the
+    // Project is exactly as before after any export.
+    WorkingCopy restoreOnExit(project);
+
     std::string text;
     if (!prepareProject(project, job.mslIndices, text))
         return fail(job, message, text);
-
-    WorkingCopy restoreOnExit(project);
 
     if (wantsTailRemoval(job.settings))
         trimAfterLoops(project, job.mslIndices);

@@ -175,8 +175,8 @@ bool InstrumentChunk::read(BinaryFile& file, uint32_t size)
 
 bool InstrumentChunk::write(BinaryFile& file) const
 {
-    const uint8_t b[6] = {baseNote,    static_cast<uint8_t>(detune), lowNote, highNote,
-                          lowVelocity, highVelocity};
+    const uint8_t b[6] = {baseNote,    static_cast<uint8_t>(detune), lowNote, highNote, lowVelocity,
+                          highVelocity};
     bool ok = writeHeader(file, kId, bodySize()) && file.write(b, sizeof b) &&
               file.writeU16BE(static_cast<uint16_t>(gain));
     for (const Loop* loop : {&sustainLoop, &releaseLoop})

@@ -20,8 +20,8 @@ struct CommonChunk {
     int16_t channels = 0;
     uint32_t frames = 0;
     int16_t bits = 0;
-    double sampleRate = 0; // Hz
-    bool compressed = false;           // AIFF-C: the two fields below are present
+    double sampleRate = 0;   // Hz
+    bool compressed = false; // AIFF-C: the two fields below are present
     char compressionType[4] = {'N', 'O', 'N', 'E'};
     std::string compressionName;
 
@@ -100,6 +100,9 @@ struct FormatVersionChunk {
 };
 
 // Bytes a chunk occupies in the file: header, body, pad byte.
-inline uint32_t chunkSpan(uint32_t bodySize) { return 8 + bodySize + (bodySize & 1u); }
+inline uint32_t chunkSpan(uint32_t bodySize)
+{
+    return 8 + bodySize + (bodySize & 1u);
+}
 
 } // namespace tg::aiff

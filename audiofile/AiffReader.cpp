@@ -42,8 +42,8 @@ bool littleEndianSamples(const Parsed& p)
 
 // Walks the chunks between `position` and `end`, dispatching on the id. Returns 0 with the
 // message of the chunk that could not be read.
-int walkChunks(BinaryFile& file, int64_t position, int64_t end, const std::string& path,
-               Parsed& p, std::string& notes, std::string& message)
+int walkChunks(BinaryFile& file, int64_t position, int64_t end, const std::string& path, Parsed& p,
+               std::string& notes, std::string& message)
 {
     const char* q = path.c_str();
     while (position + 8 <= end) {
@@ -77,8 +77,8 @@ int walkChunks(BinaryFile& file, int64_t position, int64_t end, const std::strin
             // The sample data may be cut short; the sample read below checks what is there.
             if (!p.sound.read(file, size))
                 return setMessage(message, "Error reading Sound Data Chunk from \"%s\".", q);
-            p.sound.dataBytes = std::max<int64_t>(0, std::min<int64_t>(p.sound.dataBytes,
-                                                                       end - p.sound.dataStart));
+            p.sound.dataBytes =
+                std::max<int64_t>(0, std::min<int64_t>(p.sound.dataBytes, end - p.sound.dataStart));
             p.haveSound = true;
         } else if (sameId(id, "MARK")) {
             if (!whole || !p.markers.read(file, size))
@@ -105,8 +105,7 @@ int readSamples(BinaryFile& file, const Parsed& p, AiffContents& out, std::strin
     if (p.sound.offset > p.sound.dataBytes || !file.seek(start))
         return setMessage(message, "Could not seek to sound data.");
     const int64_t total = static_cast<int64_t>(c.frames) * c.channels * bytes;
-    if (total > p.sound.dataBytes - p.sound.offset ||
-        total > std::numeric_limits<int32_t>::max())
+    if (total > p.sound.dataBytes - p.sound.offset || total > std::numeric_limits<int32_t>::max())
         return setMessage(message, "Error reading in sound data.");
     out.data.assign(static_cast<size_t>(total), 0);
     if (total > 0 && !file.read(out.data.data(), out.data.size())) {
@@ -122,9 +121,9 @@ int readSamples(BinaryFile& file, const Parsed& p, AiffContents& out, std::strin
         if (bytes == 1)
             s[0] ^= 0x80;
     }
-    out.format = makeWaveFormat(static_cast<uint32_t>(std::lround(c.sampleRate)),
-                                static_cast<uint16_t>(c.channels),
-                                static_cast<uint16_t>(bytes * 8));
+    out.format =
+        makeWaveFormat(static_cast<uint32_t>(std::lround(c.sampleRate)),
+                       static_cast<uint16_t>(c.channels), static_cast<uint16_t>(bytes * 8));
     return 1;
 }
 

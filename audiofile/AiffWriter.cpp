@@ -78,8 +78,8 @@ int writeAiff(const std::string& path, const WaveFormat& format, const uint8_t* 
     SoundDataChunk sound;
     sound.dataBytes = sampleBytes;
 
-    uint32_t formSize = 4 + chunkSpan(common.bodySize()) + chunkSpan(name.bodySize()) +
-                        chunkSpan(sound.bodySize());
+    uint32_t formSize =
+        4 + chunkSpan(common.bodySize()) + chunkSpan(name.bodySize()) + chunkSpan(sound.bodySize());
     if (looped)
         formSize += chunkSpan(markers.bodySize()) + chunkSpan(instrument.bodySize());
 

@@ -10,7 +10,7 @@ namespace tg {
 // Wraps a FILE*; every read reports whether all requested bytes arrived, so that a truncated
 // or lying file ends a parse cleanly instead of leaving fields half filled.
 class BinaryFile {
-public:
+  public:
     BinaryFile() = default;
     ~BinaryFile() { close(); }
     BinaryFile(const BinaryFile&) = delete;
@@ -46,7 +46,7 @@ public:
     bool writeU32BE(uint32_t value);
     bool writeText(const char* text); // without terminator
 
-private:
+  private:
     FILE* file_ = nullptr;
     int64_t size_ = 0;
 };
@@ -56,13 +56,19 @@ inline bool sameId(const char (&id)[4], const char* text)
     return id[0] == text[0] && id[1] == text[1] && id[2] == text[2] && id[3] == text[3];
 }
 
-inline uint16_t loadU16LE(const uint8_t* p) { return static_cast<uint16_t>(p[0] | (p[1] << 8)); }
+inline uint16_t loadU16LE(const uint8_t* p)
+{
+    return static_cast<uint16_t>(p[0] | (p[1] << 8));
+}
 inline uint32_t loadU32LE(const uint8_t* p)
 {
     return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
            (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24);
 }
-inline uint16_t loadU16BE(const uint8_t* p) { return static_cast<uint16_t>((p[0] << 8) | p[1]); }
+inline uint16_t loadU16BE(const uint8_t* p)
+{
+    return static_cast<uint16_t>((p[0] << 8) | p[1]);
+}
 inline uint32_t loadU32BE(const uint8_t* p)
 {
     return (static_cast<uint32_t>(p[0]) << 24) | (static_cast<uint32_t>(p[1]) << 16) |

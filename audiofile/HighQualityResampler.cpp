@@ -24,10 +24,9 @@ bool resampleHighQuality(std::vector<std::vector<int32_t>>& channels, int32_t fr
 
     std::vector<int32_t> out(static_cast<size_t>(outputFrames) * count, 0);
     size_t consumed = 0, produced = 0;
-    soxr_error_t failure = soxr_oneshot(sourceRate, destinationRate, count, in.data(),
-                                        static_cast<size_t>(frames), &consumed, out.data(),
-                                        static_cast<size_t>(outputFrames), &produced, &io,
-                                        &quality, &runtime);
+    soxr_error_t failure = soxr_oneshot(
+        sourceRate, destinationRate, count, in.data(), static_cast<size_t>(frames), &consumed,
+        out.data(), static_cast<size_t>(outputFrames), &produced, &io, &quality, &runtime);
     if (failure) {
         error = failure;
         return false;

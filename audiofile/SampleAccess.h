@@ -30,8 +30,7 @@ inline int32_t sampleAt(const WaveFormat& format, const uint8_t* data, int32_t f
 }
 
 // Same, scaled to 24-bit range: 16-bit values shifted left 8, 8-bit values left 16.
-inline int32_t sampleAt24(const WaveFormat& format, const uint8_t* data, int32_t frame,
-                          int channel)
+inline int32_t sampleAt24(const WaveFormat& format, const uint8_t* data, int32_t frame, int channel)
 {
     const int32_t v = sampleAt(format, data, frame, channel);
     switch (format.wBitsPerSample) {

@@ -79,8 +79,8 @@ void resampleAverage(const Channel& x, int32_t frames, Rates rates, Channel& y, 
     for (int32_t i = 1; i <= outFrames - 2; ++i) {
         const Position a = positionOf(i, rates.source, rates.destination);
         const Position b = positionOf(i + 1, rates.source, rates.destination);
-        double sum = interpolate(x, frames, a) * (1.0 - a.fraction) +
-                     interpolate(x, frames, b) * b.fraction;
+        double sum =
+            interpolate(x, frames, a) * (1.0 - a.fraction) + interpolate(x, frames, b) * b.fraction;
         double weight = (1.0 - a.fraction) + b.fraction;
         for (int64_t j = a.whole + 1; j <= b.whole - 1 && j < frames; ++j) {
             sum += x[static_cast<size_t>(j)];
@@ -211,8 +211,7 @@ int convertSamples(std::vector<uint8_t>& data, WaveFormat& source, WaveFormat& d
     const int sourceChannels = source.nChannels;
     std::vector<Channel> decoded(sourceChannels), converted(sourceChannels);
     try {
-        const size_t capacity =
-            static_cast<size_t>(std::ceil(frames * (r > 1.0 ? r : 1.0))) + 16;
+        const size_t capacity = static_cast<size_t>(std::ceil(frames * (r > 1.0 ? r : 1.0))) + 16;
         for (int c = 0; c < sourceChannels; ++c) {
             decoded[c].assign(capacity, 0);
             for (int32_t i = 0; i < frames; ++i)

@@ -18,8 +18,8 @@ struct WavLoopInfo {
 
 // Reads format, frame count, loop points and root key without the audio. Loop start, loop end
 // and root key are -1 when the file has no usable `smpl` chunk. Returns 1, or 0 with `message`.
-int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStart,
-                  int32_t& loopEnd, int32_t& rootKey, int32_t& frames, std::string& message);
+int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStart, int32_t& loopEnd,
+                  int32_t& rootKey, int32_t& frames, std::string& message);
 
 // Reads format and the bytes of the `data` chunk (its size rounded up to even, as the RIFF pad
 // rule says). On failure `data` is empty. Returns 1, or 0 with `message`.

@@ -124,8 +124,8 @@ void readSamplerChunk(BinaryFile& file, int32_t& loopStart, int32_t& loopEnd, in
 
 } // namespace
 
-int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStart,
-                  int32_t& loopEnd, int32_t& rootKey, int32_t& frames, std::string& message)
+int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStart, int32_t& loopEnd,
+                  int32_t& rootKey, int32_t& frames, std::string& message)
 {
     loopStart = -1;
     loopEnd = -1;

@@ -34,8 +34,8 @@ bool writeSamplerChunk(BinaryFile& file, const WaveFormat& format, const WavLoop
         0, // loop type: forward
         static_cast<uint32_t>(loop.loopStart),
         static_cast<uint32_t>(loop.loopEnd), // inclusive
-        0, // fraction
-        0, // play count: endless
+        0,                                   // fraction
+        0,                                   // play count: endless
     };
     bool ok = file.writeText("smpl") && file.writeU32LE(kSamplerChunkBody);
     for (uint32_t value : fields)

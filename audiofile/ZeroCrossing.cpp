@@ -9,8 +9,14 @@ namespace tg {
 
 namespace {
 
-bool crosses(int32_t a, int32_t b) { return (a > 0 && b < 0) || (a < 0 && b > 0); }
-bool crossesOrTouches(int32_t a, int32_t b) { return a == 0 || b == 0 || crosses(a, b); }
+bool crosses(int32_t a, int32_t b)
+{
+    return (a > 0 && b < 0) || (a < 0 && b > 0);
+}
+bool crossesOrTouches(int32_t a, int32_t b)
+{
+    return a == 0 || b == 0 || crosses(a, b);
+}
 
 // Tests the pair (q, q + d); returns the frame found, or -1 when the pair holds no crossing.
 int32_t testPair(const WaveFormat& f, const uint8_t* data, int32_t q, int32_t d, int rule)

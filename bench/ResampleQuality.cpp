@@ -44,8 +44,7 @@ Tone convertTone(double frequency, uint32_t from, uint32_t to, ResampleMode mode
         std::exit(2);
     }
     Tone tone;
-    tone.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    tone.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     for (size_t i = 0; i + 2 < data.size(); i += 3) {
         const uint32_t u = data[i] | (data[i + 1] << 8) | (data[i + 2] << 16);
         tone.output.push_back(static_cast<int32_t>(u << 8) >> 8);
@@ -96,7 +95,10 @@ double meanSquare(const std::vector<int32_t>& y)
     return sum / static_cast<double>(end - begin);
 }
 
-double dB(double powerRatio) { return 10 * std::log10(powerRatio); }
+double dB(double powerRatio)
+{
+    return 10 * std::log10(powerRatio);
+}
 
 struct Row {
     double gain20k = 0;
@@ -162,8 +164,9 @@ int main(int argc, char** argv)
                  {ResampleMode::Average, "average"},
                  {ResampleMode::HighQuality, "hq"}};
 
-    std::printf("24-bit mono, -3 dBFS tones, 1 s each; SINAD over 31 log-spaced tones 20 Hz-20 kHz;\n"
-                "alias rejection over 16 tones between the two Nyquist frequencies.\n\n");
+    std::printf(
+        "24-bit mono, -3 dBFS tones, 1 s each; SINAD over 31 log-spaced tones 20 Hz-20 kHz;\n"
+        "alias rejection over 16 tones between the two Nyquist frequencies.\n\n");
     std::printf("| conversion     | mode    | gain @20 kHz | worst SINAD (at)       | worst alias "
                 "rejection (at) | speed (x realtime) |\n");
     std::printf("|----------------|---------|--------------|------------------------|-------------"
@@ -176,9 +179,9 @@ int main(int argc, char** argv)
             if (r.hasAlias)
                 std::snprintf(alias, sizeof alias, "%6.1f dB (%5.0f Hz)", r.worstAlias,
                               r.worstAliasAt);
-            std::printf("| %5u -> %-5u | %-7s | %9.3f dB | %6.1f dB (%8.1f Hz) | %-26s | %18.0f |\n",
-                        c.from, c.to, m.name, r.gain20k, r.worstSinad, r.worstSinadAt, alias,
-                        r.realtime);
+            std::printf(
+                "| %5u -> %-5u | %-7s | %9.3f dB | %6.1f dB (%8.1f Hz) | %-26s | %18.0f |\n",
+                c.from, c.to, m.name, r.gain20k, r.worstSinad, r.worstSinadAt, alias, r.realtime);
             if (m.mode == ResampleMode::HighQuality && r.worstSinad < 120)
                 ok = false;
         }

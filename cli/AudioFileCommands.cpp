@@ -40,8 +40,7 @@ int printInfo(const AudioInfo& info, bool json)
     }
     std::cout << "format:      " << (f.nChannels == 2 ? "stereo" : "mono") << ", "
               << f.nSamplesPerSec << " Hz, " << f.wBitsPerSample << " bit (tag " << f.wFormatTag
-              << ", block align " << f.nBlockAlign << ", " << f.nAvgBytesPerSec
-              << " bytes/s)\n"
+              << ", block align " << f.nBlockAlign << ", " << f.nAvgBytesPerSec << " bytes/s)\n"
               << "frames:      " << info.frames << '\n';
     if (f.nSamplesPerSec)
         std::printf("duration:    %.3f s\n", static_cast<double>(info.frames) / f.nSamplesPerSec);
@@ -73,8 +72,8 @@ bool formatFromText(const std::string& name, WaveFormat& format)
     if ((ch != "Mono" && ch != "Stereo") || (bits != 8 && bits != 16 && bits != 24) ||
         kiloHertz <= 0 || kiloHertz > 384)
         return false;
-    format = makeWaveFormat(static_cast<uint32_t>(kiloHertz * 1000 + 0.5),
-                            ch == "Stereo" ? 2 : 1, static_cast<uint16_t>(bits));
+    format = makeWaveFormat(static_cast<uint32_t>(kiloHertz * 1000 + 0.5), ch == "Stereo" ? 2 : 1,
+                            static_cast<uint16_t>(bits));
     return true;
 }
 
@@ -96,10 +95,9 @@ int convertFile(const std::string& in, const std::string& out, const std::string
     }
     const std::map<std::string, ChannelMode> channelModes = {
         {"mix", ChannelMode::Mix}, {"left", ChannelMode::Left}, {"right", ChannelMode::Right}};
-    const std::map<std::string, ResampleMode> resampleModes = {
-        {"linear", ResampleMode::Linear},
-        {"average", ResampleMode::Average},
-        {"hq", ResampleMode::HighQuality}};
+    const std::map<std::string, ResampleMode> resampleModes = {{"linear", ResampleMode::Linear},
+                                                               {"average", ResampleMode::Average},
+                                                               {"hq", ResampleMode::HighQuality}};
 
     std::string message;
     WaveFormat source;
@@ -129,8 +127,7 @@ int convertFile(const std::string& in, const std::string& out, const std::string
     WavLoopInfo loop{loopStart, loopEnd, rootKey >= 0 ? rootKey : 60};
     if (!writeWav(out, destination, data, message, looped ? &loop : nullptr))
         return fail(message, false);
-    std::cout << out << ": " << data.size() / destination.nBlockAlign << " frames, "
-              << formatName;
+    std::cout << out << ": " << data.size() / destination.nBlockAlign << " frames, " << formatName;
     if (looped)
         std::cout << ", loop " << loopStart << " .. " << loopEnd;
     std::cout << '\n';

@@ -15,12 +15,19 @@ using namespace tg::test;
 
 namespace {
 
-std::string be16(uint16_t v) { return {static_cast<char>(v >> 8), static_cast<char>(v)}; }
-std::string be32(uint32_t v) { return be16(static_cast<uint16_t>(v >> 16)) + be16(static_cast<uint16_t>(v)); }
+std::string be16(uint16_t v)
+{
+    return {static_cast<char>(v >> 8), static_cast<char>(v)};
+}
+std::string be32(uint32_t v)
+{
+    return be16(static_cast<uint16_t>(v >> 16)) + be16(static_cast<uint16_t>(v));
+}
 
 std::string chunk(const std::string& id, const std::string& body)
 {
-    return id + be32(static_cast<uint32_t>(body.size())) + body + std::string(body.size() & 1, '\0');
+    return id + be32(static_cast<uint32_t>(body.size())) + body +
+           std::string(body.size() & 1, '\0');
 }
 
 std::string form(const std::string& type, const std::string& chunks)
@@ -86,14 +93,17 @@ TEST(AiffWriter, LoopedFileHasChunksInOrderAndBigEndianSignedSamples)
     EXPECT_EQ(chunkIds(file), (std::vector<std::string>{"COMM", "MARK", "INST", "NAME", "SSND"}));
     EXPECT_EQ(file.substr(file.size() - 8), std::string("\x02\x01\x7F\xFF\x80\x00\x12\x34", 8));
     const size_t inst = file.find("INST");
-    EXPECT_EQ(file.substr(inst + 8, 20),
-              std::string("\x40\x00\x3C\x43\x01\x7F\x00\x00"
-                          "\x00\x01\x00\x01\x00\x02"
-                          "\x00\x00\x00\x00\x00\x00",
-                          20));
-    EXPECT_NE(file.find(std::string("\x00\x01\x00\x00\x00\x00\x08" "beg loop\0", 16)),
+    EXPECT_EQ(file.substr(inst + 8, 20), std::string("\x40\x00\x3C\x43\x01\x7F\x00\x00"
+                                                     "\x00\x01\x00\x01\x00\x02"
+                                                     "\x00\x00\x00\x00\x00\x00",
+                                                     20));
+    EXPECT_NE(file.find(std::string("\x00\x01\x00\x00\x00\x00\x08"
+                                    "beg loop\0",
+                                    16)),
               std::string::npos);
-    EXPECT_NE(file.find(std::string("\x00\x02\x00\x00\x00\x01\x08" "end loop\0", 16)),
+    EXPECT_NE(file.find(std::string("\x00\x02\x00\x00\x00\x01\x08"
+                                    "end loop\0",
+                                    16)),
               std::string::npos);
 }
 
@@ -220,7 +230,8 @@ TEST(AiffReader, ReportsEachKindOfBrokenFile)
     const std::string ssnd = chunk("SSND", ssndBody("abcd"));
     expectMessage("FORM\0\0", "Error reading Header Chunk from " + q + ".");
     expectMessage("RIFF" + be32(4) + "AIFF", "Format not supported (no \"FORM\" Chunk found).");
-    expectMessage(form("WAVE", comm), "Format not supported (no \"AIFF\" or \"AIFC\" Chunk found).");
+    expectMessage(form("WAVE", comm),
+                  "Format not supported (no \"AIFF\" or \"AIFC\" Chunk found).");
     expectMessage(form("AIFF", comm), "At least one required Chunk was not read in successfully.");
     expectMessage(form("AIFF", ssnd), "At least one required Chunk was not read in successfully.");
     expectMessage(form("AIFC", chunk("COMM", commBody(1, 2, 16, 44100, "fl32")) + ssnd),

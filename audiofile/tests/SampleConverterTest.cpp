@@ -47,7 +47,10 @@ Conversion convert(WaveFormat src, WaveFormat dst, const std::vector<int32_t>& v
     return c;
 }
 
-std::vector<int32_t> constant(size_t count, int32_t value) { return std::vector<int32_t>(count, value); }
+std::vector<int32_t> constant(size_t count, int32_t value)
+{
+    return std::vector<int32_t>(count, value);
+}
 
 std::vector<int32_t> rampOf(size_t count, int32_t step)
 {
@@ -170,8 +173,8 @@ TEST(SampleConverter, LinearUpsamplingInterpolatesAndKeepsTheLastFrame)
     }
     EXPECT_EQ(c.out[39], 1001);
     // 44.1 -> 48 kHz: N = trunc(100 * 48000 / 44100) = 108.
-    EXPECT_EQ(convert(makeWaveFormat(44100, 1, 16), makeWaveFormat(48000, 1, 16),
-                      constant(100, 3)).out.size(),
+    EXPECT_EQ(convert(makeWaveFormat(44100, 1, 16), makeWaveFormat(48000, 1, 16), constant(100, 3))
+                  .out.size(),
               108u);
 }
 
@@ -185,8 +188,8 @@ TEST(SampleConverter, LinearDownsamplingPicksAndCopiesTheEnds)
         EXPECT_EQ(c.out[i], 20 * i);
     EXPECT_EQ(c.out[9], 200); // the last input frame
     // 96 -> 44.1 kHz: N = trunc(100 * 0.459375) = 45.
-    EXPECT_EQ(convert(makeWaveFormat(96000, 1, 16), makeWaveFormat(44100, 1, 16),
-                      constant(100, 3)).out.size(),
+    EXPECT_EQ(convert(makeWaveFormat(96000, 1, 16), makeWaveFormat(44100, 1, 16), constant(100, 3))
+                  .out.size(),
               45u);
 }
 
@@ -208,7 +211,8 @@ TEST(SampleConverter, LoopPointsScaleWithTheRate)
 {
     // A constant signal has no zero crossing, so only the scaling rules apply.
     const WaveFormat a = makeWaveFormat(44100, 1, 16), b = makeWaveFormat(22050, 1, 16);
-    Conversion c = convert(a, b, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 11, 20);
+    Conversion c =
+        convert(a, b, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 11, 20);
     EXPECT_EQ(c.loopStart, 5);
     EXPECT_EQ(c.loopEnd, 9); // trunc(21 * 0.5) - 1
     c = convert(a, b, constant(100, 500), ResampleMode::Average, ChannelMode::Mix, 0, 99);
@@ -258,7 +262,8 @@ TEST(SampleConverter, HighQualityModeKeepsFrameCountAndTracksTheTone)
     std::vector<int32_t> in;
     const int frames = 9600;
     for (int i = 0; i < frames; ++i) {
-        const int32_t v = static_cast<int32_t>(std::lround(4000000 * std::sin(2 * M_PI * 1000 * i / 96000.0)));
+        const int32_t v =
+            static_cast<int32_t>(std::lround(4000000 * std::sin(2 * M_PI * 1000 * i / 96000.0)));
         in.push_back(v);
         in.push_back(-v);
     }
@@ -273,6 +278,11 @@ TEST(SampleConverter, HighQualityModeKeepsFrameCountAndTracksTheTone)
         ASSERT_EQ(c.out[2 * i + 1], -c.out[2 * i]);
     }
     EXPECT_LT(worst, 4.0); // about -120 dB of the tone
+    // The shortest buffer the converter takes still gives N = trunc(frames * r) frames.
+    Conversion shortest = convert(makeWaveFormat(44100, 1, 16), makeWaveFormat(48000, 1, 16),
+                                  constant(16, 1000), ResampleMode::HighQuality);
+    ASSERT_EQ(shortest.ok, 1) << shortest.message;
+    EXPECT_EQ(shortest.out.size(), 17u);
     // Deterministic: the same input gives the same bytes.
     EXPECT_EQ(convert(a, b, in, ResampleMode::HighQuality).out, c.out);
 }

@@ -11,7 +11,7 @@ namespace tg::test {
 
 // Builds a RIFF/WAVE file chunk by chunk, so tests can arrange chunks any way they like.
 class RiffBuilder {
-public:
+  public:
     RiffBuilder& chunk(const std::string& id, const std::string& body, bool pad = true)
     {
         body_ += id;
@@ -40,7 +40,7 @@ public:
             s += static_cast<char>((v >> (8 * i)) & 0xFF);
     }
 
-private:
+  private:
     void u32(uint32_t v) { appendU32(body_, v); }
     std::string body_;
 };
@@ -96,6 +96,9 @@ inline std::vector<uint8_t> packSamples(const WaveFormat& f, const std::vector<i
     return out;
 }
 
-inline std::string asString(const std::vector<uint8_t>& v) { return {v.begin(), v.end()}; }
+inline std::string asString(const std::vector<uint8_t>& v)
+{
+    return {v.begin(), v.end()};
+}
 
 } // namespace tg::test

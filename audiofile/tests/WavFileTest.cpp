@@ -101,9 +101,9 @@ TEST(WavWriter, ReportsUnopenablePath)
     TempDir dir;
     const std::string path = dir.file("missing/sub.wav");
     std::string message;
-    EXPECT_EQ(writeWav(path, makeWaveFormat(44100, 2, 16), nullptr, 0, nullptr, 0, nullptr, 0,
-                       message),
-              0);
+    EXPECT_EQ(
+        writeWav(path, makeWaveFormat(44100, 2, 16), nullptr, 0, nullptr, 0, nullptr, 0, message),
+        0);
     EXPECT_EQ(message, "unable to open " + path);
 }
 

@@ -123,10 +123,9 @@ TEST(WavReaders, ExtensibleHeaderPassesOnGuidBytesTwoToFive)
     const std::string audio(12, '\x22');
     for (const auto* guid : {&pcm, &ieee}) {
         const std::string path = dir.file("ext.wav");
-        writeFileBytes(path, RiffBuilder()
-                                 .chunk("fmt ", extensibleFmt(f24, *guid))
-                                 .chunk("data", audio)
-                                 .bytes());
+        writeFileBytes(
+            path,
+            RiffBuilder().chunk("fmt ", extensibleFmt(f24, *guid)).chunk("data", audio).bytes());
         Header h = header(path);
         ASSERT_EQ(h.ok, 1) << h.message;
         EXPECT_EQ(h.format.wFormatTag, 1);
@@ -188,8 +187,9 @@ TEST(WavReaders, TruncatedFilesFailCleanlyAtEveryHeaderByte)
                                   .chunk("data", std::string(8, '\x05'))
                                   .bytes();
     const std::string path = dir.file("cut.wav");
-    const auto q = [&](const char* what) { return std::string("read error (") + what + "): \"" +
-                                                  path + "\""; };
+    const auto q = [&](const char* what) {
+        return std::string("read error (") + what + "): \"" + path + "\"";
+    };
     // Which message the header reader gives when the file ends inside each field.
     const struct {
         size_t upTo; // exclusive end of the field
@@ -251,10 +251,8 @@ TEST(WavReaders, LyingSizesNeitherAllocateNorCrash)
 {
     TempDir dir;
     const std::string path = dir.file("lie.wav");
-    std::string bytes = RiffBuilder()
-                            .chunk("fmt ", fmtBody(kStereo16))
-                            .chunk("data", std::string(8, 1))
-                            .bytes();
+    std::string bytes =
+        RiffBuilder().chunk("fmt ", fmtBody(kStereo16)).chunk("data", std::string(8, 1)).bytes();
     // Data size claims 2 GB, then almost 4 GB.
     bytes[40] = '\xFE';
     bytes[41] = bytes[42] = '\xFF';
@@ -263,16 +261,14 @@ TEST(WavReaders, LyingSizesNeitherAllocateNorCrash)
     EXPECT_EQ(full(path).message, "read error (audio data): \"" + path + "\"");
     bytes[43] = '\xFF';
     writeFileBytes(path, bytes);
-    EXPECT_EQ(full(path).message,
-              "unable to allocate memory for audio data: \"" + path + "\"");
+    EXPECT_EQ(full(path).message, "unable to allocate memory for audio data: \"" + path + "\"");
 
     // A block align of zero must not divide anything.
     WaveFormat broken = kStereo16;
     broken.nBlockAlign = 0;
-    writeFileBytes(path, RiffBuilder()
-                             .chunk("fmt ", fmtBody(broken))
-                             .chunk("data", std::string(8, 1))
-                             .bytes());
+    writeFileBytes(
+        path,
+        RiffBuilder().chunk("fmt ", fmtBody(broken)).chunk("data", std::string(8, 1)).bytes());
     Header h = header(path);
     EXPECT_EQ(h.ok, 1);
     EXPECT_EQ(h.frames, 0);

@@ -15,8 +15,8 @@ struct Signal {
     std::vector<uint8_t> bytes;
     int32_t find(int32_t position, int direction, int rule = kZeroCrossingEitherChannel) const
     {
-        return findZeroCrossing(&format, bytes.data(), static_cast<int32_t>(bytes.size()),
-                                position, direction, rule);
+        return findZeroCrossing(&format, bytes.data(), static_cast<int32_t>(bytes.size()), position,
+                                direction, rule);
     }
 };
 
@@ -40,8 +40,8 @@ TEST(ZeroCrossing, SignChangeReturnsTheFrameNearerZeroAndTheFirstOnTies)
 {
     //                       0    1    2   3   4   5   6    7
     Signal s = mono16({500, 400, 300, 10, -5, -9, 7, 900});
-    EXPECT_EQ(s.find(0, +1), 4);  // 10 | -5: -5 is nearer zero
-    EXPECT_EQ(s.find(7, -1), 6);  // 7 | -9 going back: 7 is nearer
+    EXPECT_EQ(s.find(0, +1), 4); // 10 | -5: -5 is nearer zero
+    EXPECT_EQ(s.find(7, -1), 6); // 7 | -9 going back: 7 is nearer
     Signal tie = mono16({100, 50, -50, -100});
     EXPECT_EQ(tie.find(0, +1), 1);
     EXPECT_EQ(tie.find(3, -1), 2);
@@ -69,8 +69,8 @@ TEST(ZeroCrossing, EdgesAndBadArguments)
     Signal s = mono16({5, 6, 7, 8});
     EXPECT_EQ(s.find(0, -1), 0);
     EXPECT_EQ(s.find(3, +1), 3);
-    EXPECT_EQ(s.find(1, +1), 3);   // no crossing: the last frame inside
-    EXPECT_EQ(s.find(99, -1), 0);  // clamped, then runs to the start
+    EXPECT_EQ(s.find(1, +1), 3);  // no crossing: the last frame inside
+    EXPECT_EQ(s.find(99, -1), 0); // clamped, then runs to the start
     EXPECT_EQ(s.find(-50, +1), 3);
     EXPECT_EQ(findZeroCrossing(nullptr, s.bytes.data(), 8, 1, 1, 0), 0);
     EXPECT_EQ(findZeroCrossing(&s.format, nullptr, 8, 1, 1, 0), 0);

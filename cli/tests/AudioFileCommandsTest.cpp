@@ -117,7 +117,7 @@ TEST(ConvertCommand, ConvertsWithLoopAndRejectsBadArguments)
     ASSERT_EQ(writeWav(in, makeWaveFormat(44100, 2, 16), tone(400, 2), message, &loop), 1);
 
     CommandRun r = run({"convert", in, out, "--format", "22.05KHz, Mono, 8bit", "--resample", "hq",
-                 "--channel-mode", "left"});
+                        "--channel-mode", "left"});
     ASSERT_EQ(r.status, 0);
     WaveFormat f;
     int32_t loopStart, loopEnd, rootKey, frames;
@@ -142,10 +142,9 @@ TEST(ConvertCommand, ConvertsWithLoopAndRejectsBadArguments)
     EXPECT_EQ(loopStart, -1);
 
     EXPECT_EQ(run({"convert", in, out, "--format", "44.1KHz, Quad, 16bit"}).status, 2);
-    EXPECT_EQ(run({"convert", in, out, "--format", "44.1KHz, Mono, 16bit", "--resample", "best"})
-                  .status,
-              2);
-    EXPECT_EQ(run({"convert", dir.file("none.wav"), out, "--format", "44.1KHz, Mono, 16bit"})
-                  .status,
-              1);
+    EXPECT_EQ(
+        run({"convert", in, out, "--format", "44.1KHz, Mono, 16bit", "--resample", "best"}).status,
+        2);
+    EXPECT_EQ(
+        run({"convert", dir.file("none.wav"), out, "--format", "44.1KHz, Mono, 16bit"}).status, 1);
 }

@@ -74,8 +74,8 @@ TEST(SndfileReadsOurWav, FramesAndSamplesOfEveryDepthAndChannelCount)
     for (uint16_t bits : {8, 16, 24}) {
         for (uint16_t channels : {1, 2}) {
             for (bool withLoop : {false, true}) {
-                SCOPED_TRACE(testing::Message() << bits << " bit, " << channels << " ch, loop "
-                                                << withLoop);
+                SCOPED_TRACE(testing::Message()
+                             << bits << " bit, " << channels << " ch, loop " << withLoop);
                 const WaveFormat format = makeWaveFormat(48000, channels, bits);
                 const int32_t frames = 1001; // odd: 8-bit mono data has no pad byte
                 const auto audio = noise(static_cast<size_t>(frames) * format.nBlockAlign, bits);
@@ -90,7 +90,7 @@ TEST(SndfileReadsOurWav, FramesAndSamplesOfEveryDepthAndChannelCount)
                 EXPECT_EQ(o.info.channels, channels);
                 EXPECT_EQ(o.info.samplerate, 48000);
                 EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_WAV);
-                const int subtype = bits == 8 ? SF_FORMAT_PCM_U8
+                const int subtype = bits == 8    ? SF_FORMAT_PCM_U8
                                     : bits == 16 ? SF_FORMAT_PCM_16
                                                  : SF_FORMAT_PCM_24;
                 EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
@@ -119,8 +119,8 @@ TEST(SndfileReadsOurAiff, FramesSamplesLoopAndBaseNote)
     for (uint16_t bits : {8, 16, 24}) {
         for (uint16_t channels : {1, 2}) {
             for (bool withLoop : {false, true}) {
-                SCOPED_TRACE(testing::Message() << bits << " bit, " << channels << " ch, loop "
-                                                << withLoop);
+                SCOPED_TRACE(testing::Message()
+                             << bits << " bit, " << channels << " ch, loop " << withLoop);
                 const WaveFormat format = makeWaveFormat(44100, channels, bits);
                 const int32_t frames = 777;
                 const auto audio =
@@ -138,7 +138,7 @@ TEST(SndfileReadsOurAiff, FramesSamplesLoopAndBaseNote)
                 EXPECT_EQ(o.info.channels, channels);
                 EXPECT_EQ(o.info.samplerate, 44100);
                 EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_AIFF);
-                const int subtype = bits == 8 ? SF_FORMAT_PCM_S8
+                const int subtype = bits == 8    ? SF_FORMAT_PCM_S8
                                     : bits == 16 ? SF_FORMAT_PCM_16
                                                  : SF_FORMAT_PCM_24;
                 EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);

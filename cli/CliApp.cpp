@@ -53,7 +53,8 @@ int fail(const std::string& message, bool json)
 
 void printJson(const nlohmann::json& document)
 {
-    std::cout << document.dump(2) << '\n';
+    // Names from files may hold bytes that are not UTF-8; they are shown replaced, not refused.
+    std::cout << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
 } // namespace tg::cli

@@ -5,10 +5,19 @@ namespace tg::cli {
 
 class CliApp;
 
-// `set KEY=VALUE ...`: preferences keys through the keyed settings accessor.
+// `set [PATH.TGprj] [--multisample I] KEY=VALUE ...`: the keyed settings accessor.
 void addSettingsCommands(CliApp& app);
+
+// new, info
+void addProjectCommands(CliApp& app);
 
 // wav-info, aiff-info, convert
 void addAudioFileCommands(CliApp& app);
+
+// audio and MIDI device tables, recording formats (cli/DeviceCommands.cpp)
+void addDeviceCommands(CliApp& app);
+
+// auto, normalize, gain, levels, estimate
+void addAnalysisCommands(CliApp& app);
 
 } // namespace tg::cli

@@ -1,11 +1,14 @@
 // `set`: writes settings through the keyed accessor. Preferences keys ("prefs_...") are
-// loaded from, and saved back to, Tonegrabber.prefs in the user data folder.
+// loaded from, and saved back to, Tonegrabber.prefs in the user data folder; Multi-Sample keys
+// ("msl_...") change a Multi-Sample of the project named first, which is saved back in place.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/ProjectAccess.h"
 
 #include "core/Model.h"
 #include "core/Paths.h"
 #include "core/Preferences.h"
+#include "core/ProjectFile.h"
 #include "core/SettingsAccessor.h"
 
 #include <cerrno>
@@ -128,10 +131,31 @@ int badUsage(const std::string& message)
     return kExitBadUsage;
 }
 
-int runSet(const std::vector<std::string>& arguments)
+struct SetOptions {
+    std::vector<std::string> arguments; // [PATH.TGprj] KEY=VALUE ...
+    int multisample = -1;               // -1: the project's current Multi-Sample
+    bool dryRun = false;
+};
+
+bool isMultiSampleKey(const std::string& key)
 {
+    return key.find("msl_") != std::string::npos;
+}
+
+int runSet(const SetOptions& options)
+{
+    std::vector<std::string> arguments = options.arguments;
+    std::string projectPath;
+    if (!arguments.empty() && arguments.front().find('=') == std::string::npos) {
+        projectPath = arguments.front();
+        arguments.erase(arguments.begin());
+    }
+    if (arguments.empty())
+        return badUsage("Missing KEY=VALUE.");
+
     // Every argument is checked before anything is written, so a bad one changes nothing.
     std::vector<Assignment> assignments;
+    bool anyMultiSampleKey = false, anyPreferencesKey = false;
     for (const std::string& argument : arguments) {
         Assignment a;
         a.argument = argument;
@@ -140,28 +164,60 @@ int runSet(const std::vector<std::string>& arguments)
             return badUsage("Bad argument '" + argument + "': expected KEY=VALUE.");
         a.key = argument.substr(0, equals);
         a.value = argument.substr(equals + 1);
-        if (a.key.find("msl_") != std::string::npos || a.key.find("prefs_") == std::string::npos ||
-            !findSettingKind(a.key, a.kind))
+        if (!findSettingKind(a.key, a.kind))
             return badUsage("Bad argument '" + argument + "': '" + a.key +
-                            "' is not a preferences key (prefs_...).");
+                            "' is not a settings key (msl_... or prefs_...).");
+        if (isMultiSampleKey(a.key) && projectPath.empty())
+            return badUsage("Bad argument '" + argument + "': '" + a.key +
+                            "' is a Multi-Sample key and needs a project (PATH.TGprj).");
         if (!valueFits(a))
             return badUsage("Bad argument '" + argument + "': '" + a.value +
                             "' is not a valid value for " + a.key + ".");
+        (isMultiSampleKey(a.key) ? anyMultiSampleKey : anyPreferencesKey) = true;
         assignments.push_back(a);
     }
 
     auto model = std::make_unique<Model>();
     loadPreferences(model->preferences());
+    int savedCurrentMsl = 0;
+    if (!projectPath.empty()) {
+        std::string message;
+        if (!openProjectFile(*model, projectPath, message))
+            return fail(message, false);
+        Project& project = *model->currentProject();
+        savedCurrentMsl = project.currentMsl;
+        const int index = options.multisample < 0 ? project.currentMsl : options.multisample;
+        if (anyMultiSampleKey && (index < 0 || index >= project.mslCount))
+            return badUsage("Bad argument '--multisample " + std::to_string(index) +
+                            "': the project has " + std::to_string(project.mslCount) +
+                            " Multi-Sample(s).");
+        if (project.mslCount > 0)
+            model->selectMultiSample(index < project.mslCount ? index : 0);
+    }
     for (const Assignment& a : assignments)
         if (!store(*model, a))
             return badUsage("Bad argument '" + a.argument + "'.");
-
-    std::error_code error;
-    std::filesystem::create_directories(userDataFolder(), error);
-    if (!savePreferences(model->preferences()))
-        return fail("Cannot write the preferences file '" + preferencesFilePath() + "'.", false);
+    std::ostringstream confirmation;
     for (const Assignment& a : assignments)
-        std::cout << a.key << '=' << storedValue(*model, a) << '\n';
+        confirmation << a.key << '=' << storedValue(*model, a) << '\n';
+
+    if (!options.dryRun) {
+        if (anyPreferencesKey) {
+            std::error_code error;
+            std::filesystem::create_directories(userDataFolder(), error);
+            if (!savePreferences(model->preferences()))
+                return fail("Cannot write the preferences file '" + preferencesFilePath() + "'.",
+                            false);
+        }
+        if (anyMultiSampleKey) {
+            // Picking a Multi-Sample for the command does not change the project's own choice.
+            model->currentProject()->currentMsl = savedCurrentMsl;
+            std::string message;
+            if (!saveProjectAgain(*model->currentProject(), message))
+                return fail(message, false);
+        }
+    }
+    std::cout << confirmation.str();
     return kExitOk;
 }
 
@@ -169,16 +225,22 @@ int runSet(const std::vector<std::string>& arguments)
 
 void addSettingsCommands(CliApp& app)
 {
-    auto arguments = std::make_shared<std::vector<std::string>>();
+    auto options = std::make_shared<SetOptions>();
     CLI::App* command = app.addCommand(
         "set",
-        "Sets preferences values through the settings keys (KEY=VALUE with prefs_ keys) and saves "
-        "them to Tonegrabber.prefs in the user data folder.",
-        [arguments] { return runSet(*arguments); });
+        "Sets values through the settings keys: prefs_ keys are saved to Tonegrabber.prefs in "
+        "the user data folder, msl_ keys change a Multi-Sample of the project given first, "
+        "which is saved back in place.",
+        [options] { return runSet(*options); });
     command
-        ->add_option("assignments", *arguments,
-                     "KEY=VALUE, e.g. prefs_recordsettings_notelength1=3.5")
+        ->add_option("assignments", options->arguments,
+                     "[PATH.TGprj] KEY=VALUE ..., e.g. prefs_recordsettings_notelength1=3.5")
         ->required();
+    command
+        ->add_option("--multisample", options->multisample,
+                     "Index of the Multi-Sample for msl_ keys (0-based; default current)")
+        ->check(CLI::Range(0, 127));
+    command->add_flag("--dry-run", options->dryRun, "Change nothing on disk");
 }
 
 } // namespace tg::cli

@@ -7,5 +7,8 @@ int main(int argc, char** argv)
     tg::cli::CliApp app;
     tg::cli::addSettingsCommands(app);
     tg::cli::addAudioFileCommands(app);
+    tg::cli::addDeviceCommands(app);
+    tg::cli::addProjectCommands(app);
+    tg::cli::addAnalysisCommands(app);
     return app.run(argc, argv);
 }

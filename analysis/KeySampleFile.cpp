@@ -1,0 +1,52 @@
+// Safe rewriting of Key-Sample files and the key selections of the batch jobs.
+#include "analysis/KeySampleFile.h"
+
+#include "audiofile/WavFile.h"
+#include "core/Message.h"
+
+#include <cstdio>
+
+namespace tg {
+
+int writeWavReplacing(const std::string& path, const WaveFormat& format,
+                      const std::vector<uint8_t>& data, std::string& message)
+{
+    const std::string temporary = path + ".tg-tmp";
+    if (!writeWav(temporary, format, data, message)) {
+        std::remove(temporary.c_str());
+        return 0;
+    }
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        std::remove(temporary.c_str());
+        return setMessage(message, "unable to open \"%s\"", path.c_str());
+    }
+    return 1;
+}
+
+std::vector<int> multiSamplesInScope(const Project& project, KeyScope scope, int msl)
+{
+    std::vector<int> result;
+    if (scope == KeyScope::Project) {
+        for (int m = 0; m < project.mslCount && m < kMaxMultiSamples; ++m)
+            result.push_back(m);
+    } else if (msl >= 0 && msl < project.mslCount && msl < kMaxMultiSamples) {
+        result.push_back(msl);
+    }
+    return result;
+}
+
+std::vector<KeyRef> keysInScope(const Project& project, KeyScope scope, int msl, int note)
+{
+    std::vector<KeyRef> keys;
+    for (int m : multiSamplesInScope(project, scope, msl)) {
+        for (int n = 0; n < kKeyCount; ++n) {
+            if (scope == KeyScope::Sample && n != note)
+                continue;
+            if (project.msl[m].keys[n].hasAudio)
+                keys.push_back({m, n});
+        }
+    }
+    return keys;
+}
+
+} // namespace tg

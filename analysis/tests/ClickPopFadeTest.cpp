@@ -1,0 +1,54 @@
+// Click/pop fades: silent ends, the ramp steps and the 8-bit offset.
+#include "analysis/ClickPopFade.h"
+#include "analysis/tests/TestSignals.h"
+
+#include <gtest/gtest.h>
+
+namespace tg {
+namespace {
+
+using test::makeSignal;
+using test::sampleOf;
+
+TEST(ClickPopFade, RampsInAndOutLinearlyWithSilentEnds)
+{
+    const WaveFormat format = makeWaveFormat(44100, 2, 16);
+    auto data = makeSignal(format, 100, [](int64_t, int ch) { return ch ? -1000 : 1000; });
+    clickPopFade(format, data.data(), data.size(), 10, 4);
+    EXPECT_EQ(sampleOf(format, data, 0, 0), 0);
+    EXPECT_EQ(sampleOf(format, data, 1, 0), 100);
+    EXPECT_EQ(sampleOf(format, data, 1, 1), -100); // truncated toward zero, same gain
+    EXPECT_EQ(sampleOf(format, data, 9, 0), 900);
+    EXPECT_EQ(sampleOf(format, data, 10, 0), 1000);
+    EXPECT_EQ(sampleOf(format, data, 99, 0), 0);
+    EXPECT_EQ(sampleOf(format, data, 98, 0), 250);
+    EXPECT_EQ(sampleOf(format, data, 96, 1), -750);
+    EXPECT_EQ(sampleOf(format, data, 95, 0), 1000);
+}
+
+TEST(ClickPopFade, EightBitSamplesAreScaledAroundTheirOffset)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 8);
+    auto data = makeSignal(format, 10, [](int64_t, int) { return -101; }); // stored as 27
+    clickPopFade(format, data.data(), data.size(), 4, 0);
+    EXPECT_EQ(data[0], 128);
+    EXPECT_EQ(data[1], 128 - 25); // -101 * 0.25 = -25.25 -> -25
+    EXPECT_EQ(data[2], 128 - 50);
+    EXPECT_EQ(data[4], 27);
+}
+
+TEST(ClickPopFade, TwentyFourBitAndFadesLongerThanTheBuffer)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 24);
+    auto data = makeSignal(format, 5, [](int64_t, int) { return -8000000; });
+    clickPopFade(format, data.data(), data.size(), 50, 0);
+    EXPECT_EQ(sampleOf(format, data, 0, 0), 0);
+    EXPECT_EQ(sampleOf(format, data, 4, 0), -6400000); // 4/5 of the value
+    auto untouched = makeSignal(format, 5, [](int64_t, int) { return 77; });
+    const auto copy = untouched;
+    clickPopFade(format, untouched.data(), untouched.size(), 0, 0);
+    EXPECT_EQ(untouched, copy);
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,113 @@
+// The recording estimate: per-key time and size, options, loop-search time and texts.
+#include "analysis/Estimate.h"
+
+#include <gtest/gtest.h>
+
+namespace tg {
+namespace {
+
+LoopSpeedTable speeds(double seconds)
+{
+    LoopSpeedTable table;
+    table.fill(seconds);
+    return table;
+}
+
+TGmsl oneKeyMultiSample()
+{
+    TGmsl msl;
+    std::snprintf(msl.AudioInFormat, sizeof msl.AudioInFormat, "%s", "44.1KHz, Stereo, 16bit");
+    msl.recordsettings.notelength1 = 2.0;
+    msl.recordsettings.releaselength1 = 1.0;
+    msl.recordsettings.recpause = 3.5;
+    msl.recordsettings.autoloop = 0;
+    msl.keys[60].keyState = 1;
+    return msl;
+}
+
+TEST(Estimate, NinetySecondsReadAsOneMinuteThirty)
+{
+    EXPECT_EQ(formatEstimateTime(90.0), "0 h 1 min 30 sec");
+    EXPECT_EQ(formatEstimateTime(3725.9), "1 h 2 min 5 sec");
+    EXPECT_EQ(formatEstimateSize(3 * 1048576 + 1048575), "3 MB");
+}
+
+TEST(Estimate, KeyAddsNoteReleaseLeadInPauseAndWavSize)
+{
+    TGmsl msl = oneKeyMultiSample();
+    RecordingEstimate estimate;
+    addMultiSampleEstimate(msl, {}, speeds(1.0), estimate);
+    EXPECT_DOUBLE_EQ(estimate.seconds, 2.0 + 1.0 + 0.5 + 3.5);
+    EXPECT_EQ(estimate.bytes, static_cast<uint64_t>(44100 * 3.5 * 4) + 64);
+}
+
+TEST(Estimate, SkippedKeysAddNothing)
+{
+    TGmsl msl = oneKeyMultiSample();
+    msl.keys[60].hasAudio = 1;
+    msl.keys[60].locked = 1;
+    EstimateOptions options;
+    options.keepLocked = true;
+    RecordingEstimate estimate;
+    addMultiSampleEstimate(msl, options, speeds(1.0), estimate);
+    options = {};
+    options.onlyEmpty = true;
+    addMultiSampleEstimate(msl, options, speeds(1.0), estimate);
+    msl.keys[60].hasAudio = 0;
+    msl.recordsettings.notelength1 = 0.0;
+    msl.recordsettings.releaselength1 = 0.0;
+    addMultiSampleEstimate(msl, {}, speeds(1.0), estimate);
+    EXPECT_EQ(estimate.seconds, 0.0);
+    EXPECT_EQ(estimate.bytes, 0u);
+}
+
+TEST(Estimate, AutoLoopAddsTheSearchScaledByTheMeasuredSpeed)
+{
+    TGmsl msl = oneKeyMultiSample();
+    msl.recordsettings.autoloop = 1;
+    msl.recordsettings.loopsearchlength = 1.0;
+    msl.recordsettings.loopoutsearchstart = 50.0;
+    RecordingEstimate estimate;
+    LoopSpeedTable table = speeds(0.0);
+    table[0] = 2.0; // "44.1KHz, Stereo, 16bit"
+    addMultiSampleEstimate(msl, {}, table, estimate);
+    // frames 88200, search 882, start 44100: (88200 - 882 - 44100) * 882 / 1e7 * 2.0.
+    const double work = (88200.0 - 882 - 44100) * 882 / 1e7;
+    EXPECT_DOUBLE_EQ(estimate.seconds, 7.0 + work * 2.0);
+    msl.recordsettings.autoloop = 0;
+    RecordingEstimate without;
+    addMultiSampleEstimate(msl, {}, table, without);
+    EXPECT_DOUBLE_EQ(without.seconds, 7.0);
+}
+
+TEST(Estimate, RecordingFormatNamesAreRead)
+{
+    uint32_t rate = 0;
+    uint16_t channels = 0, bits = 0;
+    ASSERT_TRUE(parseRecordingFormat("11.025KHz, Mono, 8bit", rate, channels, bits));
+    EXPECT_EQ(rate, 11025u);
+    EXPECT_EQ(channels, 1);
+    EXPECT_EQ(bits, 8);
+    ASSERT_TRUE(parseRecordingFormat("192KHz, Stereo, 24bit", rate, channels, bits));
+    EXPECT_EQ(rate, 192000u);
+    EXPECT_FALSE(parseRecordingFormat("44.1KHz, Quad, 16bit", rate, channels, bits));
+    EXPECT_FALSE(parseRecordingFormat("", rate, channels, bits));
+    EXPECT_FALSE(parseRecordingFormat("44.1KHz, Mono, 12bit", rate, channels, bits));
+}
+
+TEST(LoopSpeed, MeasuredOncePerRunAndCached)
+{
+    forgetLoopSearchSpeeds();
+    const WaveFormat format = makeWaveFormat(44100, 2, 16);
+    EXPECT_LT(loopSearchSpeed(format), 0.0);
+    const LoopSpeedTable first = measureLoopSearchSpeeds();
+    for (double seconds : first)
+        EXPECT_GT(seconds, 0.0);
+    EXPECT_EQ(loopSearchSpeed(format), first[0]);
+    EXPECT_EQ(loopSearchSpeed(makeWaveFormat(44100, 1, 24)), first[5]);
+    EXPECT_EQ(measureLoopSearchSpeeds(), first); // cached: not measured again
+    EXPECT_LT(loopSearchSpeed(makeWaveFormat(44100, 2, 32)), 0.0);
+}
+
+} // namespace
+} // namespace tg

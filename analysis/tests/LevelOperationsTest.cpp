@@ -1,0 +1,286 @@
+// Level jobs and batch auto-note/auto-loop over real Key-Sample files in a temporary project.
+#include "analysis/LevelOperations.h"
+#include "analysis/BatchAuto.h"
+#include "analysis/Renderer.h"
+#include "analysis/tests/TestSignals.h"
+#include "audiofile/WavFile.h"
+#include "core/Message.h"
+#include "core/Names.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+namespace tg {
+namespace {
+
+using test::makeSignal;
+
+class KeySampleFiles : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        project = std::make_unique<Project>();
+        copyText(project->name, "Levels");
+        copyText(project->dataPath, dir.path().c_str());
+        project->mslCount = 2;
+        copyText(project->msl[0].name, "Piano");
+        copyText(project->msl[1].name, "Organ");
+    }
+
+    // Writes a stereo 16-bit Key-Sample peaking at `peak` (fraction of full scale).
+    void addKey(int msl, int note, double peak, int64_t frames = 2000)
+    {
+        const WaveFormat format = makeWaveFormat(44100, 2, 16);
+        const int32_t value = static_cast<int32_t>(std::lround(peak * 32767));
+        const auto data = makeSignal(format, frames, [=](int64_t f, int ch) {
+            const int32_t v = static_cast<int32_t>(value * std::sin(2 * M_PI * f / 100.0));
+            return f == 25 ? (ch ? -value / 2 : value) : (ch ? v / 2 : v);
+        });
+        std::string message;
+        ASSERT_TRUE(writeWav(path(msl, note), format, data, message)) << message;
+        project->msl[msl].keys[note].hasAudio = 1;
+    }
+
+    std::string path(int msl, int note) const
+    {
+        return keySampleFileName(*project, project->msl[msl], note);
+    }
+
+    ChannelLevels levelsOf(int msl, int note) const
+    {
+        WaveFormat format;
+        std::vector<uint8_t> data;
+        std::string message;
+        EXPECT_TRUE(readWav(path(msl, note), format, data, message)) << message;
+        return measureLevels(format, data.data(), data.size());
+    }
+
+    test::TempDir dir;
+    std::unique_ptr<Project> project;
+};
+
+TEST_F(KeySampleFiles, NormalizeToAValueRewritesEveryKeyOfTheScope)
+{
+    addKey(0, 60, 0.25);
+    addKey(0, 62, 0.8);
+    addKey(1, 60, 0.1);
+    std::vector<std::string> texts;
+    NormalizeOptions options;
+    options.targetDb = -1.0;
+    std::string message;
+    ASSERT_EQ(normalizeKeySamples(
+                  *project, KeyScope::MultiSample, 0, 0, options,
+                  [&](const std::string& text, double) {
+                      texts.push_back(text);
+                      return true;
+                  },
+                  message),
+              1);
+    EXPECT_EQ(message, "Normalizing done.");
+    EXPECT_NEAR(levelsOf(0, 60).left, std::pow(10.0, -1.0 / 20), 1e-4);
+    EXPECT_NEAR(levelsOf(0, 62).left, std::pow(10.0, -1.0 / 20), 1e-4);
+    EXPECT_NEAR(levelsOf(0, 62).right, std::pow(10.0, -1.0 / 20), 1e-4); // not equal L/R
+    EXPECT_NEAR(levelsOf(1, 60).left, 0.1, 1e-4);                        // other Multi-Sample
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_EQ(texts[0], "Normalizing... (47 % done)");
+    EXPECT_EQ(texts[1], "Normalizing... (49 % done)");
+}
+
+TEST_F(KeySampleFiles, SilentKeyAndLoneKeyStayUntouched)
+{
+    addKey(0, 60, 0.0);
+    addKey(1, 50, 0.3);
+    const std::string silentBefore = test::readFileBytes(path(0, 60));
+    const std::string loneBefore = test::readFileBytes(path(1, 50));
+    std::string message;
+    NormalizeOptions options;
+    ASSERT_EQ(normalizeKeySamples(*project, KeyScope::Sample, 0, 60, options, {}, message), 1);
+    EXPECT_EQ(test::readFileBytes(path(0, 60)), silentBefore);
+    options.toMultiSampleMaximum = true;
+    ASSERT_EQ(normalizeKeySamples(*project, KeyScope::MultiSample, 1, 0, options, {}, message), 1);
+    EXPECT_EQ(test::readFileBytes(path(1, 50)), loneBefore);
+    EXPECT_EQ(normalizeKeySamples(*project, KeyScope::Sample, 0, 61, options, {}, message), 0);
+    EXPECT_EQ(message, "No Key-Sample selected!");
+}
+
+TEST_F(KeySampleFiles, MultiSampleMaximumBringsEveryKeyToTheLoudest)
+{
+    addKey(0, 60, 0.2);
+    addKey(0, 64, 0.6);
+    addKey(0, 67, 0.4);
+    NormalizeOptions options;
+    options.toMultiSampleMaximum = true;
+    options.equalLeftRight = true;
+    std::string message;
+    ASSERT_EQ(normalizeKeySamples(*project, KeyScope::Project, 0, 0, options, {}, message), 1);
+    for (int note : {60, 64, 67}) {
+        EXPECT_NEAR(levelsOf(0, note).left, 0.6, 1e-3) << note;
+        EXPECT_NEAR(levelsOf(0, note).right, 0.3, 1e-3) << note; // equal factor keeps the balance
+    }
+}
+
+TEST_F(KeySampleFiles, GainWithClippingAheadAsksBeforeChangingAnything)
+{
+    addKey(0, 60, std::pow(10.0, -3.0 / 20)); // peaks at -3 dB
+    const std::string before = test::readFileBytes(path(0, 60));
+    GainOptions options;
+    options.gainDb = 6.0;
+    std::string asked;
+    std::string message;
+    auto refuse = [&](const std::string& question) {
+        asked = question;
+        return false;
+    };
+    EXPECT_EQ(
+        changeGainOfKeySamples(*project, KeyScope::Sample, 0, 60, options, refuse, {}, message), 0);
+    EXPECT_EQ(asked, "Some clipping will occur. Continue anyway?");
+    EXPECT_EQ(message, asked);
+    EXPECT_EQ(test::readFileBytes(path(0, 60)), before);
+
+    ASSERT_EQ(changeGainOfKeySamples(
+                  *project, KeyScope::Sample, 0, 60, options,
+                  [](const std::string&) { return true; }, {}, message),
+              1);
+    EXPECT_EQ(message, "Changing gain done.");
+    EXPECT_NEAR(levelsOf(0, 60).left, 1.0, 1e-4); // clipped at full scale
+}
+
+TEST_F(KeySampleFiles, GainOnOneChannelWithoutClipping)
+{
+    addKey(0, 60, 0.25);
+    GainOptions options;
+    options.gainDb = -6.0;
+    options.channels = GainChannels::Right;
+    bool asked = false;
+    std::string message;
+    ASSERT_EQ(changeGainOfKeySamples(
+                  *project, KeyScope::MultiSample, 0, 0, options,
+                  [&](const std::string&) { return asked = true; }, {}, message),
+              1);
+    EXPECT_FALSE(asked);
+    EXPECT_NEAR(levelsOf(0, 60).left, 0.25, 1e-4);
+    EXPECT_NEAR(levelsOf(0, 60).right, 0.125 * std::pow(10.0, -6.0 / 20), 1e-4);
+}
+
+TEST_F(KeySampleFiles, HighestLevelIsReportedAndCancelStops)
+{
+    addKey(0, 60, 0.5);
+    addKey(1, 61, 0.25);
+    ChannelLevels levels;
+    std::string message;
+    ASSERT_EQ(findHighestLevel(*project, KeyScope::Project, 0, 0, false, {}, levels, message), 1);
+    EXPECT_EQ(message, "Maximum level in Project: -6.02 dB (= 50.00 %)");
+    ASSERT_EQ(findHighestLevel(*project, KeyScope::MultiSample, 1, 0, false, {}, levels, message),
+              1);
+    EXPECT_EQ(message, "Maximum level in Multi-Sample: -12.04 dB (= 25.00 %)");
+    EXPECT_EQ(findHighestLevel(
+                  *project, KeyScope::Project, 0, 0, false,
+                  [](const std::string&, double) { return false; }, levels, message),
+              kJobCancelled);
+}
+
+TEST_F(KeySampleFiles, UnreadableFileIsReportedWithTheReadersMessage)
+{
+    addKey(0, 60, 0.5);
+    ASSERT_TRUE(test::writeFileBytes(path(0, 60), "RIFF...."));
+    std::string message;
+    NormalizeOptions options;
+    EXPECT_EQ(normalizeKeySamples(*project, KeyScope::Sample, 0, 60, options, {}, message), 0);
+    EXPECT_FALSE(message.empty());
+    BatchAutoOptions autoOptions;
+    EXPECT_EQ(batchAutoNoteLoop(*project, KeyScope::MultiSample, 0, autoOptions, {}, message), 0);
+    EXPECT_EQ(message.rfind("Error reading data from disk:\n", 0), 0u) << message;
+}
+
+TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    for (int note : {60, 72}) {
+        const auto data = makeSignal(format, 40000, [](int64_t f, int) {
+            return f >= 5000 && f < 35000
+                       ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0))
+                       : 0;
+        });
+        std::string message;
+        ASSERT_TRUE(writeWav(path(0, note), format, data, message));
+        project->msl[0].keys[note].hasAudio = 1;
+        project->msl[0].keys[note].Silence_Out = 3000;
+        project->msl[0].keys[note].releaseOn = 1;
+    }
+    project->msl[0].recordsettings.zerocrossing = 0;
+    BatchAutoOptions options;
+    options.autoLoop = true;
+    options.releaseOff = true;
+    std::vector<std::string> texts;
+    std::string message;
+    ASSERT_EQ(batchAutoNoteLoop(
+                  *project, KeyScope::MultiSample, 0, options,
+                  [&](const std::string& text, double) {
+                      texts.push_back(text);
+                      return true;
+                  },
+                  message),
+              1);
+    const TGmsl_key& key = project->msl[0].keys[60];
+    EXPECT_NEAR(key.Note_In, 5000, 60);
+    EXPECT_NEAR(key.Note_Out, 35000, 60);
+    EXPECT_EQ(key.loopMode, 1);
+    EXPECT_GT(key.Loop_Out, key.Loop_In);
+    EXPECT_EQ(key.releaseOn, 0);
+    ASSERT_FALSE(texts.empty());
+    EXPECT_EQ(texts.front(), "Multi-Sample: Piano  Working on Key: C4");
+}
+
+TEST_F(KeySampleFiles, RenderWritesTheNoteOrJustTheLoop)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 8);
+    const auto data =
+        makeSignal(format, 1001, [](int64_t f, int) { return static_cast<int32_t>(f % 100) - 50; });
+    std::string message;
+    ASSERT_TRUE(writeWav(path(0, 60), format, data, message));
+    TGmsl_key& key = project->msl[0].keys[60];
+    key.Note_In = 100;
+    key.Note_Out = 900;
+    key.Loop_In = 300;
+    key.Loop_Out = 700;
+    key.loopMode = 1;
+    key.clickpopred = 0;
+    const std::string out = dir.file("rendered");
+    ASSERT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(),
+                                     out.c_str(), {}, false, message),
+              1)
+        << message;
+    WaveFormat readFormat;
+    int32_t loopStart, loopEnd, rootKey, frames;
+    ASSERT_TRUE(
+        readWavHeader(out + ".wav", readFormat, loopStart, loopEnd, rootKey, frames, message))
+        << message;
+    EXPECT_EQ(frames, 601);
+    EXPECT_EQ(loopStart, 200);
+    EXPECT_EQ(loopEnd, 600);
+    EXPECT_EQ(rootKey, 60);
+    ASSERT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(),
+                                     out.c_str(), {}, true, message),
+              1);
+    ASSERT_TRUE(
+        readWavHeader(out + ".wav", readFormat, loopStart, loopEnd, rootKey, frames, message));
+    EXPECT_EQ(frames, 401);
+    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, nullptr, out.c_str(),
+                                     {}, false, message),
+              0);
+    EXPECT_EQ(message, "illegal pointer (fname_in==NULL)");
+    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, path(0, 60).c_str(),
+                                     nullptr, {}, false, message),
+              0);
+    EXPECT_EQ(message, "illegal pointer (fname_out==NULL)");
+    EXPECT_EQ(renderKeySampleToFiles(project.get(), &project->msl[0], &key, "/nonexistent.wav",
+                                     out.c_str(), {}, false, message),
+              0);
+    EXPECT_EQ(message, "unable to open \"/nonexistent.wav\"");
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,240 @@
+// Renderer: crossfade arithmetic per format, backward-forward unfolding, plain notes, fades.
+#include "analysis/Renderer.h"
+#include "analysis/FadeCurves.h"
+#include "analysis/tests/TestSignals.h"
+
+#include <gtest/gtest.h>
+
+namespace tg {
+namespace {
+
+using test::makeSignal;
+using test::sampleOf;
+
+TGmsl_key loopedKey(uint8_t mode)
+{
+    TGmsl_key key;
+    key.Note_In = 100;
+    key.Loop_In = 300;
+    key.Loop_Out = 700;
+    key.Note_Out = 900;
+    key.loopMode = mode;
+    key.clickpopred = 0;
+    key.xfadeLen = 0;
+    key.bfxfadeLen = 0;
+    return key;
+}
+
+int render(const TGmsl_key& key, const WaveFormat& format, const std::vector<uint8_t>& data,
+           RenderedNote& out, const RenderOptions& options = {})
+{
+    std::string message;
+    const size_t bytes = data.size();
+    const int ok = renderKeySample(&key, &format, data.data(), &bytes, options, &out, message);
+    EXPECT_TRUE(ok) << message;
+    return ok;
+}
+
+TEST(Renderer, ForwardLoopCrossfadeIsSampleExactInEveryFormat)
+{
+    for (uint16_t bits : {8, 16, 24}) {
+        const WaveFormat format = makeWaveFormat(44100, bits == 16 ? 2 : 1, bits);
+        const int32_t k = bits == 8 ? 100 : bits == 16 ? 20000 : 4000000;
+        // -k in the four frames before Loop_In, +k in the four before Loop_Out.
+        const auto data = makeSignal(format, 1000, [k](int64_t f, int ch) {
+            if (f >= 296 && f < 300)
+                return ch ? k : -k;
+            if (f >= 696 && f < 700)
+                return ch ? -k : k;
+            return static_cast<int32_t>(f % 50);
+        });
+        TGmsl_key key = loopedKey(1);
+        key.xfadeLen = 4;
+        key.xfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Linear"));
+        RenderedNote out;
+        ASSERT_TRUE(render(key, format, data, out));
+        SCOPED_TRACE(bits);
+        EXPECT_EQ(out.loopStart, 200);
+        EXPECT_EQ(out.loopEnd, 600);
+        const size_t frames = 601;
+        EXPECT_EQ(out.note.size(), frames * format.nBlockAlign + (frames * format.nBlockAlign) % 2);
+        // Linear blend of +k into -k: k, k/2, 0, -k/2; the loop end frame itself untouched.
+        EXPECT_EQ(sampleOf(format, out.note, 596, 0), k);
+        EXPECT_EQ(sampleOf(format, out.note, 597, 0), k / 2);
+        EXPECT_EQ(sampleOf(format, out.note, 598, 0), 0);
+        EXPECT_EQ(sampleOf(format, out.note, 599, 0), -k / 2);
+        EXPECT_EQ(sampleOf(format, out.note, 600, 0), 700 % 50);
+        if (format.nChannels == 2) {
+            EXPECT_EQ(sampleOf(format, out.note, 597, 1), -k / 2);
+        }
+        for (int64_t j : {0, 1, 199, 200, 595})
+            EXPECT_EQ(sampleOf(format, out.note, j, 0), sampleOf(format, data, 100 + j, 0)) << j;
+    }
+}
+
+TEST(Renderer, CrossfadeTruncatesTowardZeroWithTheCurveGains)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 24);
+    const auto data = makeSignal(format, 1000, [](int64_t f, int) {
+        return static_cast<int32_t>((f * 7919) % 8000001) - 4000000;
+    });
+    TGmsl_key key = loopedKey(1);
+    key.xfadeLen = 37;
+    key.xfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Exponential^3"));
+    RenderedNote out;
+    ASSERT_TRUE(render(key, format, data, out));
+    for (int i = 0; i < 37; ++i) {
+        double a, b;
+        fadeCurve(i / 37.0, key.xfadeCurve, a, b);
+        const double mixed = sampleOf(format, data, 700 - 37 + i, 0) * a +
+                             sampleOf(format, data, 300 - 37 + i, 0) * b;
+        EXPECT_EQ(sampleOf(format, out.note, 600 - 37 + i, 0), static_cast<int32_t>(mixed)) << i;
+    }
+}
+
+TEST(Renderer, IncludingTheNoteAfterTheLoopExtendsTheBuffer)
+{
+    const WaveFormat format = makeWaveFormat(44100, 2, 16);
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
+    RenderOptions options;
+    options.includeAfterLoop = true;
+    RenderedNote out;
+    ASSERT_TRUE(render(loopedKey(1), format, data, out, options));
+    EXPECT_EQ(out.note.size(), 801u * 4);
+    EXPECT_EQ(out.loopEnd, 600);
+    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 900);
+    EXPECT_TRUE(out.release.empty());
+}
+
+TEST(Renderer, BackwardForwardLoopUnfoldsToTheStatedLength)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
+    TGmsl_key key = loopedKey(2);
+    key.bfxfadeLen = 50;
+    RenderedNote out;
+    ASSERT_TRUE(render(key, format, data, out));
+    // (700 - 300) + (700 + 1 - 100) - 50 frames; loop 200 .. 2*700 - 300 - 100 - 50 - 1.
+    EXPECT_EQ(out.note.size(), 951u * 2);
+    EXPECT_EQ(out.loopStart, 200);
+    EXPECT_EQ(out.loopEnd, 949);
+    // Forward up to the turn point 50 frames before Loop_Out, then reversed from there.
+    EXPECT_EQ(sampleOf(format, out.note, 200, 0), 300);
+    EXPECT_EQ(sampleOf(format, out.note, 549, 0), 649);
+    EXPECT_EQ(sampleOf(format, out.note, 550, 0), 650);
+    EXPECT_EQ(sampleOf(format, out.note, 551, 0), 649);
+
+    RenderOptions options;
+    options.includeAfterLoop = true;
+    ASSERT_TRUE(render(key, format, data, out, options));
+    EXPECT_EQ(out.note.size(), 1151u * 2);
+    EXPECT_EQ(out.loopEnd, 949);
+    EXPECT_EQ(sampleOf(format, out.note, 950, 0), 700);
+    EXPECT_EQ(sampleOf(format, out.note, 1150, 0), 900);
+}
+
+TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f * 10); });
+    TGmsl_key key = loopedKey(2);
+    key.bfxfadeLen = 20;
+    key.bfxfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Linear"));
+    RenderedNote out;
+    ASSERT_TRUE(render(key, format, data, out));
+    // The reversed pass reaches Loop_In - 19 in its last frame, which blends into
+    // Loop_In - 1 (weight 19/20), so playback steps on from about Loop_In - 1 to Loop_In.
+    const double expected = 2810 * (1.0 / 20) + 2990 * (19.0 / 20);
+    EXPECT_EQ(sampleOf(format, out.note, out.loopEnd, 0), static_cast<int32_t>(expected));
+    EXPECT_EQ(sampleOf(format, out.note, out.loopStart, 0), 3000);
+}
+
+TEST(Renderer, LoopEndNotAfterLoopStartRendersThePlainNote)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 8);
+    const auto data =
+        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f % 100); });
+    for (uint8_t mode : {0, 1, 2}) {
+        TGmsl_key key = loopedKey(mode);
+        if (mode != 0)
+            key.Loop_Out = key.Loop_In;
+        key.xfadeLen = 10;
+        RenderedNote out;
+        ASSERT_TRUE(render(key, format, data, out));
+        EXPECT_EQ(out.note.size(), 802u); // 801 frames, raised to an even count
+        EXPECT_EQ(out.frames, 801);
+        EXPECT_EQ(out.loopStart, 0);
+        EXPECT_EQ(out.loopEnd, 800);
+        EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);
+        EXPECT_EQ(sampleOf(format, out.note, 37, 0), 37);
+    }
+}
+
+TEST(Renderer, ZeroCrossfadeCopiesTheLoopUnchanged)
+{
+    const WaveFormat format = makeWaveFormat(44100, 2, 24);
+    const auto data = test::randomBytes(1000 * 6, 3);
+    RenderedNote out;
+    ASSERT_TRUE(render(loopedKey(1), format, data, out));
+    EXPECT_TRUE(std::equal(out.note.begin(), out.note.begin() + 601 * 6, data.begin() + 100 * 6));
+}
+
+TEST(Renderer, ClickPopFadesFollowTheLoopLimits)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    const auto data = makeSignal(format, 1000, [](int64_t, int) { return 1000; });
+    RenderOptions options;
+    options.clickPopFadeIn = 1000;
+    options.clickPopFadeOut = 10;
+    TGmsl_key key = loopedKey(1);
+    key.clickpopred = 1;
+    RenderedNote out;
+    ASSERT_TRUE(render(key, format, data, out, options));
+    // Fade-in cut to Loop_In - Note_In = 200 frames; no fade-out without the after part.
+    EXPECT_EQ(sampleOf(format, out.note, 0, 0), 0);
+    EXPECT_EQ(sampleOf(format, out.note, 100, 0), 500);
+    EXPECT_EQ(sampleOf(format, out.note, 200, 0), 1000);
+    EXPECT_EQ(sampleOf(format, out.note, 600, 0), 1000);
+    options.includeAfterLoop = true;
+    ASSERT_TRUE(render(key, format, data, out, options));
+    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);
+    EXPECT_EQ(sampleOf(format, out.note, 795, 0), 500);
+    EXPECT_EQ(sampleOf(format, out.note, 790, 0), 1000);
+    // Plain note: the preference lengths, cut to the 801 frames of the note.
+    key.loopMode = 0;
+    ASSERT_TRUE(render(key, format, data, out, options));
+    EXPECT_EQ(sampleOf(format, out.note, 400, 0), 1000 * 400 / 801);
+    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);
+}
+
+TEST(Renderer, BadArgumentsAreReportedAndNothingIsRendered)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    const auto data = makeSignal(format, 100, [](int64_t, int) { return 1; });
+    const size_t bytes = data.size();
+    const size_t none = 0;
+    TGmsl_key key;
+    key.Note_In = 10;
+    key.Note_Out = 50;
+    RenderedNote out;
+    std::string message;
+    EXPECT_EQ(renderKeySample(nullptr, &format, data.data(), &bytes, {}, &out, message), 0);
+    EXPECT_EQ(message, "illegal pointers (p, m or k is equal NULL");
+    EXPECT_EQ(renderKeySample(&key, nullptr, data.data(), &bytes, {}, &out, message), 0);
+    EXPECT_EQ(message, "illegal pointers (wft_in, buff_in or nbuff_in is equal NULL");
+    EXPECT_EQ(renderKeySample(&key, &format, data.data(), &bytes, {}, nullptr, message), 0);
+    EXPECT_EQ(message, "illegal pointers (wft_out, buff_note_out, nbuff_note_out, buff_release_out "
+                       "or nbuff_release_out is equal NULL");
+    EXPECT_EQ(renderKeySample(&key, &format, data.data(), &none, {}, &out, message), 0);
+    EXPECT_EQ(message, "the number of samples is less or equal 0");
+    key.Note_Out = 9;
+    EXPECT_EQ(renderKeySample(&key, &format, data.data(), &bytes, {}, &out, message), 0);
+    EXPECT_EQ(message, "the note's length is equal 0");
+    EXPECT_TRUE(out.note.empty());
+}
+
+} // namespace
+} // namespace tg

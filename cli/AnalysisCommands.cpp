@@ -1,0 +1,378 @@
+// The analysis commands: auto (batch auto-note/auto-loop), normalize, gain, levels, estimate.
+#include "cli/CliApp.h"
+#include "cli/Commands.h"
+#include "cli/ProjectAccess.h"
+
+#include "analysis/BatchAuto.h"
+#include "analysis/Estimate.h"
+#include "analysis/LevelOperations.h"
+#include "analysis/LoopSpeed.h"
+#include "core/Model.h"
+#include "core/ProjectFile.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+
+namespace tg::cli {
+
+namespace {
+
+// Options every project command shares.
+struct ProjectArgs {
+    std::string path;
+    int multisample = -1; // -1: the project's current Multi-Sample
+    int key = -1;
+    std::string scope = "multisample";
+    bool json = false;
+    bool quiet = false;
+};
+
+void addProjectOptions(CLI::App* command, ProjectArgs& args, bool withKey,
+                       const std::vector<std::string>& scopes)
+{
+    command->add_option("project", args.path, "the .TGprj file")->required();
+    command->add_option("--multisample", args.multisample, "Multi-Sample index (0-based)")
+        ->check(CLI::Range(0, kMaxMultiSamples - 1));
+    command->add_option("--scope", args.scope, "which Key-Samples")->check(CLI::IsMember(scopes));
+    if (withKey)
+        command->add_option("--key", args.key, "the selected (loaded) key")
+            ->check(CLI::Range(0, 127));
+    command->add_flag("--json", args.json, "print one JSON document on stdout");
+    command->add_flag("--quiet", args.quiet, "no progress on stderr");
+}
+
+// Progress on stderr: a live bar on a terminal, plain percentage lines otherwise.
+class ProgressPrinter {
+  public:
+    explicit ProgressPrinter(bool quiet) : quiet_(quiet), terminal_(isatty(STDERR_FILENO) != 0) {}
+    ~ProgressPrinter()
+    {
+        if (terminal_ && drawn_)
+            std::cerr << '\n';
+    }
+
+    bool operator()(const std::string& text, double fraction)
+    {
+        if (quiet_)
+            return true;
+        const int percent = static_cast<int>(fraction * 100.0);
+        if (terminal_) {
+            const int filled = percent * 30 / 100;
+            std::cerr << "\r[" << std::string(static_cast<size_t>(filled), '#')
+                      << std::string(static_cast<size_t>(30 - filled), ' ') << "] " << percent
+                      << " % " << text << "\x1b[K" << std::flush;
+            drawn_ = true;
+        } else if (percent != lastPercent_ || text != lastText_) {
+            std::cerr << percent << " % " << text << '\n';
+        }
+        lastPercent_ = percent;
+        lastText_ = text;
+        return true;
+    }
+
+  private:
+    bool quiet_;
+    bool terminal_;
+    bool drawn_ = false;
+    int lastPercent_ = -1;
+    std::string lastText_;
+};
+
+// Loads the project file into the model. Returns the Project or nullptr after reporting.
+Project* loadProject(const ProjectArgs& args, int& status)
+{
+    if (std::filesystem::path(args.path).extension() != std::string(".") + kProjectExtension) {
+        std::cerr << "project: expected a ." << kProjectExtension << " file, got \"" << args.path
+                  << "\"\n";
+        status = kExitBadUsage;
+        return nullptr;
+    }
+    Model& model = Model::instance();
+    std::string message;
+    if (!openProjectFile(model, args.path, message) || model.currentProject() == nullptr) {
+        status = fail(message, args.json);
+        return nullptr;
+    }
+    Project& project = *model.currentProject();
+    if (args.multisample >= project.mslCount) {
+        std::cerr << "--multisample: the project has " << project.mslCount << " Multi-Samples\n";
+        status = kExitBadUsage;
+        return nullptr;
+    }
+    return &project;
+}
+
+int chosenMultiSample(const Project& project, const ProjectArgs& args)
+{
+    return args.multisample >= 0 ? args.multisample : project.currentMsl;
+}
+
+KeyScope scopeOf(const std::string& name)
+{
+    return name == "sample"    ? KeyScope::Sample
+           : name == "project" ? KeyScope::Project
+                               : KeyScope::MultiSample;
+}
+
+// Prints a job's closing message; a failure goes through fail().
+int finish(int result, const std::string& message, const ProjectArgs& args)
+{
+    if (result == kJobCancelled)
+        return fail("cancelled", args.json);
+    if (result != 1)
+        return fail(message, args.json);
+    if (args.json)
+        printJson({{"message", message}});
+    else
+        std::cout << message << '\n';
+    return kExitOk;
+}
+
+bool needsKey(const ProjectArgs& args)
+{
+    if (args.scope == "sample" && args.key < 0) {
+        std::cerr << "--key: the sample scope needs the key number\n";
+        return true;
+    }
+    return false;
+}
+
+void addAuto(CliApp& app)
+{
+    struct Args : ProjectArgs {
+        bool note = false, loop = false, equalLength = false, silence = false, releaseOff = false;
+        bool dryRun = false;
+        std::string loopSource = "settings";
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* c = app.addCommand("auto", "batch auto-note/auto-loop", [args]() {
+        if (!args->note && !args->loop) {
+            std::cerr << "auto: give --note, --loop or both\n";
+            return kExitBadUsage;
+        }
+        int status = kExitOk;
+        Project* project = loadProject(*args, status);
+        if (project == nullptr)
+            return status;
+        const int msl = chosenMultiSample(*project, *args);
+        BatchAutoOptions options;
+        options.autoNote = args->note;
+        options.autoLoop = args->loop;
+        options.loopSource =
+            args->loopSource == "loaded" ? LoopSource::LoadedKey : LoopSource::Settings;
+        options.equalNoteLength = args->equalLength;
+        options.equalSilence = args->silence;
+        options.releaseOff = args->releaseOff;
+        options.loadedMsl = msl;
+        options.loadedNote = args->key;
+        if ((options.loopSource == LoopSource::LoadedKey || args->equalLength || args->silence) &&
+            args->key < 0) {
+            std::cerr
+                << "--key: the options taken from the loaded Key-Sample need its key number\n";
+            return kExitBadUsage;
+        }
+        ProgressPrinter printer(args->quiet);
+        std::string message;
+        const int result = batchAutoNoteLoop(*project, scopeOf(args->scope), msl, options,
+                                             std::ref(printer), message);
+        if (result != 1)
+            return finish(result, message, *args);
+        if (!args->dryRun && !saveProjectAgain(*project, message))
+            return fail(message, args->json);
+        const size_t keys = keysInScope(*project, scopeOf(args->scope), msl, 0).size();
+        if (args->json)
+            printJson({{"keys", keys}, {"saved", !args->dryRun}});
+        else
+            std::cout << "Auto-Note/Auto-Loop: " << keys << " Key-Samples"
+                      << (args->dryRun ? " (not saved)" : ", project saved") << '\n';
+        return kExitOk;
+    });
+    addProjectOptions(c, *args, true, {"multisample", "project"});
+    c->add_flag("--note", args->note, "Auto-Note (using the Multi-Sample Record Settings)");
+    c->add_flag("--loop", args->loop, "Auto-Loop");
+    c->add_option("--loop-source", args->loopSource,
+                  "loop percentages from the record settings or the loaded key")
+        ->check(CLI::IsMember({"settings", "loaded"}));
+    c->add_flag("--equal-length", args->equalLength, "all note lengths equal the loaded key's");
+    c->add_flag("--silence", args->silence, "all silence markers equal the loaded key's");
+    c->add_flag("--release-off", args->releaseOff, "Turn Release off");
+    c->add_flag("--dry-run", args->dryRun, "do not save the project");
+}
+
+void addNormalize(CliApp& app)
+{
+    struct Args : ProjectArgs {
+        double db = 0.0;
+        bool max = false, equalLr = false, noteRelease = false;
+        CLI::Option* dbOption = nullptr;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* c = app.addCommand("normalize", "normalize Key-Samples", [args]() {
+        if (args->dbOption->count() == 0 && !args->max) {
+            std::cerr << "normalize: give --db X or --multisample-max\n";
+            return kExitBadUsage;
+        }
+        if (needsKey(*args))
+            return kExitBadUsage;
+        int status = kExitOk;
+        Project* project = loadProject(*args, status);
+        if (project == nullptr)
+            return status;
+        NormalizeOptions options;
+        options.toMultiSampleMaximum = args->max;
+        options.targetDb = args->db;
+        options.equalLeftRight = args->equalLr;
+        options.noteAndRelease = args->noteRelease;
+        ProgressPrinter printer(args->quiet);
+        std::string message;
+        const int result =
+            normalizeKeySamples(*project, scopeOf(args->scope), chosenMultiSample(*project, *args),
+                                args->key, options, std::ref(printer), message);
+        return finish(result, message, *args);
+    });
+    addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
+    CLI::Option* db =
+        c->add_option("--db", args->db, "target level in dB")->check(CLI::Range(-72.0, 0.0));
+    CLI::Option* max =
+        c->add_flag("--multisample-max", args->max, "to the maximum level of each Multi-Sample");
+    db->excludes(max);
+    args->dbOption = db;
+    c->add_flag("--equal-lr", args->equalLr, "Normalize Left/Right equally");
+    c->add_flag("--note-release-only", args->noteRelease, "Normalize only Note and Release");
+}
+
+void addGain(CliApp& app)
+{
+    struct Args : ProjectArgs {
+        double db = 0.0;
+        std::string channels = "both";
+        bool noteRelease = false, noClipWarning = false, yes = false;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* c = app.addCommand("gain", "change the gain of Key-Samples", [args]() {
+        if (needsKey(*args))
+            return kExitBadUsage;
+        int status = kExitOk;
+        Project* project = loadProject(*args, status);
+        if (project == nullptr)
+            return status;
+        GainOptions options;
+        options.gainDb = args->db;
+        options.channels = args->channels == "left"    ? GainChannels::Left
+                           : args->channels == "right" ? GainChannels::Right
+                                                       : GainChannels::Both;
+        options.noteAndRelease = args->noteRelease;
+        options.warnClipping = !args->noClipWarning;
+        const bool yes = args->yes;
+        ProgressPrinter printer(args->quiet);
+        std::string message;
+        const int result = changeGainOfKeySamples(
+            *project, scopeOf(args->scope), chosenMultiSample(*project, *args), args->key, options,
+            [yes](const std::string&) { return yes; }, std::ref(printer), message);
+        return finish(result, message, *args);
+    });
+    addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
+    c->add_option("--db", args->db, "gain in dB")->required();
+    c->add_option("--channels", args->channels, "which channels")
+        ->check(CLI::IsMember({"both", "left", "right"}));
+    c->add_flag("--note-release-only", args->noteRelease, "Gain Change only Note and Release");
+    c->add_flag("--no-clip-warning", args->noClipWarning, "do not check for clipping first");
+    c->add_flag("--yes", args->yes, "continue even when clipping will occur");
+}
+
+void addLevels(CliApp& app)
+{
+    struct Args : ProjectArgs {
+        bool noteRelease = false;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* c =
+        app.addCommand("levels", "the highest level of the selected Key-Samples", [args]() {
+            if (needsKey(*args))
+                return kExitBadUsage;
+            int status = kExitOk;
+            Project* project = loadProject(*args, status);
+            if (project == nullptr)
+                return status;
+            ProgressPrinter printer(args->quiet);
+            ChannelLevels levels;
+            std::string message;
+            const int result =
+                findHighestLevel(*project, scopeOf(args->scope), chosenMultiSample(*project, *args),
+                                 args->key, args->noteRelease, std::ref(printer), levels, message);
+            if (result == 1 && args->json) {
+                const double peak = std::max(levels.left, levels.right);
+                printJson({{"message", message},
+                           {"left", levels.left},
+                           {"right", levels.right},
+                           {"peak", peak},
+                           {"dB", levelInDb(peak)}});
+                return kExitOk;
+            }
+            return finish(result, message, *args);
+        });
+    addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
+    c->add_flag("--note-release-only", args->noteRelease, "measure only Note and Release");
+}
+
+void addEstimate(CliApp& app)
+{
+    struct Args : ProjectArgs {
+        bool onlyEmpty = false, keepLocked = false;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* c = app.addCommand("estimate", "time and size of a recording run", [args]() {
+        int status = kExitOk;
+        Project* project = loadProject(*args, status);
+        if (project == nullptr)
+            return status;
+        // The command loads one project, so "all" open projects is that one.
+        const KeyScope scope =
+            args->scope == "multisample" ? KeyScope::MultiSample : KeyScope::Project;
+        const std::vector<int> msls =
+            multiSamplesInScope(*project, scope, chosenMultiSample(*project, *args));
+        bool searches = false;
+        for (int m : msls)
+            searches = searches || project->msl[m].recordsettings.autoloop == 1;
+        if (searches && !args->quiet)
+            std::cerr << "measuring the loop-search speed...\n";
+        const LoopSpeedTable speeds =
+            searches ? measureLoopSearchSpeeds() : cachedLoopSearchSpeeds();
+        EstimateOptions options;
+        options.onlyEmpty = args->onlyEmpty;
+        options.keepLocked = args->keepLocked;
+        RecordingEstimate estimate;
+        for (int m : msls)
+            addMultiSampleEstimate(project->msl[m], options, speeds, estimate);
+        const std::string time = formatEstimateTime(estimate.seconds);
+        const std::string size = formatEstimateSize(estimate.bytes);
+        if (args->json)
+            printJson({{"seconds", estimate.seconds},
+                       {"bytes", estimate.bytes},
+                       {"time", time},
+                       {"size", size}});
+        else
+            std::cout << time << '\n' << size << '\n';
+        return kExitOk;
+    });
+    addProjectOptions(c, *args, false, {"multisample", "project", "all"});
+    c->add_flag("--only-empty", args->onlyEmpty, "Record only empty Key-Samples");
+    c->add_flag("--keep-locked", args->keepLocked, "Keep locked Key-Samples");
+}
+
+} // namespace
+
+void addAnalysisCommands(CliApp& app)
+{
+    addAuto(app);
+    addNormalize(app);
+    addGain(app);
+    addLevels(app);
+    addEstimate(app);
+}
+
+} // namespace tg::cli

@@ -1,0 +1,187 @@
+// auto, normalize, gain, levels and estimate as a user runs them on a saved project.
+#include "cli/CliApp.h"
+#include "cli/Commands.h"
+
+#include "analysis/Levels.h"
+#include "audiofile/WavFile.h"
+#include "core/Message.h"
+#include "core/Model.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace tg;
+
+namespace {
+
+struct CommandRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+CommandRun run(std::vector<std::string> words)
+{
+    Model::instance().reset();
+    cli::CliApp app;
+    cli::addAnalysisCommands(app);
+    std::vector<char*> argv;
+    static std::string program = "tonegrabber-cli";
+    argv.push_back(program.data());
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    CommandRun r;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    r.status = app.run(static_cast<int>(argv.size()), argv.data());
+    r.out = testing::internal::GetCapturedStdout();
+    r.err = testing::internal::GetCapturedStderr();
+    return r;
+}
+
+class AnalysisCommands : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        project = std::make_unique<Project>();
+        copyText(project->name, "Cli");
+        copyText(project->dataPath, dir.path().c_str());
+        project->mslCount = 1;
+        copyText(project->msl[0].name, "Layer");
+        copyText(project->msl[0].AudioInFormat, "44.1KHz, Stereo, 16bit");
+    }
+
+    // A note at -3 dB on frames 5000..35000 of a 40000-frame stereo take.
+    void addKey(int note)
+    {
+        const WaveFormat format = makeWaveFormat(44100, 2, 16);
+        const int32_t peak = static_cast<int32_t>(std::lround(std::pow(10.0, -3.0 / 20) * 32767));
+        std::vector<uint8_t> data(40000 * 4, 0);
+        for (int f = 5000; f < 35000; ++f) {
+            const int16_t v = static_cast<int16_t>(peak * std::sin(2 * M_PI * f / 200.0));
+            for (int ch = 0; ch < 2; ++ch) {
+                data[f * 4 + ch * 2] = static_cast<uint8_t>(v & 0xff);
+                data[f * 4 + ch * 2 + 1] = static_cast<uint8_t>((v >> 8) & 0xff);
+            }
+        }
+        std::string message;
+        ASSERT_TRUE(
+            writeWav(keySampleFileName(*project, project->msl[0], note), format, data, message));
+        project->msl[0].keys[note].keyState = 1;
+        project->msl[0].keys[note].Silence_Out = 3000;
+    }
+
+    std::string save()
+    {
+        std::string message;
+        EXPECT_TRUE(saveProject(*project, dir.path(), "Cli", message)) << message;
+        return dir.file("Cli.TGprj");
+    }
+
+    double peakOf(int note)
+    {
+        WaveFormat format;
+        std::vector<uint8_t> data;
+        std::string message;
+        EXPECT_TRUE(
+            readWav(keySampleFileName(*project, project->msl[0], note), format, data, message));
+        const ChannelLevels levels = measureLevels(format, data.data(), data.size());
+        return std::max(levels.left, levels.right);
+    }
+
+    test::TempDir dir;
+    std::unique_ptr<Project> project;
+};
+
+TEST_F(AnalysisCommands, GainWithClippingAheadIsRefusedWithoutYes)
+{
+    addKey(60);
+    const std::string path = save();
+    CommandRun r = run({"gain", path, "--db", "6", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_EQ(r.err, "Some clipping will occur. Continue anyway?\n");
+    EXPECT_NEAR(peakOf(60), std::pow(10.0, -3.0 / 20), 1e-3);
+    r = run({"gain", path, "--db", "6", "--yes", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(r.out, "Changing gain done.\n");
+    EXPECT_NEAR(peakOf(60), 1.0, 1e-3);
+}
+
+TEST_F(AnalysisCommands, LevelsAndNormalizeReportTheSystemTexts)
+{
+    addKey(60);
+    addKey(62);
+    const std::string path = save();
+    CommandRun r = run({"levels", path, "--scope", "project", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(r.out, "Maximum level in Project: -3.00 dB (= 70.79 %)\n");
+    r = run({"normalize", path, "--db", "-1", "--scope", "sample", "--key", "62"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(r.out, "Normalizing done.\n");
+    EXPECT_NE(r.err.find("Normalizing... ("), std::string::npos); // progress on stderr
+    EXPECT_NEAR(peakOf(62), std::pow(10.0, -1.0 / 20), 1e-3);
+    EXPECT_NEAR(peakOf(60), std::pow(10.0, -3.0 / 20), 1e-3);
+    r = run({"levels", path, "--json", "--quiet", "--scope", "sample", "--key", "62"});
+    EXPECT_NE(r.out.find("\"message\": \"Maximum level in Sample: -1.00 dB"), std::string::npos)
+        << r.out;
+}
+
+TEST_F(AnalysisCommands, AutoSavesTheMarkersUnlessDryRun)
+{
+    addKey(60);
+    project->msl[0].recordsettings.zerocrossing = 0;
+    const std::string path = save();
+    CommandRun r = run({"auto", path, "--note", "--loop", "--dry-run", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    r = run({"auto", path, "--note", "--loop", "--quiet", "--json"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_NE(r.out.find("\"saved\": true"), std::string::npos) << r.out;
+
+    Model::instance().reset();
+    ProjectLoadOutcome outcome;
+    std::string message;
+    ASSERT_TRUE(loadProjects(Model::instance(), dir.path(), {"Cli.TGprj"}, {}, outcome, message))
+        << message;
+    const TGmsl_key& key = Model::instance().project(outcome.loaded.front()).msl[0].keys[60];
+    EXPECT_NEAR(key.Note_In, 5000, 10);
+    EXPECT_NEAR(key.Note_Out, 35000, 10);
+    EXPECT_EQ(key.loopMode, 1);
+    EXPECT_GT(key.Loop_Out, key.Loop_In);
+}
+
+TEST_F(AnalysisCommands, EstimatePrintsTimeAndSize)
+{
+    project->msl[0].recordsettings.notelength1 = 86.0;
+    project->msl[0].recordsettings.releaselength1 = 0.0;
+    project->msl[0].recordsettings.recpause = 3.5;
+    project->msl[0].recordsettings.autoloop = 0;
+    project->msl[0].keys[60].keyState = 1;
+    const std::string path = save();
+    CommandRun r = run({"estimate", path});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    // 86 + 0.5 + 3.5 seconds; 44100 * 86.5 * 4 + 64 bytes.
+    EXPECT_EQ(r.out, "0 h 1 min 30 sec\n14 MB\n");
+}
+
+TEST_F(AnalysisCommands, BadUsageExitsWithTwo)
+{
+    addKey(60);
+    const std::string path = save();
+    EXPECT_EQ(run({"normalize", path}).status, cli::kExitBadUsage);
+    EXPECT_EQ(run({"normalize", path, "--db", "-1", "--multisample-max"}).status,
+              cli::kExitBadUsage);
+    EXPECT_EQ(run({"gain", path, "--db", "1", "--scope", "everything"}).status, cli::kExitBadUsage);
+    EXPECT_EQ(run({"levels", path, "--scope", "sample"}).status, cli::kExitBadUsage);
+    EXPECT_EQ(run({"auto", path}).status, cli::kExitBadUsage);
+    EXPECT_EQ(run({"estimate", dir.file("missing.txt")}).status, cli::kExitBadUsage);
+    EXPECT_EQ(run({"levels", dir.file("missing.TGprj"), "--quiet"}).status, cli::kExitFailed);
+}
+
+} // namespace

@@ -1,0 +1,185 @@
+// new, info and set on project files as a user runs them: what is created, the JSON shape,
+// the wizard's messages, and Multi-Sample settings saved back in place.
+#include "cli/CliApp.h"
+#include "cli/Commands.h"
+#include "core/Model.h"
+#include "core/ProjectFile.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct CommandRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+CommandRun run(std::vector<std::string> words)
+{
+    tg::cli::CliApp app;
+    tg::cli::addSettingsCommands(app);
+    tg::cli::addProjectCommands(app);
+    std::string program = "tonegrabber-cli";
+    std::vector<char*> argv{program.data()};
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    CommandRun r;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    r.status = app.run(static_cast<int>(argv.size()), argv.data());
+    r.out = testing::internal::GetCapturedStdout();
+    r.err = testing::internal::GetCapturedStderr();
+    return r;
+}
+
+class ProjectCommands : public ::testing::Test {
+  protected:
+    tg::test::TempDir dir;
+    std::string path() { return dir.file("Strings.TGprj"); }
+
+    nlohmann::json info()
+    {
+        const CommandRun r = run({"info", path(), "--json"});
+        EXPECT_EQ(r.status, 0) << r.err;
+        return nlohmann::json::parse(r.out);
+    }
+    void create(std::vector<std::string> extra = {})
+    {
+        std::vector<std::string> words{"new", path(), "--data-path", dir.path()};
+        words.insert(words.end(), extra.begin(), extra.end());
+        const CommandRun r = run(words);
+        ASSERT_EQ(r.status, 0) << r.err;
+    }
+};
+
+TEST_F(ProjectCommands, NewWithThreeLayersOf61KeysShowsInInfo)
+{
+    create({"--layers",      "3",       "--keys",           "61",
+            "--step",        "3",       "--channel",        "2",
+            "--program",     "10",      "--midi-out",       "Synth",
+            "--audio-in",    "Line In", "--format",         "48KHz, Mono, 24bit",
+            "--note-length", "12",      "--release-length", "0.5",
+            "--autoloop",    "complex", "--loop-start",     "70"});
+    const nlohmann::json doc = info();
+    EXPECT_EQ(doc["name"], "Strings");
+    EXPECT_EQ(doc["projectDir"], dir.path());
+    EXPECT_EQ(doc["dataPath"], dir.path());
+    EXPECT_EQ(doc["mslCount"], 3);
+    ASSERT_EQ(doc["multisamples"].size(), 3u);
+    const char* names[] = {"Velocity 41", "Velocity 84", "Velocity 127"};
+    const int lows[] = {0, 42, 85}, highs[] = {41, 84, 127};
+    for (int i = 0; i < 3; ++i) {
+        SCOPED_TRACE(i);
+        const nlohmann::json& m = doc["multisamples"][i];
+        EXPECT_EQ(m["name"], names[i]);
+        EXPECT_EQ(m["range_start"], lows[i]);
+        EXPECT_EQ(m["range_end"], highs[i]);
+        EXPECT_EQ(m["MIDIoutAttackVelocity"], highs[i]);
+        EXPECT_EQ(m["KBrangeIn"], 36);
+        EXPECT_EQ(m["KBrangeOut"], 96);
+        EXPECT_EQ(m["MIDIoutDevice"], "Synth");
+        EXPECT_EQ(m["AudioInDevice"], "Line In");
+        EXPECT_EQ(m["AudioInFormat"], "48KHz, Mono, 24bit");
+        EXPECT_EQ(m["MIDIoutChannel"], 1);
+        EXPECT_EQ(m["MIDIoutProgram"], 10);
+        EXPECT_EQ(m["notelength1"], 12.0);
+        EXPECT_EQ(m["releaselength1"], 0.5);
+        EXPECT_EQ(m["autoloop"], 1);
+        EXPECT_EQ(m["loopoutsearchstart"], 83.5);
+        EXPECT_EQ(m["bfxfadelength"], 25.0);
+        EXPECT_EQ(m["controllerTable"].size(), 32u);
+        EXPECT_EQ(m["parameterTable"][56].size(), 2u);
+        EXPECT_TRUE(m["audioInChannelL"].is_array());
+        ASSERT_EQ(m["keys"].size(), 128u);
+        for (int note = 0; note < 128; ++note) {
+            const nlohmann::json& k = m["keys"][note];
+            EXPECT_EQ(k["index"], note);
+            EXPECT_EQ(k["keyState"], note >= 36 && note <= 96 && (note - 36) % 3 == 0 ? 1 : 0)
+                << note;
+            EXPECT_EQ(k["hasAudio"], 0);
+        }
+        EXPECT_EQ(m["keys"][60]["noteName"], "C4");
+        EXPECT_EQ(m["keys"][60]["name"], "Noname");
+        EXPECT_EQ(m["keys"][60]["loopResults"].size(), 5u);
+        EXPECT_EQ(m["keys"][60]["reserved"].size(), 13u);
+        EXPECT_EQ(m["keys"][60]["mapLow"], 60);
+    }
+
+    const CommandRun people = run({"info", path()});
+    EXPECT_EQ(people.status, 0);
+    EXPECT_NE(people.out.find("Velocity 84: velocity 42-84, keys C2-C7, 21 selected"),
+              std::string::npos)
+        << people.out;
+}
+
+TEST_F(ProjectCommands, NewRefusesWhatTheWizardRefuses)
+{
+    CommandRun r = run({"new", path(), "--data-path", ""});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "Please enter a non-empty path.\n");
+    r = run({"new", path(), "--data-path", dir.file("missing")});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "This path does not exist. Please enter a valid path.\n");
+    EXPECT_FALSE(std::filesystem::exists(path()));
+
+    EXPECT_EQ(run({"new", path(), "--data-path", dir.path(), "--channel", "17"}).status, 2);
+    EXPECT_EQ(run({"new", path(), "--data-path", dir.path(), "--keys", "50"}).status, 2);
+    EXPECT_EQ(run({"new", path(), "--data-path", dir.path(), "--autoloop", "on"}).status, 2);
+    EXPECT_EQ(run({"new", dir.file("x.prj"), "--data-path", dir.path()}).status, 2);
+
+    create();
+    r = run({"new", path(), "--data-path", dir.path()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("already exists"), std::string::npos);
+}
+
+TEST_F(ProjectCommands, InfoOfABadFileReportsTheReadError)
+{
+    ASSERT_TRUE(tg::test::writeFileBytes(path(), "not a project"));
+    CommandRun r = run({"info", path(), "--json"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(nlohmann::json::parse(r.out)["error"],
+              "read error: " + path() + "\n\nmaybe wrong format?");
+    r = run({"info", dir.file("none.TGprj")});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "unable to open: " + dir.file("none.TGprj") + "\n");
+}
+
+TEST_F(ProjectCommands, SetChangesTheChosenMultiSampleAndSavesTheProject)
+{
+    create({"--layers", "3"});
+    CommandRun r = run({"set", path(), "--multisample", "1", "msl_recordsettings_notelength1=7.5",
+                        "msl_AudioInDevice=Other In", "msl_KBrangeIn=40"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "msl_recordsettings_notelength1=7.5\nmsl_AudioInDevice=Other In\n"
+                     "msl_KBrangeIn=40\n");
+    nlohmann::json doc = info();
+    EXPECT_EQ(doc["multisamples"][1]["notelength1"], 7.5);
+    EXPECT_EQ(doc["multisamples"][1]["AudioInDevice"], "Other In");
+    EXPECT_EQ(doc["multisamples"][1]["KBrangeIn"], 40);
+    EXPECT_EQ(doc["multisamples"][0]["KBrangeIn"], 48);
+    EXPECT_EQ(doc["multisamples"][2]["AudioInDevice"], "");
+
+    // Without --multisample the project's current Multi-Sample (0 after creation) is changed.
+    ASSERT_EQ(run({"set", path(), "msl_mappingsettings_mapTo=1"}).status, 0);
+    EXPECT_EQ(info()["multisamples"][0]["mapTo"], 1);
+
+    const std::string before = tg::test::readFileBytes(path());
+    EXPECT_EQ(run({"set", path(), "--dry-run", "msl_KBrangeOut=100"}).status, 0);
+    EXPECT_EQ(tg::test::readFileBytes(path()), before);
+
+    EXPECT_EQ(run({"set", "msl_KBrangeOut=100"}).status, 2); // needs a project
+    EXPECT_EQ(run({"set", path(), "--multisample", "5", "msl_KBrangeOut=100"}).status, 2);
+    EXPECT_EQ(tg::test::readFileBytes(path()), before);
+    EXPECT_EQ(run({"set", dir.file("none.TGprj"), "msl_KBrangeOut=1"}).status, 1);
+}
+
+} // namespace

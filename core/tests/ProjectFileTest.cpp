@@ -1,0 +1,540 @@
+// The project file: layout of what is written, round trips through the reader, limits and
+// clamps, the failure messages, and the data path forms.
+#include "core/ProjectFile.h"
+#include "core/Model.h"
+#include "core/tests/ProjectFileBuilder.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+using tg::Project;
+using tg::TGmsl;
+using tg::TGmsl_key;
+using tg::test::ProjectFileBuilder;
+using tg::test::StoredMultiSample;
+using tg::test::TempDir;
+
+std::unique_ptr<Project> makeProject(const char* name, const char* dataPath, int mslCount)
+{
+    auto p = std::make_unique<Project>();
+    tg::copyText(p->name, name);
+    tg::copyText(p->dataPath, dataPath);
+    p->mslCount = mslCount;
+    return p;
+}
+
+// Gives every field of a Multi-Sample a value of its own that differs from the defaults.
+void fillMultiSample(TGmsl& m, int seed)
+{
+    tg::copyText(m.name, ("Layer " + std::to_string(seed)).c_str());
+    tg::copyText(m.MIDIoutDevice, "Synth Port 1 abcdefghijklmnopqrstuv"); // 35 characters
+    tg::copyText(m.AudioInDevice, "Line In");
+    tg::copyText(m.AudioInFormat, "96KHz, Mono, 24bit");
+    m.MIDIoutChannel = 9;
+    m.AutoSendReset = 0;
+    m.MIDIoutProgram_active = 0;
+    m.MIDIoutProgram = 77;
+    m.MIDIoutAttackVelocity = 101;
+    m.MIDIoutReleaseVelocity = 12;
+    m.MIDIoutAfterTouch = 3;
+    for (int r = 0; r < tg::kControllerRows; ++r)
+        for (int c = 0; c < 4; ++c)
+            m.controllerTable[r][c] = static_cast<uint16_t>(seed * 1000 + r * 4 + c);
+    for (int r = 0; r < tg::kParameterRows; ++r)
+        for (int c = 0; c < 2; ++c)
+            m.parameterTable[r][c] = static_cast<uint16_t>(60000 - r * 2 - c);
+    tg::RecordSettings& rs = m.recordsettings;
+    rs.notelength1 = 12.25;
+    rs.notelength2_active = 1;
+    rs.notelength2 = 3.5;
+    rs.releaselength1 = 1.25;
+    rs.releaselength2_active = 1;
+    rs.releaselength2 = 0.75;
+    rs.clickpopred = 0;
+    rs.zerocrossing = 0;
+    rs.latency = -17;
+    rs.thresPrecisionIn = 0.66;
+    rs.thresPrecisionOut = 0.44;
+    rs.recpause = 1.5;
+    rs.autoloop = 1;
+    rs.autogain = 0;
+    rs.loopsearchlength = 3.0;
+    rs.loopstart = 70.0;
+    rs.loopoutsearchstart = 83.5;
+    rs.xfadelength = 24.5;
+    tg::copyText(rs.xfadetype, "Sine^2-Exp-Lin-X"); // all 16 characters of the field
+    rs.bfxfadelength = 25.0;
+    tg::copyText(rs.bfxfadetype, "Log2");
+    m.range_start = 42;
+    m.range_end = 84;
+    m.mapTo = 1;
+    m.KBrangeIn = 36;
+    m.KBrangeOut = 96;
+    for (int n = 0; n < tg::kKeyCount; ++n) {
+        TGmsl_key& k = m.keys[n];
+        k.keyState = n % 2;
+        k.locked = n % 3 == 0;
+        k.autoGainXFade = 0;
+        k.mapLowFlag = 0;
+        k.mapLow = static_cast<uint8_t>(n > 2 ? n - 2 : 0);
+        k.mapHighFlag = 0;
+        k.mapHigh = static_cast<uint8_t>(n);
+        tg::copyText(k.name, ("Key name " + std::to_string(n)).c_str());
+        k.Silence_In = n;
+        k.Silence_Out = 100000 + n;
+        k.Note_In = 10 + n;
+        k.Note_Out = 90000 + n;
+        k.Release_In = 90001 + n;
+        k.Release_Out = 99000 + n;
+        k.releaseOn = 1;
+        k.loopMode = 2;
+        k.clickpopred = 0;
+        k.zerocrossing = 0;
+        k.Loop_In = 500 + n;
+        k.Loop_Out = 5000 + n;
+        k.LoopSearch_In = 400;
+        k.LoopSearch_Out = 6000;
+        k.LoopSearch_Len = 1000;
+        for (int i = 0; i < 5; ++i)
+            k.loopResults[i] = n * 10 + i;
+        k.xfadeLen = 300;
+        k.bfxfadeLen = -400;
+        k.xfadeCurve = 7;
+        k.bfxfadeCurve = 13;
+        k.reserved1 = -5;
+        for (int i = 0; i < 6; ++i) {
+            k.reservedA[i] = i + n;
+            k.reservedB[i] = -i - n;
+        }
+    }
+}
+
+void expectSameKey(const TGmsl_key& a, const TGmsl_key& b, int note)
+{
+    SCOPED_TRACE("key " + std::to_string(note));
+    EXPECT_EQ(a.keyState, b.keyState);
+    EXPECT_EQ(a.locked, b.locked);
+    EXPECT_EQ(a.autoGainXFade, b.autoGainXFade);
+    EXPECT_EQ(a.mapLowFlag, b.mapLowFlag);
+    EXPECT_EQ(a.mapLow, b.mapLow);
+    EXPECT_EQ(a.mapHighFlag, b.mapHighFlag);
+    EXPECT_EQ(a.mapHigh, b.mapHigh);
+    EXPECT_STREQ(a.name, b.name);
+    EXPECT_EQ(a.Silence_In, b.Silence_In);
+    EXPECT_EQ(a.Silence_Out, b.Silence_Out);
+    EXPECT_EQ(a.Note_In, b.Note_In);
+    EXPECT_EQ(a.Note_Out, b.Note_Out);
+    EXPECT_EQ(a.Release_In, b.Release_In);
+    EXPECT_EQ(a.Release_Out, b.Release_Out);
+    EXPECT_EQ(a.releaseOn, b.releaseOn);
+    EXPECT_EQ(a.loopMode, b.loopMode);
+    EXPECT_EQ(a.clickpopred, b.clickpopred);
+    EXPECT_EQ(a.zerocrossing, b.zerocrossing);
+    EXPECT_EQ(a.Loop_In, b.Loop_In);
+    EXPECT_EQ(a.Loop_Out, b.Loop_Out);
+    EXPECT_EQ(a.LoopSearch_In, b.LoopSearch_In);
+    EXPECT_EQ(a.LoopSearch_Out, b.LoopSearch_Out);
+    EXPECT_EQ(a.LoopSearch_Len, b.LoopSearch_Len);
+    EXPECT_EQ(0, std::memcmp(a.loopResults, b.loopResults, sizeof a.loopResults));
+    EXPECT_EQ(a.xfadeLen, b.xfadeLen);
+    EXPECT_EQ(a.bfxfadeLen, b.bfxfadeLen);
+    EXPECT_EQ(a.xfadeCurve, b.xfadeCurve);
+    EXPECT_EQ(a.bfxfadeCurve, b.bfxfadeCurve);
+    EXPECT_EQ(a.reserved1, b.reserved1);
+    EXPECT_EQ(0, std::memcmp(a.reservedA, b.reservedA, sizeof a.reservedA));
+    EXPECT_EQ(0, std::memcmp(a.reservedB, b.reservedB, sizeof a.reservedB));
+}
+
+void expectSameMultiSample(const TGmsl& a, const TGmsl& b)
+{
+    EXPECT_STREQ(a.name, b.name);
+    EXPECT_STREQ(a.MIDIoutDevice, b.MIDIoutDevice);
+    EXPECT_STREQ(a.AudioInDevice, b.AudioInDevice);
+    EXPECT_STREQ(a.AudioInFormat, b.AudioInFormat);
+    EXPECT_EQ(a.MIDIoutChannel, b.MIDIoutChannel);
+    EXPECT_EQ(a.AutoSendReset, b.AutoSendReset);
+    EXPECT_EQ(a.MIDIoutProgram_active, b.MIDIoutProgram_active);
+    EXPECT_EQ(a.MIDIoutProgram, b.MIDIoutProgram);
+    EXPECT_EQ(a.MIDIoutAttackVelocity, b.MIDIoutAttackVelocity);
+    EXPECT_EQ(a.MIDIoutReleaseVelocity, b.MIDIoutReleaseVelocity);
+    EXPECT_EQ(a.MIDIoutAfterTouch, b.MIDIoutAfterTouch);
+    EXPECT_EQ(0, std::memcmp(a.controllerTable, b.controllerTable, sizeof a.controllerTable));
+    EXPECT_EQ(0, std::memcmp(a.parameterTable, b.parameterTable, sizeof a.parameterTable));
+    const tg::RecordSettings &x = a.recordsettings, &y = b.recordsettings;
+    EXPECT_EQ(x.notelength1, y.notelength1);
+    EXPECT_EQ(x.notelength2_active, y.notelength2_active);
+    EXPECT_EQ(x.notelength2, y.notelength2);
+    EXPECT_EQ(x.releaselength1, y.releaselength1);
+    EXPECT_EQ(x.releaselength2_active, y.releaselength2_active);
+    EXPECT_EQ(x.releaselength2, y.releaselength2);
+    EXPECT_EQ(x.clickpopred, y.clickpopred);
+    EXPECT_EQ(x.zerocrossing, y.zerocrossing);
+    EXPECT_EQ(x.latency, y.latency);
+    EXPECT_EQ(x.thresPrecisionIn, y.thresPrecisionIn);
+    EXPECT_EQ(x.thresPrecisionOut, y.thresPrecisionOut);
+    EXPECT_EQ(x.recpause, y.recpause);
+    EXPECT_EQ(x.autoloop, y.autoloop);
+    EXPECT_EQ(x.autogain, y.autogain);
+    EXPECT_EQ(x.loopsearchlength, y.loopsearchlength);
+    EXPECT_EQ(x.loopstart, y.loopstart);
+    EXPECT_EQ(x.loopoutsearchstart, y.loopoutsearchstart);
+    EXPECT_EQ(x.xfadelength, y.xfadelength);
+    EXPECT_STREQ(x.xfadetype, y.xfadetype);
+    EXPECT_EQ(x.bfxfadelength, y.bfxfadelength);
+    EXPECT_STREQ(x.bfxfadetype, y.bfxfadetype);
+    EXPECT_EQ(a.range_start, b.range_start);
+    EXPECT_EQ(a.range_end, b.range_end);
+    EXPECT_EQ(a.mapTo, b.mapTo);
+    EXPECT_EQ(a.KBrangeIn, b.KBrangeIn);
+    EXPECT_EQ(a.KBrangeOut, b.KBrangeOut);
+    for (int n = 0; n < tg::kKeyCount; ++n)
+        expectSameKey(a.keys[n], b.keys[n], n);
+}
+
+// A model and a folder per test; files are loaded through the model as the program does.
+class ProjectFileTest : public ::testing::Test {
+  protected:
+    tg::Model model;
+    TempDir dir;
+    tg::ProjectLoadOutcome outcome;
+    std::string message;
+
+    int load(const std::vector<std::string>& files, tg::ProjectLoadOptions options = {})
+    {
+        outcome = {};
+        message.clear();
+        return tg::loadProjects(model, dir.path(), files, options, outcome, message);
+    }
+    void writeFile(const std::string& name, const std::vector<uint8_t>& bytes)
+    {
+        ASSERT_TRUE(
+            tg::test::writeFileBytes(dir.file(name), std::string(bytes.begin(), bytes.end())));
+    }
+    std::string readError(const std::string& name)
+    {
+        return "read error: " + dir.file(name) + "\n\nmaybe wrong format?";
+    }
+};
+
+TEST(ProjectFileLayout, EmptyProjectIsFortyEightBytesPlusItsTwoStrings)
+{
+    auto p = makeProject("Demo", "/data/x", 0);
+    p->currentMsl = 0;
+    p->viewValue = 0x01020304;
+    const std::vector<uint8_t> bytes = tg::serializeProject(*p, p->dataPath);
+    ASSERT_EQ(bytes.size(), 48u + 5u + 8u);
+    EXPECT_EQ(0, std::memcmp(bytes.data(), "Tonegrabber Project\0", 20));
+    EXPECT_EQ(bytes[20], 0xA4); // 2980 = 0x0BA4, little-endian
+    EXPECT_EQ(bytes[21], 0x0B);
+    EXPECT_EQ(bytes[24], 5); // length of "Demo" with its NUL
+    EXPECT_EQ(0, std::memcmp(&bytes[28], "Demo\0", 5));
+    EXPECT_EQ(bytes[33], 8);
+    EXPECT_EQ(0, std::memcmp(&bytes[37], "/data/x\0", 8));
+    EXPECT_EQ(bytes.back(), 0x01); // viewValue is the last field
+    EXPECT_EQ(bytes[bytes.size() - 4], 0x04);
+}
+
+TEST(ProjectFileLayout, KeyBlocksAre194BytesWithFieldsAtTheirOffsets)
+{
+    auto p = makeProject("P", "/d", 1);
+    TGmsl& m = p->msl[0];
+    tg::copyText(m.name, "M");
+    const size_t one = tg::serializeProject(*p, p->dataPath).size();
+    TGmsl_key& k = m.keys[0];
+    k.keyState = 200; // byte fields are widened with their sign: 200 becomes 0xFFC8
+    k.mapLow = 0xAB;
+    tg::copyText(k.name, "Named");
+    k.Silence_In = 0x11223344;
+    k.releaseOn = 1;
+    k.Release_In = 0;
+    k.Release_Out = 1;
+    k.loopResults[0] = 0x55667788;
+    k.xfadeCurve = 9;
+    k.reserved1 = 0x0A0B0C0D;
+    k.reservedB[5] = 0x7F000001;
+    const std::vector<uint8_t> bytes = tg::serializeProject(*p, p->dataPath);
+    ASSERT_EQ(bytes.size(), one);
+    // header 48 + "P" 2 + "/d" 3; block: name "M" 4 + 2, three empty device strings 3 × 5,
+    // nine u16, 256 + 228 bytes of tables.
+    const size_t key0 = 48 + 2 + 3 + 6 + 3 * 5 + 18 + 256 + 228;
+    EXPECT_EQ(bytes[key0 + 0], 0xC8);
+    EXPECT_EQ(bytes[key0 + 1], 0xFF);
+    EXPECT_EQ(bytes[key0 + 4], 1); // autoGainXFade of a new key
+    EXPECT_EQ(bytes[key0 + 7], 0xAB);
+    EXPECT_EQ(0, std::memcmp(&bytes[key0 + 10], "Named", 6));
+    EXPECT_EQ(bytes[key0 + 58], 0x44);
+    EXPECT_EQ(bytes[key0 + 82], 1);
+    EXPECT_EQ(bytes[key0 + 110], 0x88);
+    EXPECT_EQ(bytes[key0 + 138], 9);
+    EXPECT_EQ(bytes[key0 + 142], 0x0D);
+    EXPECT_EQ(bytes[key0 + 193], 0x7F);
+    EXPECT_EQ(bytes[key0 + 194], 0); // key 1 starts: keyState 0
+    // The Multi-Sample block ends after 128 key blocks and the record settings.
+    EXPECT_EQ(bytes.size(),
+              key0 + 128 * 194 +
+                  (8 + 2 + 8 + 8 + 2 + 8 + 2 + 2 + 4 + 24 + 2 + 2 + 32 + 18 + 8 + 18 + 12));
+}
+
+TEST(ProjectFileLayout, DeviceNamesAreStoredUpToTheirFirstLineFeed)
+{
+    auto p = makeProject("P", "/d", 1);
+    tg::copyText(p->msl[0].AudioInDevice, "Card\nsecond line");
+    const std::vector<uint8_t> bytes = tg::serializeProject(*p, p->dataPath);
+    const size_t device = 48 + 2 + 3 + 5; // after the empty name string
+    EXPECT_EQ(bytes[device], 5);
+    EXPECT_EQ(0, std::memcmp(&bytes[device + 4], "Card\0", 5));
+    EXPECT_STREQ(p->msl[0].AudioInDevice, "Card\nsecond line"); // memory unchanged
+}
+
+TEST_F(ProjectFileTest, WriteThenReadGivesTheSameRecord)
+{
+    auto p = makeProject("Round Trip", dir.path().c_str(), 3);
+    for (int i = 0; i < 3; ++i)
+        fillMultiSample(p->msl[i], i);
+    p->currentMsl = 2;
+    p->topMsl = 1;
+    p->viewValue = -12345;
+    p->modified = 1;
+    ASSERT_TRUE(tg::saveProject(*p, dir.path(), "Round Trip", message)) << message;
+    EXPECT_EQ(p->modified, 0);
+    EXPECT_STREQ(p->projectDir, dir.path().c_str());
+
+    model.setAudioInputDeviceCount(3);
+    ASSERT_TRUE(load({"Round Trip.TGprj"})) << message;
+    ASSERT_EQ(outcome.loaded.size(), 1u);
+    EXPECT_TRUE(outcome.warnings.empty());
+    const Project& q = model.project(outcome.loaded[0]);
+    EXPECT_STREQ(q.name, "Round Trip");
+    EXPECT_STREQ(q.projectDir, dir.path().c_str());
+    EXPECT_STREQ(q.dataPath, dir.path().c_str());
+    EXPECT_EQ(q.mslCount, 3);
+    EXPECT_EQ(q.currentMsl, 2);
+    EXPECT_EQ(q.topMsl, 1);
+    EXPECT_EQ(q.viewValue, -12345);
+    EXPECT_EQ(q.modified, 0);
+    for (int i = 0; i < 3; ++i) {
+        SCOPED_TRACE("multi-sample " + std::to_string(i));
+        expectSameMultiSample(p->msl[i], q.msl[i]);
+        EXPECT_EQ(q.msl[i].audioInChannelL, std::vector<int32_t>(3, -1));
+        EXPECT_EQ(q.msl[i].audioInChannelR, std::vector<int32_t>(3, -1));
+        for (const TGmsl_key& k : q.msl[i].keys)
+            EXPECT_EQ(k.hasAudio, 0);
+    }
+}
+
+TEST_F(ProjectFileTest, TextsAreCutToWhatTheFileKeeps)
+{
+    auto p = makeProject("Cut", "/d", 1);
+    tg::copyText(p->msl[0].AudioInDevice, std::string(68, 'a').c_str()); // file keeps 64
+    tg::copyText(p->msl[0].MIDIoutDevice, std::string(36, 'm').c_str()); // fills its field
+    ASSERT_TRUE(tg::saveProject(*p, dir.path(), "Cut", message));
+    ASSERT_TRUE(load({"Cut.TGprj"}, {true, false, {}})) << message;
+    EXPECT_EQ(std::string(model.project(0).msl[0].AudioInDevice), std::string(64, 'a'));
+    EXPECT_EQ(std::string(model.project(0).msl[0].MIDIoutDevice), std::string(36, 'm'));
+}
+
+TEST_F(ProjectFileTest, NewerVersionIsARefusedReadAndLeavesNoProject)
+{
+    auto p = makeProject("New", "/d", 0);
+    std::vector<uint8_t> bytes = tg::serializeProject(*p, "/d");
+    bytes[20] = 0xA5; // 2981
+    writeFile("New.TGprj", bytes);
+    EXPECT_FALSE(load({"New.TGprj"}));
+    EXPECT_EQ(message, readError("New.TGprj"));
+    EXPECT_EQ(model.projectCount(), 0);
+
+    bytes[20] = 0xA4;
+    bytes[3] = 'X'; // signature
+    writeFile("Sig.TGprj", bytes);
+    EXPECT_FALSE(load({"Sig.TGprj"}));
+    EXPECT_EQ(message, readError("Sig.TGprj"));
+}
+
+TEST_F(ProjectFileTest, MultiSampleCountAbove128LoadsWhat128BlocksHold)
+{
+    ProjectFileBuilder full(2980);
+    full.header("Many", "/d", 200, 300, 150, 0);
+    for (int i = 0; i < 128; ++i)
+        full.multiSample(StoredMultiSample{});
+    writeFile("Many.TGprj", full.bytes());
+    ASSERT_TRUE(load({"Many.TGprj"}, {true, false, {}})) << message;
+    const Project& q = model.project(0);
+    EXPECT_EQ(q.mslCount, 128);
+    EXPECT_EQ(q.currentMsl, 127);
+    EXPECT_EQ(q.topMsl, 127);
+
+    ProjectFileBuilder few(2980);
+    few.header("Few", "/d", 200);
+    for (int i = 0; i < 3; ++i)
+        few.multiSample(StoredMultiSample{});
+    writeFile("Few.TGprj", few.bytes());
+    EXPECT_FALSE(load({"Few.TGprj"}, {true, false, {}}));
+    EXPECT_EQ(message, readError("Few.TGprj"));
+    EXPECT_EQ(model.projectCount(), 1);
+}
+
+TEST_F(ProjectFileTest, LengthsAboveTheirLimitsAreClamped)
+{
+    ProjectFileBuilder b(2980);
+    b.header("Long", "/d", 1);
+    StoredMultiSample m;
+    m.notelength1 = 5000.0;
+    m.notelength2 = 3600.5;
+    m.releaselength1 = 2000.0;
+    m.releaselength2 = 1800.0;
+    b.multiSample(m);
+    writeFile("Long.TGprj", b.bytes());
+    ASSERT_TRUE(load({"Long.TGprj"}, {true, false, {}})) << message;
+    const tg::RecordSettings& rs = model.project(0).msl[0].recordsettings;
+    EXPECT_EQ(rs.notelength1, 3600.0);
+    EXPECT_EQ(rs.notelength2, 3600.0);
+    EXPECT_EQ(rs.releaselength1, 1800.0);
+    EXPECT_EQ(rs.releaselength2, 1800.0);
+}
+
+TEST_F(ProjectFileTest, BaseNameOf49CharactersIsCutTo47WithAWarning)
+{
+    const std::string base(49, 'n');
+    auto p = makeProject("x", "/d", 0);
+    writeFile(base + ".TGprj", tg::serializeProject(*p, "/d"));
+    ASSERT_TRUE(load({base + ".TGprj"}, {true, false, {}})) << message;
+    EXPECT_EQ(std::string(model.project(0).name), std::string(47, 'n'));
+    ASSERT_EQ(outcome.warnings.size(), 1u);
+    EXPECT_EQ(outcome.warnings[0],
+              "The name of the project is too long and will be truncated\n\n\"" + base +
+                  "\"\nwill become\n\"" + std::string(47, 'n') + "\"");
+}
+
+TEST_F(ProjectFileTest, StoredStringLengthsAreBoundedByFieldAndFile)
+{
+    // A name longer than its field is read and cut; the file goes on after it.
+    ProjectFileBuilder longName(2980);
+    longName.header("ignored", "/d", 1);
+    StoredMultiSample m;
+    m.name = std::string(300, 'L');
+    m.xfadetype = std::string(40, 'c');
+    longName.multiSample(m);
+    writeFile("LongName.TGprj", longName.bytes());
+    ASSERT_TRUE(load({"LongName.TGprj"}, {true, false, {}})) << message;
+    EXPECT_EQ(std::string(model.project(0).msl[0].name), std::string(47, 'L'));
+    EXPECT_EQ(std::string(model.project(0).msl[0].recordsettings.xfadetype), std::string(16, 'c'));
+    EXPECT_EQ(model.project(0).msl[0].range_end, 90);
+
+    // A negative length, and one that runs past the end of the file, are read errors.
+    ProjectFileBuilder negative(2980);
+    negative.raw("Tonegrabber Project", 20);
+    negative.i32(2980);
+    negative.i32(-1);
+    writeFile("Negative.TGprj", negative.bytes());
+    EXPECT_FALSE(load({"Negative.TGprj"}));
+    EXPECT_EQ(message, readError("Negative.TGprj"));
+
+    ProjectFileBuilder pastEnd(2980);
+    pastEnd.raw("Tonegrabber Project", 20);
+    pastEnd.i32(2980);
+    pastEnd.i32(0x7FFFFFF0);
+    pastEnd.string("abc");
+    writeFile("PastEnd.TGprj", pastEnd.bytes());
+    EXPECT_FALSE(load({"PastEnd.TGprj"}));
+    EXPECT_EQ(message, readError("PastEnd.TGprj"));
+    EXPECT_EQ(model.projectCount(), 1);
+}
+
+TEST_F(ProjectFileTest, RelativeDataPathsAreExpandedAndRelocationStoresTheDataFolder)
+{
+    auto p = makeProject("Reloc", "/somewhere/else", 0);
+    ASSERT_TRUE(tg::saveProject(*p, dir.path(), "Reloc", message, true));
+    const std::string bytes = tg::test::readFileBytes(dir.file("Reloc.TGprj"));
+    EXPECT_NE(bytes.find(std::string("..\\Reloc_data\0", 14)), std::string::npos);
+    std::filesystem::create_directory(dir.file("Reloc_data"));
+    ASSERT_TRUE(load({"Reloc.TGprj"})) << message;
+    EXPECT_STREQ(model.project(0).dataPath, dir.file("Reloc_data").c_str());
+    EXPECT_TRUE(outcome.warnings.empty());
+
+    EXPECT_EQ(tg::expandDataPath("..\\a\\b", "/prj", "/home"), "/prj/a/b");
+    EXPECT_EQ(tg::expandDataPath("../a/b", "/prj", "/home"), "/prj/a/b");
+    EXPECT_EQ(tg::expandDataPath(".\\Data", "/prj", "/home"), "/home/Data");
+    EXPECT_EQ(tg::expandDataPath("/abs/Data", "/prj", "/home"), "/abs/Data");
+    EXPECT_EQ(tg::expandDataPath("..\\" + std::string(400, 'x'), "/prj", "/h").size(), 259u);
+}
+
+TEST_F(ProjectFileTest, LoadFailuresStopWithTheirMessagesAndKeepEarlierProjects)
+{
+    auto p = makeProject("A", "/no/such/folder", 0);
+    writeFile("A.TGprj", tg::serializeProject(*p, p->dataPath));
+    writeFile("B.TGprj", tg::serializeProject(*p, p->dataPath));
+
+    // A missing data path warns and keeps the Project.
+    ASSERT_TRUE(load({"A.TGprj"})) << message;
+    ASSERT_EQ(outcome.warnings.size(), 1u);
+    EXPECT_EQ(outcome.warnings[0], "Couldn't find the datapath \"/no/such/folder\"\nof the "
+                                   "project \"A\"");
+
+    EXPECT_FALSE(load({"B.TGprj", "noextension", "B2.TGprj"}, {true, false, {}}));
+    EXPECT_EQ(message, "something was wrong with the extension...");
+    EXPECT_EQ(model.projectCount(), 2); // B stays loaded
+
+    EXPECT_FALSE(load({"A.TGprj"}, {true, false, {}}));
+    EXPECT_EQ(message,
+              "The name \"A\" is already in use.\n\nLoading will be canceled at this point.");
+    ASSERT_TRUE(load({"A.TGprj"}, {true, true, {}})); // the check can be skipped
+    EXPECT_EQ(model.projectCount(), 3);
+
+    EXPECT_FALSE(load({"Missing.TGprj"}));
+    EXPECT_EQ(message, "unable to open: " + dir.file("Missing.TGprj"));
+    EXPECT_EQ(model.projectCount(), 3);
+
+    while (model.projectCount() < tg::kMaxProjects)
+        ASSERT_TRUE(model.newProject().ok());
+    EXPECT_FALSE(load({"A.TGprj"}, {true, true, {}}));
+    EXPECT_EQ(message, "You cannot have more than 128 projects.");
+}
+
+TEST_F(ProjectFileTest, KeysWithAWavFileInTheDataFolderHaveAudio)
+{
+    auto p = makeProject("Audio", dir.path().c_str(), 1);
+    tg::copyText(p->msl[0].name, "Soft");
+    ASSERT_TRUE(tg::saveProject(*p, dir.path(), "Audio", message));
+    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("Audio - Soft - 060 - C4.wav"), "RIFF"));
+    ASSERT_TRUE(load({"Audio.TGprj"})) << message;
+    for (int n = 0; n < tg::kKeyCount; ++n)
+        EXPECT_EQ(model.project(0).msl[0].keys[n].hasAudio, n == 60 ? 1 : 0) << n;
+}
+
+TEST_F(ProjectFileTest, SaveFailuresReportTheirMessagesAndSaveAgainUsesTheFolder)
+{
+    auto p = makeProject("S", "/d", 0);
+    EXPECT_FALSE(tg::saveProject(*p, dir.file("no-such-folder"), "S", message));
+    EXPECT_EQ(message, "unable to open: " + dir.file("no-such-folder") + "/S.TGprj");
+    EXPECT_STREQ(p->projectDir, "");
+
+    auto fresh = makeProject("Fresh", "/d", 0);
+    EXPECT_TRUE(tg::saveProjectAgain(*fresh, message)); // never saved: nothing to do
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Fresh.TGprj")));
+
+    ASSERT_TRUE(tg::saveProject(*p, dir.path(), "S", message));
+    p->viewValue = 99;
+    ASSERT_TRUE(tg::saveProjectAgain(*p, message));
+    ASSERT_TRUE(load({"S.TGprj"}, {true, false, {}}));
+    EXPECT_EQ(model.project(0).viewValue, 99);
+    // No temporary files are left beside the project.
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+        files += entry.is_regular_file();
+    EXPECT_EQ(files, 1);
+
+    bool asked = false;
+    EXPECT_FALSE(tg::saveProject(*p, dir.path(), "S", message, false, [&](const std::string&) {
+        asked = true;
+        return false;
+    }));
+    EXPECT_TRUE(asked);
+}
+
+} // namespace

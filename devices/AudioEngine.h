@@ -1,0 +1,91 @@
+// The audio device layer: one process-wide engine over PortAudio with device lists, the
+// input and output streams, the one-shot recorder, input levels and Key-Sample playback.
+#pragma once
+
+#include "audiofile/WaveFormat.h"
+#include "devices/AudioStreamConfig.h"
+#include "devices/LevelListeners.h"
+#include "devices/Player.h"
+#include "devices/Recorder.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tg::audio {
+
+struct AudioDevice {
+    int32_t index = -1; // PortAudio device index
+    std::string name;
+};
+
+// Thread rules: every function here is for the GUI thread (or the CLI's one thread), except
+// isRecording(), which any thread may call. The callbacks run on PortAudio's threads and
+// touch only the recorder, the level listeners and the player.
+
+// Initializes PortAudio (its JACK client is named "Tonegrabber"); 0 with PortAudio's error
+// text in `msg` on failure. A second call is harmless.
+int initialize(std::string& msg);
+// Closes the streams and shuts PortAudio down (at exit).
+void terminate();
+bool isInitialized();
+
+// Every device with at least one input (output) channel, in PortAudio's order. When the
+// device count cannot be had the list is empty and `msg` says why.
+std::vector<AudioDevice> listInputDevices(std::string& msg);
+std::vector<AudioDevice> listOutputDevices(std::string& msg);
+
+// The first input (output) device with exactly this name, or -1 with `msg` filled.
+int32_t inputDeviceIndex(const std::string& name, std::string& msg);
+int32_t outputDeviceIndex(const std::string& name, std::string& msg);
+
+// The channel names of an ASIO device; empty for every other host API (and on Linux).
+std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg);
+
+// Closes what is open, resets recorder and playback, and opens the streams: one duplex
+// stream when both sides use the same device, else one per used side. 0 with PortAudio's
+// error text in `msg` (and everything closed) on failure.
+int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output, std::string& msg);
+// Starts the input stream, then the output stream; 1 if every open one started.
+int startStreams(std::string& msg);
+// Stops and closes both streams, empties the plug-in ring buffer, resets playback.
+int closeStreams(std::string& msg);
+
+AudioStreamConfig currentInputConfig();
+AudioStreamConfig currentOutputConfig();
+// True when an input (output) stream, or the duplex stream, is open.
+bool inputOpen();
+bool outputOpen();
+bool isDuplex();
+// Frames per buffer the open input (output) side asked PortAudio for.
+unsigned long inputFramesPerBuffer();
+unsigned long outputFramesPerBuffer();
+
+// Arms a recording of `seconds` in the current input format (buffer allocated here, whole).
+// 0 when the buffer cannot be had.
+int startRecording(double seconds);
+bool isRecording();
+void stopRecording();
+// The recorded bytes, their format and frame count; read only after the flag dropped.
+RecordedTake recordBuffer();
+
+// Registers an object that receives the input peaks on the audio thread.
+bool addLevelListener(LevelListener* listener);
+void removeLevelListener(LevelListener* listener);
+
+// The player the output callback plays from.
+Player& player();
+
+} // namespace tg::audio
+
+namespace tg {
+
+// Plays a Key-Sample on the open output (see Player::playSample). `outputDevice` is the
+// output device the caller means; when it is negative or no output stream is open there is
+// nothing to play on and the result is 1.
+int TGaudio_playSample(int32_t outputDevice, const WaveFormat& format, const uint8_t* data,
+                       size_t noteBytes, int32_t loopStart, int32_t loopEnd,
+                       const uint8_t* releaseData, size_t releaseBytes, std::string& msg,
+                       int64_t startFrame);
+
+} // namespace tg

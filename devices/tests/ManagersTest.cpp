@@ -1,0 +1,269 @@
+// The two managers' reactions to model notifications and incoming MIDI, with the MIDI
+// output captured (the real port is exercised end to end in tests/e2e).
+#include "core/Model.h"
+#include "core/SettingsAccessor.h"
+#include "devices/AudioEngine.h"
+#include "devices/AudioManager.h"
+#include "devices/DeviceModelListener.h"
+#include "devices/MidiManager.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace tg {
+namespace {
+
+using Bytes = std::vector<int>;
+
+// One application object for the process; the managers need its event loop.
+QCoreApplication& application()
+{
+    static int argc = 1;
+    static char name[] = "tg_devices_tests";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication app(argc, argv);
+    return app;
+}
+
+// Runs the event loop until `done` or a generous limit.
+template <typename Done> bool processUntil(Done done, int limitMs = 2000)
+{
+    application();
+    QElapsedTimer timer;
+    timer.start();
+    while (!done() && timer.elapsed() < limitMs)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    return done();
+}
+
+class MidiManagerTest : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        application();
+        manager = std::make_unique<MidiManager>();
+        manager->setSender([this](const uint8_t* bytes, size_t count) {
+            sent.push_back(Bytes(bytes, bytes + count));
+        });
+        manager->setNotePlayer([this](int note) { played.push_back(note); });
+        std::strcpy(msl.MIDIoutDevice, "-No MIDI Out-");
+        msl.MIDIoutChannel = 3;
+        msl.MIDIoutProgram = 80;
+    }
+
+    std::unique_ptr<MidiManager> manager;
+    std::vector<Bytes> sent;
+    std::vector<int> played;
+    TGmsl msl;
+};
+
+TEST_F(MidiManagerTest, NewMultiSampleSendsProgramResetAndControllers)
+{
+    msl.controllerTable[7][0] = 1;
+    msl.controllerTable[7][1] = 100;
+    msl.parameterTable[56][0] = 1; // controller 120: never in the bulk send
+    manager->currentMultiSampleChanged(msl);
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xC3, 80}, {0xB3, 121, 0}, {0xB3, 7, 100}}));
+
+    sent.clear();
+    msl.AutoSendReset = 0;
+    manager->currentMultiSampleChanged(msl);
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xC3, 80}, {0xB3, 7, 100}}));
+}
+
+TEST_F(MidiManagerTest, InactiveProgramIsNeverSent)
+{
+    msl.MIDIoutProgram_active = 0;
+    manager->currentMultiSampleChanged(msl);
+    for (const char* key : {"msl_MIDIoutDevice", "msl_MIDIoutChannel", "msl_MIDIoutProgram",
+                            "msl_MIDIoutProgram_active"})
+        manager->multiSampleSettingChanged(msl, key);
+    for (const Bytes& message : sent)
+        EXPECT_NE(message[0] & 0xF0, 0xC0);
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xB3, 121, 0}}));
+}
+
+TEST_F(MidiManagerTest, SettingKeysSendOnlyWhatTheyConcern)
+{
+    manager->multiSampleSettingChanged(msl, "msl_MIDIoutProgram");
+    manager->multiSampleSettingChanged(msl, "msl_AudioInFormat");
+    manager->resetRequested(msl);
+    msl.parameterTable[56][0] = 1;
+    msl.parameterTable[56][1] = 0;
+    manager->controllerChanged(msl, 120);
+    manager->controllerChanged(msl, 5); // not active
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xC3, 80}, {0xB3, 121, 0}, {0xB3, 120, 0}}));
+}
+
+TEST_F(MidiManagerTest, PseudoOutputLeavesNoPortAndUnknownNamesSaySo)
+{
+    std::string msg;
+    EXPECT_EQ(manager->openOutputDevice("no such synth", msg), 0);
+    EXPECT_FALSE(msg.empty());
+}
+
+TEST_F(MidiManagerTest, NoteOnPlaysItsKeyAfterTheShortDelay)
+{
+    emit manager->midiIn({0x90, 64, 90});
+    ASSERT_TRUE(processUntil([&] { return !played.empty(); }));
+    EXPECT_EQ(played, std::vector<int>{64});
+}
+
+TEST_F(MidiManagerTest, NoteOnWithVelocityZeroCancelsLikeANoteOff)
+{
+    manager->onMidiIn({0x90, 64, 90});
+    EXPECT_TRUE(manager->notePending());
+    manager->onMidiIn({0x90, 64, 0});
+    EXPECT_FALSE(manager->notePending());
+    manager->onMidiIn({0x91, 65, 90});
+    manager->onMidiIn({0x81, 65, 0});
+    EXPECT_FALSE(manager->notePending());
+    processUntil([] { return false; }, 50);
+    EXPECT_TRUE(played.empty());
+}
+
+TEST_F(MidiManagerTest, ControllersAreCapturedOnlyWhenAskedAndBelow64)
+{
+    bool capturing = false;
+    std::vector<Bytes> captured;
+    manager->setControllerCapture([&] { return capturing; },
+                                  [&](int controller, int value) {
+                                      captured.push_back({controller, value});
+                                  });
+    manager->onMidiIn({0xB0, 7, 99});
+    capturing = true;
+    manager->onMidiIn({0xB0, 33, 5});
+    manager->onMidiIn({0xB0, 64, 127});
+    manager->onMidiIn({0xC0, 7});
+    EXPECT_EQ(captured, (std::vector<Bytes>{{33, 5}}));
+}
+
+TEST(AudioManager, OutputFollowsTheInputRateAndBits)
+{
+    application();
+    AudioManager manager;
+    AudioStreamConfig none{-1, -1, -1, 0, 0, 0, -1.0f};
+    AudioStreamConfig output = manager.buildOutputConfig(none);
+    EXPECT_EQ(output.sampleRate, 44100);
+    EXPECT_EQ(output.bits, 16);
+    EXPECT_EQ(output.channels, 2);
+    EXPECT_EQ(output.channelLeft, -1);
+    EXPECT_EQ(output.latency, -1.0f);
+    AudioStreamConfig input{3, -1, -1, 96000, 24, 1, -1.0f};
+    output = manager.buildOutputConfig(input);
+    EXPECT_EQ(output.sampleRate, 96000);
+    EXPECT_EQ(output.bits, 24);
+    EXPECT_EQ(output.channels, 2);
+}
+
+TEST(AudioManager, InputComesFromTheStoredFormatAndUnknownDevicesAreUnused)
+{
+    application();
+    AudioManager manager;
+    TGmsl msl;
+    std::strcpy(msl.AudioInDevice, "-No Audio In-");
+    std::strcpy(msl.AudioInFormat, "48KHz, Mono, 24bit");
+    msl.audioInChannelL = {5, 5, 5};
+    AudioStreamConfig input = manager.buildInputConfig(msl);
+    EXPECT_EQ(input.device, -1);
+    EXPECT_EQ(input.sampleRate, 48000);
+    EXPECT_EQ(input.bits, 24);
+    EXPECT_EQ(input.channels, 1);
+    EXPECT_EQ(input.channelLeft, -1); // no device here has five channel names
+    EXPECT_EQ(input.latency, -1.0f);
+}
+
+TEST(AudioManager, UnchangedSettingsDoNotReopen)
+{
+    application();
+    AudioManager manager;
+    TGmsl msl;
+    std::strcpy(msl.AudioInDevice, "-No Audio In-");
+    std::strcpy(msl.AudioInFormat, "44.1KHz, Stereo, 16bit");
+    std::string msg;
+    ASSERT_EQ(manager.apply(msl, msg), 1) << msg;
+    EXPECT_EQ(manager.openCount(), 1);
+    manager.multiSampleSettingChanged(msl, "msl_AudioInDevice");
+    manager.currentMultiSampleChanged(msl);
+    EXPECT_EQ(manager.openCount(), 1);
+    manager.multiSampleSettingChanged(msl, "msl_MIDIoutProgram");
+    EXPECT_EQ(manager.openCount(), 1);
+    std::strcpy(msl.AudioInFormat, "48KHz, Stereo, 16bit");
+    manager.multiSampleSettingChanged(msl, "msl_AudioInFormat");
+    EXPECT_EQ(manager.openCount(), 2);
+    EXPECT_EQ(audio::currentInputConfig().sampleRate, 48000);
+    EXPECT_EQ(audio::currentOutputConfig().sampleRate, 48000);
+}
+
+TEST(AudioManager, PlaybackStateReachesTheGuiThreadAsSignals)
+{
+    application();
+    AudioManager manager;
+    int started = 0;
+    int stopped = 0;
+    std::vector<unsigned int> frames;
+    QObject::connect(&manager, &AudioManager::playbackStarted, [&] { ++started; });
+    QObject::connect(&manager, &AudioManager::playbackStopped, [&] { ++stopped; });
+    QObject::connect(&manager, &AudioManager::playPositionChanged,
+                     [&](unsigned int frame) { frames.push_back(frame); });
+    Player& player = audio::player();
+    player.clear();
+    PlayItem item;
+    item.format = AudioStreamConfig{0, -1, -1, 44100, 16, 1, -1.0f};
+    item.data.assign(200, 0);
+    ASSERT_EQ(player.addPlayItem(item), 1);
+    ASSERT_EQ(player.setPlayPosition(42), 1);
+    ASSERT_TRUE(processUntil([&] { return started == 1; }));
+    EXPECT_EQ(frames, std::vector<unsigned int>{42});
+    player.requestStop();
+    ASSERT_TRUE(processUntil([&] { return stopped == 1; }));
+    EXPECT_EQ(started, 1);
+    player.clear();
+}
+
+TEST(DeviceModelListener, ModelChangesReachBothManagers)
+{
+    application();
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    if (model.currentMultiSample() == nullptr) {
+        ASSERT_TRUE(model.addMultiSample().ok());
+    }
+    AudioManager audioManager;
+    MidiManager midiManager;
+    std::vector<Bytes> sent;
+    midiManager.setSender(
+        [&](const uint8_t* bytes, size_t count) { sent.push_back(Bytes(bytes, bytes + count)); });
+    DeviceModelListener listener(model, &audioManager, &midiManager);
+
+    bool ok = false;
+    setSettingText(model, "msl_AudioInDevice", "-No Audio In-", ok);
+    ASSERT_TRUE(ok);
+    setSettingText(model, "msl_AudioInFormat", "96KHz, Mono, 16bit", ok);
+    ASSERT_TRUE(ok);
+    EXPECT_EQ(audio::currentInputConfig().sampleRate, 96000);
+    const int opens = audioManager.openCount();
+    setSettingText(model, "msl_AudioInFormat", "96KHz, Mono, 16bit", ok);
+    EXPECT_EQ(audioManager.openCount(), opens);
+
+    sent.clear();
+    setSettingShort(model, "msl_MIDIoutChannel", 4, ok);
+    ASSERT_TRUE(ok);
+    ASSERT_FALSE(sent.empty());
+    EXPECT_EQ(sent.back()[0], 0xC4);
+
+    sent.clear();
+    ASSERT_TRUE(model.addMultiSample().ok()); // a new current Multi-Sample: full resend
+    EXPECT_GE(sent.size(), 1u);
+    setSettingText(model, "prefs_datapath", "/tmp", ok);
+    EXPECT_EQ(audioManager.openCount(), opens + 1); // the new Multi-Sample's own format
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,161 @@
+// The monitor decoder, row by row, and the messages sent to the sound source.
+#include "devices/MidiMessages.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tg {
+namespace {
+
+std::string decode(std::vector<uint8_t> bytes)
+{
+    return midiMessageText(bytes.data(), bytes.size());
+}
+
+TEST(MidiDecoder, ChannelVoiceMessages)
+{
+    EXPECT_EQ(decode({0x80, 60, 64}), "note 60 off, vel=64 channel=1");
+    EXPECT_EQ(decode({0x93, 61, 100}), "note 61 on, vel=100 channel=4");
+    EXPECT_EQ(decode({0x9F, 62, 0}), "note 62 on, vel=0 (=off) channel=16");
+    EXPECT_EQ(decode({0xA1, 40, 77}), "after touch, n=40, p=77 channel=2");
+    EXPECT_EQ(decode({0xC2, 19}), "program change: ID=19 channel=3");
+    EXPECT_EQ(decode({0xD0, 90}), "channel pressure = 90 channel=1");
+    EXPECT_EQ(decode({0xE0, 1, 64}), "pitch bend: LSB=1 MSB=64 channel=1");
+}
+
+TEST(MidiDecoder, ControllerRanges)
+{
+    EXPECT_EQ(decode({0xB0, 0, 5}), "Control 0: MSB=5 channel=1");
+    EXPECT_EQ(decode({0xB0, 31, 127}), "Control 31: MSB=127 channel=1");
+    EXPECT_EQ(decode({0xB0, 33, 5}), "Control 33: LSB(for Ctrl1)=5 channel=1");
+    EXPECT_EQ(decode({0xB5, 63, 9}), "Control 63: LSB(for Ctrl31)=9 channel=6");
+    EXPECT_EQ(decode({0xB0, 64, 127}), "control 64: value=127 channel=1");
+    EXPECT_EQ(decode({0xB0, 120, 0}), "control 120: value=0 channel=1");
+}
+
+TEST(MidiDecoder, ChannelModeMessages)
+{
+    EXPECT_EQ(decode({0xB0, 121, 0}), "chnl mode msg: reset all controllers channel=1");
+    EXPECT_EQ(decode({0xB0, 122, 127}), "chnl mode msg: local control on channel=1");
+    EXPECT_EQ(decode({0xB0, 122, 0}), "chnl mode msg: local control off channel=1");
+    EXPECT_EQ(decode({0xB0, 123, 0}), "chnl mode msg: all notes off channel=1");
+    EXPECT_EQ(decode({0xB0, 124, 0}), "chnl mode msg: omni mode off channel=1");
+    EXPECT_EQ(decode({0xB0, 125, 0}), "chnl mode msg: omni mode on channel=1");
+    EXPECT_EQ(decode({0xB0, 126, 1}), "chnl mode msg: mono mode on channel=1");
+    EXPECT_EQ(decode({0xB9, 127, 0}), "chnl mode msg: poly mode on channel=10");
+}
+
+TEST(MidiDecoder, SystemMessagesCarryNoChannel)
+{
+    EXPECT_EQ(decode({0xF1, 3}), "common msg: MTC quarter-frame");
+    EXPECT_EQ(decode({0xF2, 0, 0}), "common msg: song position pointer");
+    EXPECT_EQ(decode({0xF3, 1}), "common msg: song select");
+    EXPECT_EQ(decode({0xF4}), "common msg: undefined");
+    EXPECT_EQ(decode({0xF5}), "common msg: undefined");
+    EXPECT_EQ(decode({0xF6}), "common msg: tune request");
+    EXPECT_EQ(decode({0xF7}), "common msg: end of exclusive");
+    EXPECT_EQ(decode({0xF8}), "real-time msg: timing clock");
+    EXPECT_EQ(decode({0xF9}), "real-time msg: undefined");
+    EXPECT_EQ(decode({0xFD}), "real-time msg: undefined");
+    EXPECT_EQ(decode({0xFA}), "real-time msg: start");
+    EXPECT_EQ(decode({0xFB}), "real-time msg: continue");
+    EXPECT_EQ(decode({0xFC}), "real-time msg: stop");
+    EXPECT_EQ(decode({0xFE}), "real-time msg: active sensing");
+    EXPECT_EQ(decode({0xFF}), "real-time msg: system reset");
+}
+
+TEST(MidiDecoder, OtherBytesAndShortMessages)
+{
+    EXPECT_EQ(decode({0xF0, 0x7E, 1}), "'unknown' byte1=240 byte2=126");
+    EXPECT_EQ(decode({0x45, 7}), "'unknown' byte1=69 byte2=7");
+    // Missing data bytes count as 0.
+    EXPECT_EQ(decode({0x90, 60}), "note 60 on, vel=0 (=off) channel=1");
+    EXPECT_EQ(decode({0xB0}), "Control 0: MSB=0 channel=1");
+    EXPECT_EQ(midiMessageText(nullptr, 0), "'unknown' byte1=0 byte2=0");
+}
+
+MidiOutSettings settingsOnChannel(int channel)
+{
+    MidiOutSettings settings;
+    settings.channel = uint16_t(channel);
+    return settings;
+}
+
+TEST(MidiSend, ProgramChangeOnlyWhenActive)
+{
+    MidiOutSettings settings = settingsOnChannel(2);
+    settings.program = 19;
+    MidiMessage message;
+    ASSERT_TRUE(programChangeMessage(settings, message));
+    EXPECT_EQ(message.count, 2);
+    EXPECT_EQ(message.bytes[0], 0xC2);
+    EXPECT_EQ(message.bytes[1], 19);
+    settings.programActive = 0;
+    EXPECT_FALSE(programChangeMessage(settings, message));
+}
+
+TEST(MidiSend, NotesResetAndAllNotesOffUseTheChannelAndVelocities)
+{
+    MidiOutSettings settings = settingsOnChannel(15);
+    settings.attackVelocity = 100;
+    settings.releaseVelocity = 12;
+    MidiMessage on = noteOnMessage(settings, 60);
+    EXPECT_EQ(std::vector<int>(on.bytes, on.bytes + 3), (std::vector<int>{0x9F, 60, 100}));
+    MidiMessage off = noteOffMessage(settings, 60);
+    EXPECT_EQ(std::vector<int>(off.bytes, off.bytes + 3), (std::vector<int>{0x8F, 60, 12}));
+    MidiMessage reset = resetAllControllersMessage(settings);
+    EXPECT_EQ(std::vector<int>(reset.bytes, reset.bytes + 3), (std::vector<int>{0xBF, 121, 0}));
+    MidiMessage allOff = allNotesOffMessage(settings);
+    EXPECT_EQ(std::vector<int>(allOff.bytes, allOff.bytes + 3), (std::vector<int>{0xBF, 123, 0}));
+}
+
+TEST(MidiSend, BulkControllersAscendLeavingOut120)
+{
+    MidiOutSettings settings = settingsOnChannel(0);
+    settings.controllerTable[7][0] = 1; // MSB 7
+    settings.controllerTable[7][1] = 90;
+    settings.controllerTable[1][2] = 1; // LSB 33
+    settings.controllerTable[1][3] = 5;
+    settings.controllerTable[2][1] = 44; // value but not active: not sent
+    settings.parameterTable[0][0] = 1;   // 64
+    settings.parameterTable[0][1] = 127;
+    settings.parameterTable[55][0] = 1; // 119
+    settings.parameterTable[55][1] = 3;
+    settings.parameterTable[56][0] = 1; // 120: only singly
+    settings.parameterTable[56][1] = 1;
+    std::vector<MidiMessage> messages = allControllerMessages(settings);
+    std::vector<std::vector<int>> sent;
+    for (const MidiMessage& message : messages)
+        sent.push_back({message.bytes[0], message.bytes[1], message.bytes[2]});
+    EXPECT_EQ(sent, (std::vector<std::vector<int>>{
+                        {0xB0, 7, 90}, {0xB0, 33, 5}, {0xB0, 64, 127}, {0xB0, 119, 3}}));
+    MidiMessage single;
+    ASSERT_TRUE(controllerMessage(settings, 120, single));
+    EXPECT_EQ(single.bytes[1], 120);
+    EXPECT_FALSE(controllerMessage(settings, 121, single));
+    EXPECT_FALSE(controllerMessage(settings, 2, single));
+}
+
+TEST(MidiSend, SettingsAreCopiedFromTheMultiSample)
+{
+    TGmsl msl;
+    msl.MIDIoutChannel = 9;
+    msl.MIDIoutProgram = 42;
+    msl.controllerTable[3][0] = 1;
+    msl.controllerTable[3][1] = 17;
+    msl.parameterTable[10][0] = 1;
+    msl.parameterTable[10][1] = 99;
+    MidiOutSettings settings = midiOutSettingsOf(msl);
+    MidiMessage message;
+    ASSERT_TRUE(programChangeMessage(settings, message));
+    EXPECT_EQ(message.bytes[0], 0xC9);
+    EXPECT_EQ(message.bytes[1], 42);
+    EXPECT_EQ(allControllerMessages(settings).size(), 2u);
+    ASSERT_TRUE(controllerMessage(settings, 74, message));
+    EXPECT_EQ(message.bytes[2], 99);
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,88 @@
+// The format table, the format record of a name, and the frames-per-buffer rule.
+#include "devices/RecordFormats.h"
+#include "devices/AudioStreamConfig.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace tg {
+namespace {
+
+TEST(RecordFormats, EveryRowFillsItsRecordFromTheCode)
+{
+    const RecordFormatRow* table = recordFormatTable();
+    std::set<uint32_t> codes;
+    for (int i = 0; i < kRecordFormatCount; ++i) {
+        const RecordFormatRow& row = table[i];
+        SCOPED_TRACE(row.name);
+        EXPECT_LT(std::string(row.name).size(), size_t(kRecordFormatNameSize));
+        codes.insert(row.code);
+        WaveFormat record;
+        record.nChannels = 9;
+        ASSERT_EQ(formatFromName(row.name, record), 1);
+        EXPECT_EQ(record.wFormatTag, 1);
+        EXPECT_EQ(record.nChannels, row.channels);
+        EXPECT_EQ(record.nSamplesPerSec, row.rate);
+        EXPECT_EQ(record.wBitsPerSample, row.bits);
+        EXPECT_EQ(record.nBlockAlign, row.bits * row.channels / 8);
+        EXPECT_EQ(record.nAvgBytesPerSec, record.nBlockAlign * row.rate);
+        EXPECT_EQ(record.cbSize, 0);
+    }
+    EXPECT_EQ(codes.size(), size_t(kRecordFormatCount));
+}
+
+TEST(RecordFormats, TableOrderAndEnds)
+{
+    const RecordFormatRow* table = recordFormatTable();
+    EXPECT_STREQ(table[0].name, "11.025KHz, Mono, 8bit");
+    EXPECT_STREQ(table[15].name, "44.1KHz, Stereo, 16bit");
+    EXPECT_EQ(table[15].code, 0x800u);
+    EXPECT_STREQ(table[27].name, "192KHz, Stereo, 24bit");
+    EXPECT_EQ(table[27].code, 0x100081u);
+    for (int i = 0; i < kRecordFormatCount; ++i)
+        EXPECT_FALSE(table[i].rate == 192000 && table[i].bits != 24) << table[i].name;
+}
+
+TEST(RecordFormats, UnknownOrNearMissNameGivesZeroChannels)
+{
+    for (const char* name : {"", "44.1KHz, Stereo, 32bit", "44.1KHz, stereo, 16bit",
+                             "44.1KHz, Stereo, 16bit ", "192KHz, Stereo, 16bit"}) {
+        WaveFormat record = makeWaveFormat(44100, 2, 16);
+        EXPECT_EQ(formatFromName(name, record), 0) << name;
+        EXPECT_EQ(record.nChannels, 0) << name;
+        EXPECT_EQ(record.wBitsPerSample, 0) << name;
+        EXPECT_EQ(record.nBlockAlign, 0) << name;
+        EXPECT_EQ(record.nAvgBytesPerSec, 0u) << name;
+    }
+    WaveFormat record;
+    EXPECT_EQ(formatFromName(nullptr, record), 0);
+    EXPECT_EQ(record.nChannels, 0);
+}
+
+TEST(FramesPerBuffer, NonMultiplesOf64BecomeFiveHundredTwelve)
+{
+    EXPECT_EQ(framesPerBufferFor(0.01, 44100), 512u); // 441
+    EXPECT_EQ(framesPerBufferFor(256.0 / 44100.0, 44100), 256u);
+    EXPECT_EQ(framesPerBufferFor(1024.0 / 44100.0, 44100), 1024u);
+    EXPECT_EQ(framesPerBufferFor(0.0232199, 44100), 1024u); // rounds 1023.99 to 1024
+    EXPECT_EQ(framesPerBufferFor(0.01, 48000), 512u);       // 480
+    EXPECT_EQ(framesPerBufferFor(0.0, 44100), 0u);          // PortAudio chooses
+    EXPECT_EQ(framesPerBufferFor(63.0 / 44100.0, 44100), 512u);
+}
+
+TEST(AudioStreamConfigs, LatencyAloneMakesThemDiffer)
+{
+    AudioStreamConfig a{0, -1, -1, 44100, 16, 2, -1.0f};
+    AudioStreamConfig b = a;
+    EXPECT_TRUE(sameConfig(a, b));
+    b.latency = 0.01f;
+    EXPECT_FALSE(sameConfig(a, b));
+    b = a;
+    b.channelRight = 1;
+    EXPECT_FALSE(sameConfig(a, b));
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,129 @@
+// The one-shot recorder and the input peak rule, driven block by block as the callback does.
+#include "devices/Recorder.h"
+#include "devices/PeakLevel.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+namespace tg {
+namespace {
+
+AudioStreamConfig stereo16()
+{
+    return AudioStreamConfig{0, -1, -1, 44100, 16, 2, -1.0f};
+}
+
+std::vector<int16_t> ramp(int frames, int channels, int16_t start)
+{
+    std::vector<int16_t> samples(size_t(frames * channels));
+    for (size_t i = 0; i < samples.size(); ++i)
+        samples[i] = int16_t(start + int(i));
+    return samples;
+}
+
+TEST(Recorder, ZeroSecondsAllocatesNothingAndDropsAtFirstBlock)
+{
+    Recorder recorder;
+    ASSERT_EQ(recorder.arm(stereo16(), 0.0), 1);
+    EXPECT_EQ(recorder.bufferBytes(), 0u);
+    EXPECT_TRUE(recorder.isRecording());
+    std::vector<int16_t> block = ramp(64, 2, 1);
+    recorder.processBlock(block.data(), 64);
+    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_EQ(recorder.take().frames, 0);
+}
+
+TEST(Recorder, FillsAcrossBlocksAndStopsWhenFull)
+{
+    Recorder recorder;
+    AudioStreamConfig config = stereo16();
+    config.sampleRate = 100;
+    ASSERT_EQ(recorder.arm(config, 1.5), 1); // 150 frames
+    EXPECT_EQ(recorder.bufferBytes(), 150u * 4);
+    std::vector<int16_t> first = ramp(64, 2, 0);
+    std::vector<int16_t> second = ramp(64, 2, 1000);
+    std::vector<int16_t> third = ramp(64, 2, 2000);
+    recorder.processBlock(first.data(), 64);
+    recorder.processBlock(second.data(), 64);
+    EXPECT_TRUE(recorder.isRecording());
+    recorder.processBlock(third.data(), 64); // only 22 frames fit
+    EXPECT_FALSE(recorder.isRecording());
+    RecordedTake take = recorder.take();
+    EXPECT_EQ(take.frames, 150);
+    const auto* samples = reinterpret_cast<const int16_t*>(take.data->data());
+    EXPECT_EQ(samples[0], 0);
+    EXPECT_EQ(samples[128], 1000);
+    EXPECT_EQ(samples[256], 2000);
+    EXPECT_EQ(samples[299], 2000 + 43);
+    // Blocks after the end leave the take alone.
+    recorder.processBlock(first.data(), 64);
+    EXPECT_EQ(recorder.take().frames, 150);
+}
+
+TEST(Recorder, MissingInputRecordsSilenceAndEightBitIsStoredUnsigned)
+{
+    Recorder recorder;
+    AudioStreamConfig config{0, -1, -1, 1000, 8, 1, -1.0f};
+    ASSERT_EQ(recorder.arm(config, 0.008), 1); // 8 frames
+    const int8_t block[4] = {0, 127, -128, -1};
+    recorder.processBlock(block, 4);
+    recorder.processBlock(nullptr, 4);
+    const std::vector<uint8_t>& data = *recorder.take().data;
+    const std::vector<uint8_t> expected = {0x80, 0xFF, 0x00, 0x7F, 0x80, 0x80, 0x80, 0x80};
+    EXPECT_EQ(data, expected);
+}
+
+TEST(Recorder, RearmingWithTheSameSizeClearsTheOldTake)
+{
+    Recorder recorder;
+    AudioStreamConfig config = stereo16();
+    config.sampleRate = 64;
+    ASSERT_EQ(recorder.arm(config, 1.0), 1);
+    std::vector<int16_t> block = ramp(64, 2, 5);
+    recorder.processBlock(block.data(), 64);
+    ASSERT_EQ(recorder.arm(config, 1.0), 1);
+    EXPECT_EQ(recorder.take().frames, 0);
+    for (uint8_t byte : *recorder.take().data)
+        ASSERT_EQ(byte, 0);
+    recorder.stop();
+    recorder.processBlock(block.data(), 64);
+    EXPECT_EQ(recorder.take().frames, 0);
+}
+
+TEST(PeakLevel, LargestSignedValueNotMagnitude)
+{
+    const int16_t negative[4] = {-30000, -5, -32768, -1};
+    float first = 1;
+    float second = 1;
+    blockPeaks(negative, 2, 2, 16, first, second);
+    EXPECT_EQ(first, 0.0f);
+    EXPECT_EQ(second, 0.0f);
+
+    const int16_t mixed[6] = {-32768, 100, 16384, -2, 32767, 3};
+    blockPeaks(mixed, 3, 2, 16, first, second);
+    EXPECT_FLOAT_EQ(first, 1.0f);
+    EXPECT_FLOAT_EQ(second, 100.0f / 32767.0f);
+}
+
+TEST(PeakLevel, MonoEightAndTwentyFourBit)
+{
+    const int8_t mono[3] = {-100, 64, 10};
+    float first = 0;
+    float second = 1;
+    blockPeaks(mono, 3, 1, 8, first, second);
+    EXPECT_FLOAT_EQ(first, 64.0f / 127.0f);
+    EXPECT_EQ(second, 0.0f);
+
+    // 0x400000 (half scale) little-endian, then a negative full-scale sample.
+    const uint8_t packed[6] = {0x00, 0x00, 0x40, 0x00, 0x00, 0x80};
+    blockPeaks(packed, 2, 1, 24, first, second);
+    EXPECT_NEAR(first, 0.5f, 1e-6);
+
+    blockPeaks(nullptr, 16, 2, 16, first, second);
+    EXPECT_EQ(first, 0.0f);
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,118 @@
+// MIDI port lookup, timed recording and JACK patching for the end-to-end tests.
+#include "tests/e2e/SoundChainClient.h"
+
+#include "core/Message.h"
+#include "devices/AudioEngine.h"
+#include "devices/MidiPorts.h"
+#include "tests/e2e/AudioThreadChecks.h"
+
+#include <jack/jack.h>
+
+#include <chrono>
+#include <thread>
+
+namespace tg::test {
+
+bool openMidiOutByName(const std::string& port, std::string& msg)
+{
+    if (!midi::midiOutCreated() && !midi::createMidiOut(msg))
+        return false;
+    const std::vector<std::string> ports = midi::listMidiOutPorts(msg);
+    for (size_t i = 0; i < ports.size(); ++i)
+        if (ports[i] == port)
+            return midi::openMidiOutPort(int(i), msg) == 1;
+    setMessage(msg, "MIDI output port %s not found (API %s)", port.c_str(),
+               midi::midiOutApiName().c_str());
+    return false;
+}
+
+void sendBytes(std::initializer_list<uint8_t> bytes)
+{
+    midi::sendMidiMessage(bytes.begin(), bytes.size());
+}
+
+void PeakRecorder::onInputPeak(float first, float second)
+{
+    markAudioThread();
+    const float peak = first > second ? first : second;
+    float seen = highest_.load();
+    while (peak > seen && !highest_.compare_exchange_weak(seen, peak)) {
+    }
+    calls_.fetch_add(1);
+}
+
+bool recordWithActions(double seconds, std::vector<TimedAction> actions, std::string& msg)
+{
+    using Clock = std::chrono::steady_clock;
+    if (!audio::startRecording(seconds)) {
+        setMessage(msg, "the record buffer could not be allocated");
+        return false;
+    }
+    const Clock::time_point armed = Clock::now();
+    for (const TimedAction& timed : actions) {
+        std::this_thread::sleep_until(armed + std::chrono::duration_cast<Clock::duration>(
+                                                  std::chrono::duration<double>(timed.atSeconds)));
+        timed.action();
+    }
+    const Clock::time_point limit = armed + std::chrono::duration_cast<Clock::duration>(
+                                                std::chrono::duration<double>(seconds + 10.0));
+    while (audio::isRecording()) {
+        if (Clock::now() > limit) {
+            audio::stopRecording();
+            setMessage(msg, "the recording did not end: is the JACK server running?");
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+JackPatchbay::JackPatchbay()
+{
+    jack_status_t status;
+    client_ = jack_client_open("tg-e2e-patchbay", JackNoStartServer, &status);
+}
+
+JackPatchbay::~JackPatchbay()
+{
+    if (client_ != nullptr)
+        jack_client_close(static_cast<jack_client_t*>(client_));
+}
+
+bool JackPatchbay::connect(const std::string& from, const std::string& to)
+{
+    return jack_connect(static_cast<jack_client_t*>(client_), from.c_str(), to.c_str()) == 0;
+}
+
+bool JackPatchbay::disconnect(const std::string& from, const std::string& to)
+{
+    return jack_disconnect(static_cast<jack_client_t*>(client_), from.c_str(), to.c_str()) == 0;
+}
+
+std::vector<std::string> JackPatchbay::ports(const std::string& pattern)
+{
+    std::vector<std::string> names;
+    const char** list =
+        jack_get_ports(static_cast<jack_client_t*>(client_), pattern.c_str(), nullptr, 0);
+    for (const char** name = list; name != nullptr && *name != nullptr; ++name)
+        names.push_back(*name);
+    if (list != nullptr)
+        jack_free(list);
+    return names;
+}
+
+std::vector<std::string> JackPatchbay::connections(const std::string& port)
+{
+    std::vector<std::string> names;
+    jack_port_t* handle = jack_port_by_name(static_cast<jack_client_t*>(client_), port.c_str());
+    if (handle == nullptr)
+        return names;
+    const char** list = jack_port_get_all_connections(static_cast<jack_client_t*>(client_), handle);
+    for (const char** name = list; name != nullptr && *name != nullptr; ++name)
+        names.push_back(*name);
+    if (list != nullptr)
+        jack_free(list);
+    return names;
+}
+
+} // namespace tg::test

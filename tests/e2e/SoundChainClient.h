@@ -1,0 +1,62 @@
+// What the end-to-end tests need around the engine: the synth's MIDI port, patching JACK
+// ports, and a recording of a fixed length with MIDI sent at set times.
+#pragma once
+
+#include "devices/LevelListeners.h"
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tg::test {
+
+// The synth's ports as the sound chain script starts it.
+constexpr const char* kSynthAudioDevice = "fluidsynth";
+constexpr const char* kSynthMidiPort = "fluidsynth:midi_00";
+
+// Creates the MIDI output and opens the port named `port`; false with `msg` filled.
+bool openMidiOutByName(const std::string& port, std::string& msg);
+
+void sendBytes(std::initializer_list<uint8_t> bytes);
+
+// Keeps the highest peak it was given.
+class PeakRecorder : public LevelListener {
+  public:
+    void onInputPeak(float first, float second) override;
+    float highest() const { return highest_.load(); }
+    int calls() const { return calls_.load(); }
+
+  private:
+    std::atomic<float> highest_{0.0f};
+    std::atomic<int> calls_{0};
+};
+
+// An event of a timed recording: `action` runs `atSeconds` after the recording was armed.
+struct TimedAction {
+    double atSeconds;
+    std::function<void()> action;
+};
+
+// Arms a recording of `seconds`, runs the actions at their times, waits for the take to end
+// (or fails after a generous limit). False with `msg` filled.
+bool recordWithActions(double seconds, std::vector<TimedAction> actions, std::string& msg);
+
+// A JACK client of the test's own that rewires ports of the running server.
+class JackPatchbay {
+  public:
+    JackPatchbay();
+    ~JackPatchbay();
+    bool ok() const { return client_ != nullptr; }
+    bool connect(const std::string& from, const std::string& to);
+    bool disconnect(const std::string& from, const std::string& to);
+    // Full names of the ports whose name matches the regular expression.
+    std::vector<std::string> ports(const std::string& pattern);
+    // Names of the ports connected to `port`.
+    std::vector<std::string> connections(const std::string& port);
+
+  private:
+    void* client_ = nullptr;
+};
+
+} // namespace tg::test

@@ -2,10 +2,15 @@
 // inclusive frames inside the export; the AIFF end marker sits after the last loop frame.
 #include "export/ExportAudioServices.h"
 
+#include "analysis/Levels.h"
+#include "analysis/Renderer.h"
 #include "audiofile/AiffFile.h"
 #include "audiofile/SampleConverter.h"
 #include "audiofile/WavFile.h"
 #include "core/Message.h"
+#include "core/Model.h"
+
+#include <algorithm>
 
 #include <limits>
 
@@ -56,6 +61,43 @@ void useAudioFileServices(ExportServices& services)
         const int32_t end = loop.enabled ? loop.end + 1 : 0;
         return writeAiff(path, format, data.data(), int32_t(data.size()), start, end, key, message);
     };
+}
+
+void useAnalysisServices(ExportServices& services)
+{
+    services.render = [](const TGmsl_key& key, const KeyAudio& audio, RenderedKey& out,
+                         std::string& message) {
+        RenderOptions options;
+        // The export keeps the note after the loop; trimming decides how much of it.
+        options.includeAfterLoop = true;
+        const Preferences& prefs = Model::instance().preferences();
+        options.clickPopFadeIn = prefs.ClickPopRedFade_in;
+        options.clickPopFadeOut = prefs.ClickPopRedFade_out;
+        const size_t bytes = audio.data.size();
+        RenderedNote rendered;
+        if (!renderKeySample(&key, &audio.format, audio.data.data(), &bytes, options, &rendered,
+                             message))
+            return 0;
+        out.format = rendered.format;
+        out.note = std::move(rendered.note);
+        out.release = std::move(rendered.release);
+        out.loopStart = rendered.loopStart;
+        out.loopEnd = rendered.loopEnd;
+        return 1;
+    };
+    services.peakLevel = [](const KeyAudio& audio) {
+        const ChannelLevels levels =
+            measureLevels(audio.format, audio.data.data(), audio.data.size());
+        return std::max(levels.left, levels.right);
+    };
+}
+
+ExportServices defaultExportServices()
+{
+    ExportServices services;
+    useAudioFileServices(services);
+    useAnalysisServices(services);
+    return services;
 }
 
 } // namespace tg

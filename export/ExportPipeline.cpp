@@ -4,7 +4,7 @@
 
 #include "core/Message.h"
 #include "core/NoteNames.h"
-#include "export/BufferGain.h"
+#include "analysis/Levels.h"
 #include "export/ExportProgress.h"
 #include "export/KeyRangeMapping.h"
 #include "export/KeySampleFile.h"
@@ -244,8 +244,8 @@ int runExportPipeline(const ExportJob& job, const ExportServices& services, Expo
             out.audio.format = target;
 
             const double gain = gains[ordinal][note];
-            applyBufferGain(target, out.audio.note, gain);
-            applyBufferGain(target, out.audio.release, gain);
+            applyGains(gain, gain, target, out.audio.note.data(), out.audio.note.size());
+            applyGains(gain, gain, target, out.audio.release.data(), out.audio.release.size());
 
             if (!sink.writeKey(out, text))
                 return fail(job, message, text);

@@ -1,7 +1,9 @@
 // Banks from the SoundFont 2 export played by FluidSynth: pitch, loops, key zones, stereo.
 #include "core/Message.h"
+#include "audiofile/WavFile.h"
+#include "core/Names.h"
+#include "export/ExportAudioServices.h"
 #include "export/ExportSoundFont2.h"
-#include "export/KeySampleFile.h"
 #include "export/tests/Sf2Reader.h"
 #include "tests/support/TempDir.h"
 
@@ -9,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <map>
 #include <memory>
 
 namespace {
@@ -38,59 +39,24 @@ void put16(std::vector<uint8_t>& out, double value)
     out.push_back(uint8_t((v >> 8) & 0xFF));
 }
 
-// Synthetic Key-Samples and the services that read and "render" them. Rendering is a copy
-// of Note_In..Note_Out with the loop relative to it, which is what the renderer yields for
-// a loop without crossfade.
-struct SyntheticTones {
-    std::map<std::string, tg::KeyAudio> files;
-
-    // A mono tone, or with `rightAmplitude` > 0 a stereo one whose right half is a fifth
-    // above the left.
-    void addTone(const tg::Project& p, int note, double amplitude, double rightAmplitude = 0.0)
-    {
-        tg::KeyAudio audio;
-        const int channels = rightAmplitude > 0.0 ? 2 : 1;
-        audio.format = tg::makeWaveFormat(kRate, uint16_t(channels), 16);
-        const double f = loopableFrequency(note);
-        for (int i = 0; i < kFrames; ++i) {
-            put16(audio.data, amplitude * std::sin(2 * kPi * f * i / kRate));
-            if (channels == 2)
-                put16(audio.data, rightAmplitude * std::sin(2 * kPi * f * 1.5 * i / kRate));
-        }
-        files[tg::keySampleFilePath(p, p.msl[0], note)] = audio;
+// Writes a synthetic Key-Sample file: a sine at the key's own pitch, mono, or with
+// `rightAmplitude` > 0 stereo with the right half a fifth above the left.
+void writeTone(const tg::Project& p, int note, double amplitude, double rightAmplitude = 0.0)
+{
+    std::vector<uint8_t> data;
+    const int channels = rightAmplitude > 0.0 ? 2 : 1;
+    const double f = loopableFrequency(note);
+    for (int i = 0; i < kFrames; ++i) {
+        put16(data, amplitude * std::sin(2 * kPi * f * i / kRate));
+        if (channels == 2)
+            put16(data, rightAmplitude * std::sin(2 * kPi * f * 1.5 * i / kRate));
     }
-
-    tg::ExportServices services()
-    {
-        tg::ExportServices s;
-        s.readKeySample = [this](const std::string& path, tg::KeyAudio& audio, std::string& message) {
-            auto it = files.find(path);
-            if (it == files.end())
-                return tg::setMessage(message, "unable to open %s", path.c_str());
-            audio = it->second;
-            return 1;
-        };
-        s.render = [](const tg::TGmsl_key& key, const tg::KeyAudio& audio, tg::RenderedKey& out,
-                      std::string&) {
-            const size_t block = audio.format.nBlockAlign;
-            out.format = audio.format;
-            out.note.assign(audio.data.begin() + key.Note_In * block,
-                            audio.data.begin() + (key.Note_Out + 1) * block);
-            out.loopStart = key.Loop_In - key.Note_In;
-            out.loopEnd = key.Loop_Out - key.Note_In;
-            return 1;
-        };
-        s.convert = [](std::vector<uint8_t>&, const tg::WaveFormat& from, const tg::WaveFormat& to,
-                       int32_t*, int32_t*, tg::ChannelMode, tg::ResampleMode, std::string& message) {
-            if (from.nSamplesPerSec != to.nSamplesPerSec || from.nChannels != to.nChannels ||
-                from.wBitsPerSample != to.wBitsPerSample)
-                return tg::setMessage(message, "no conversion expected here");
-            return 1;
-        };
-        s.peakLevel = [](const tg::KeyAudio&) { return 1.0; };
-        return s;
-    }
-};
+    std::string message;
+    ASSERT_EQ(tg::writeWav(tg::keySampleFileName(p, p.msl[0], note),
+                           tg::makeWaveFormat(kRate, uint16_t(channels), 16), data, message),
+              1)
+        << message;
+}
 
 // Stereo output of FluidSynth for one held note.
 struct Rendering {
@@ -184,8 +150,8 @@ double toneLevel(const std::vector<float>& x, double f, double from, double to)
 class SoundFontInFluidSynth : public ::testing::Test {
 protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
-    SyntheticTones tones;
     tg::test::TempDir dir;
+    tg::ExportServices services = tg::defaultExportServices();
 
     void SetUp() override
     {
@@ -209,18 +175,18 @@ protected:
             key.Loop_In = kLoopStart;
             key.Loop_Out = kLoopEnd;
         }
-        tones.addTone(*project, 48, 0.5);
-        tones.addTone(*project, 60, 0.25);
-        tones.addTone(*project, 72, 0.4, 0.2);
+        writeTone(*project, 48, 0.5);
+        writeTone(*project, 60, 0.25);
+        writeTone(*project, 72, 0.4, 0.2);
     }
 
-    std::string exportBank(const std::string& name)
+    // Default rate 44.1 kHz; 16 Bit, channels as recorded; tail kept, levels untouched.
+    std::string exportBank(const std::string& name, uint32_t frequency = 0x08)
     {
         std::string message;
-        // 44.1 kHz, 16 Bit, channels as recorded; tail kept, levels untouched.
-        const uint32_t settings = 0x10408 | 0x1000000 | 0x10000000 | 0x40000000;
+        const uint32_t settings = frequency | 0x400 | 0x10000 | 0x1000000 | 0x10000000 | 0x40000000;
         EXPECT_EQ(tg::TGexport_SoundFont2(dir.path(), name, "sf2", project.get(), {0}, settings,
-                                          message, tones.services()),
+                                          message, services),
                   1)
             << message;
         return dir.file(name + ".sf2");
@@ -238,6 +204,18 @@ TEST_F(SoundFontInFluidSynth, EachKeySampleSoundsAtItsOwnPitch)
         EXPECT_NEAR(frequency(r.left, 0.3, 0.9), keyFrequency(key), keyFrequency(key) * 0.01)
             << "key " << key;
     }
+}
+
+TEST_F(SoundFontInFluidSynth, ConvertedRateIsTheSampleRateOfTheBank)
+{
+    // Resampled to 48 kHz (high quality), played at 44.1 kHz: the pitch stays.
+    FluidPlayer player(exportBank("rate", 0x10));
+    ASSERT_TRUE(player.loaded());
+    const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(dir.file("rate.sf2")));
+    ASSERT_FALSE(sf2.samples.empty());
+    EXPECT_EQ(sf2.samples[0].rate, 48000u);
+    const Rendering r = player.play(60, 1.0);
+    EXPECT_NEAR(frequency(r.left, 0.3, 0.9), keyFrequency(60), keyFrequency(60) * 0.01);
 }
 
 TEST_F(SoundFontInFluidSynth, HeldNoteKeepsSoundingThroughTheLoop)

@@ -6,7 +6,7 @@
 
 namespace tg {
 
-// Set by the progress dialog's "Cancel" (or a signal in the CLI); polled before each
+// Set by the progress dialog's "Cancel"; polled before each
 // Key-Sample. Exports run on one thread, so a plain flag is enough.
 extern bool exportAbortFlag;
 

@@ -20,6 +20,9 @@ struct ExportRequest {
     std::vector<int> mslIndices; // empty means every Multi-Sample of the Project
     bool hasSettings = false;    // false: the format's default word with its corrections
     uint32_t settings = 0;
+    // "Loop all Samples (use Loop points if available)": offered by the template formats
+    // only; the WAV, AIFF, SFZ and SoundFont exports have no such choice.
+    bool loopAll = false;
 };
 
 // Runs the export the menu text names. Returns 1, or 0 with the exporter's (or the

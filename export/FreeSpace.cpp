@@ -7,6 +7,7 @@
 #include <sys/statvfs.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
 
 namespace tg {
@@ -64,9 +65,14 @@ bool enoughSpace(uint64_t freeBytes, uint64_t estimate)
 
 bool freeBytesAt(const std::string& folder, uint64_t& freeBytes)
 {
+    // A destination not created yet lies on the drive of its nearest existing parent.
+    std::filesystem::path path = std::filesystem::absolute(folder.empty() ? "." : folder);
     struct statvfs info {};
-    if (statvfs(folder.c_str(), &info) != 0)
-        return false;
+    while (statvfs(path.c_str(), &info) != 0) {
+        if (!path.has_relative_path())
+            return false;
+        path = path.parent_path();
+    }
     freeBytes = uint64_t(info.f_bavail) * info.f_frsize;
     return true;
 }

@@ -78,6 +78,14 @@ TEST(FreeSpace, UnreadableFileMakesTheEstimateTheLargestValue)
     EXPECT_EQ(message, "Sorry! Not enough space available for export. Aborting!");
 }
 
+TEST(FreeSpace, FolderNotYetCreatedCountsItsDrive)
+{
+    uint64_t existing = 0, missing = 0;
+    ASSERT_TRUE(tg::freeBytesAt("/tmp", existing));
+    ASSERT_TRUE(tg::freeBytesAt("/tmp/tg-not-there/deeper", missing));
+    EXPECT_GT(missing, 0u);
+}
+
 TEST(FreeSpace, FiveMebibytesOfGrace)
 {
     EXPECT_TRUE(tg::enoughSpace(1000, 1000 + 5242880));

@@ -36,7 +36,8 @@ struct ExportArgs {
 // Progress on stderr: one live line on a terminal, a line per change of percent otherwise.
 class ExportProgressPrinter {
   public:
-    explicit ExportProgressPrinter(bool quiet) : quiet_(quiet), terminal_(isatty(STDERR_FILENO) != 0)
+    explicit ExportProgressPrinter(bool quiet)
+        : quiet_(quiet), terminal_(isatty(STDERR_FILENO) != 0)
     {
     }
     ~ExportProgressPrinter()
@@ -172,16 +173,18 @@ int runExportCommand(const ExportArgs& args)
 void addExportCommands(CliApp& app)
 {
     auto args = std::make_shared<ExportArgs>();
-    CLI::App* command = app.addCommand(
-        "export", "export the project in a format of the export menu",
-        [args] { return runExportCommand(*args); });
+    CLI::App* command =
+        app.addCommand("export", "export the project in a format of the export menu",
+                       [args] { return runExportCommand(*args); });
     command->add_option("project", args->path, "the .TGprj file")->required();
-    command->add_option("--format", args->format,
-                        "a menu text (\"SoundFont2 (*.sf2)\") or a short key (wav, wav-loop, aiff, "
-                        "aiff-loop, sfz, sf2, bitwig, deluge, prophetx, quantum, kronos)")
+    command
+        ->add_option("--format", args->format,
+                     "a menu text (\"SoundFont2 (*.sf2)\") or a short key (wav, wav-loop, aiff, "
+                     "aiff-loop, sfz, sf2, bitwig, deluge, prophetx, quantum, kronos)")
         ->required();
-    command->add_option("--dest", args->destination,
-                        "destination folder (WAV/AIFF sets) or file (other formats)")
+    command
+        ->add_option("--dest", args->destination,
+                     "destination folder (WAV/AIFF sets) or file (other formats)")
         ->required();
     command->add_option("--settings", args->settings, "Export Settings word, e.g. 0x80020408");
     command->add_option("--naming", args->naming, "naming template of WAV/AIFF sets");

@@ -10,8 +10,8 @@ namespace tg {
 namespace {
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
-constexpr uint32_t kDefault = 0x20408;       // 44.1 kHz, 16 Bit, Stereo
-constexpr uint32_t kDefault48k = 0x20410;    // 48 kHz, 16 Bit, Stereo
+constexpr uint32_t kDefault = 0x20408;    // 44.1 kHz, 16 Bit, Stereo
+constexpr uint32_t kDefault48k = 0x20410; // 48 kHz, 16 Bit, Stereo
 
 // The order matters: "(*.wav)" must come after the keys of formats whose texts might also
 // name WAV, and "wav-files" before it.

@@ -2,9 +2,9 @@
 // trimming and loop-only) and a working copy taken first puts everything back at any exit.
 #include "export/ExportPipeline.h"
 
+#include "analysis/Levels.h"
 #include "core/Message.h"
 #include "core/NoteNames.h"
-#include "analysis/Levels.h"
 #include "export/ExportProgress.h"
 #include "export/KeyRangeMapping.h"
 #include "export/KeySampleFile.h"
@@ -29,7 +29,7 @@ namespace {
 
 // Puts the Project back as it was when the guard was made, however the export ends.
 class WorkingCopy {
-public:
+  public:
     explicit WorkingCopy(Project& project)
         : project_(project), saved_(std::make_unique<Project>(project))
     {
@@ -38,7 +38,7 @@ public:
     WorkingCopy(const WorkingCopy&) = delete;
     WorkingCopy& operator=(const WorkingCopy&) = delete;
 
-private:
+  private:
     Project& project_;
     std::unique_ptr<Project> saved_;
 };
@@ -192,7 +192,8 @@ int runExportPipeline(const ExportJob& job, const ExportServices& services, Expo
     LayerGains gains(job.mslIndices.size());
     for (auto& layer : gains)
         layer.fill(1.0);
-    if (wantsLevelAdjust(job.settings) && !analyseLevels(project, job.mslIndices, services, gains, text))
+    if (wantsLevelAdjust(job.settings) &&
+        !analyseLevels(project, job.mslIndices, services, gains, text))
         return fail(job, message, text);
 
     const int total = countExportKeys(project, job.mslIndices);

@@ -14,7 +14,7 @@ namespace tg {
 
 // What an exporter was asked to do.
 struct ExportJob {
-    std::string nameLine;     // "TGexport_WavFiles():\n\n": the prefix of every message
+    std::string nameLine; // "TGexport_WavFiles():\n\n": the prefix of every message
     Project* project = nullptr;
     std::vector<int> mslIndices; // selected Multi-Samples, in order
     uint32_t settings = 0;       // Export Settings word
@@ -25,16 +25,16 @@ struct ExportJob {
 struct ExportedKey {
     const TGmsl* msl = nullptr;
     const TGmsl_key* key = nullptr;
-    int mslIndex = 0; // place in the Project
-    int ordinal = 0;  // place in the selection, from 0: the Multi-Sample index of names
-    int note = 0;     // MIDI note
+    int mslIndex = 0;     // place in the Project
+    int ordinal = 0;      // place in the selection, from 0: the Multi-Sample index of names
+    int note = 0;         // MIDI note
     bool hasLoop = false; // the Key-Sample has an enabled loop with Loop_Out > Loop_In
     RenderedKey audio;
 };
 
 // The format-specific part of an exporter.
 class ExportSink {
-public:
+  public:
     virtual ~ExportSink() = default;
     // Before the first Key-Sample of each selected Multi-Sample.
     virtual int beginMultiSample(const TGmsl& msl, int ordinal, std::string& message);

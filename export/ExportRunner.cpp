@@ -29,7 +29,8 @@ Target fileTarget(const std::string& destination, const char* defaultExtension)
     Target target;
     target.folder = path.parent_path().empty() ? "." : path.parent_path().string();
     target.baseName = path.stem().string();
-    target.extension = path.has_extension() ? path.extension().string().substr(1) : defaultExtension;
+    target.extension =
+        path.has_extension() ? path.extension().string().substr(1) : defaultExtension;
     return target;
 }
 
@@ -63,7 +64,8 @@ int exportSoundFont2(Project& p, const ExportRequest& r, uint32_t word, bool,
                      const ExportServices& s, std::string& message)
 {
     const Target t = fileTarget(r.destination, "sf2");
-    return TGexport_SoundFont2(t.folder, t.baseName, t.extension, &p, r.mslIndices, word, message, s);
+    return TGexport_SoundFont2(t.folder, t.baseName, t.extension, &p, r.mslIndices, word, message,
+                               s);
 }
 
 const struct {

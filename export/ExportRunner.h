@@ -12,11 +12,11 @@
 namespace tg {
 
 struct ExportRequest {
-    std::string menuText;     // a text of the export menu, e.g. "SoundFont2 (*.sf2)"
+    std::string menuText; // a text of the export menu, e.g. "SoundFont2 (*.sf2)"
     // WAV/AIFF sets: the destination folder. Single-file formats: the file to write
     // ("<folder>/<name>.<ext>"; without an extension the format's own is added).
     std::string destination;
-    std::string nameTemplate; // WAV/AIFF sets; empty means the long default
+    std::string nameTemplate;    // WAV/AIFF sets; empty means the long default
     std::vector<int> mslIndices; // empty means every Multi-Sample of the Project
     bool hasSettings = false;    // false: the format's default word with its corrections
     uint32_t settings = 0;

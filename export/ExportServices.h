@@ -46,7 +46,8 @@ struct SampleInstrument {
 
 struct ExportServices {
     // Full reader of a Key-Sample file.
-    std::function<int(const std::string& path, KeyAudio& audio, std::string& message)> readKeySample;
+    std::function<int(const std::string& path, KeyAudio& audio, std::string& message)>
+        readKeySample;
     // Renders note, loop and release of `key` from its recording; the part after the loop up
     // to Note_Out is included.
     std::function<int(const TGmsl_key& key, const KeyAudio& audio, RenderedKey& out,

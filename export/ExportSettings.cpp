@@ -12,23 +12,34 @@ uint32_t channelIndex(uint32_t word)
 uint32_t targetRate(uint32_t word, uint32_t sourceRate)
 {
     switch (word & exportbits::kFrequencyMask) {
-    case exportbits::kFrequency11025: return 11025;
-    case exportbits::kFrequency22050: return 22050;
-    case exportbits::kFrequency44100: return 44100;
-    case exportbits::kFrequency48000: return 48000;
-    case exportbits::kFrequency96000: return 96000;
-    case exportbits::kFrequency192000: return 192000;
-    default: return sourceRate;
+    case exportbits::kFrequency11025:
+        return 11025;
+    case exportbits::kFrequency22050:
+        return 22050;
+    case exportbits::kFrequency44100:
+        return 44100;
+    case exportbits::kFrequency48000:
+        return 48000;
+    case exportbits::kFrequency96000:
+        return 96000;
+    case exportbits::kFrequency192000:
+        return 192000;
+    default:
+        return sourceRate;
     }
 }
 
 uint16_t targetBits(uint32_t word, uint16_t sourceBits)
 {
     switch (word & exportbits::kDepthMask) {
-    case exportbits::kDepth8: return 8;
-    case exportbits::kDepth16: return 16;
-    case exportbits::kDepth24: return 24;
-    default: return sourceBits;
+    case exportbits::kDepth8:
+        return 8;
+    case exportbits::kDepth16:
+        return 16;
+    case exportbits::kDepth24:
+        return 24;
+    default:
+        return sourceBits;
     }
 }
 
@@ -44,9 +55,12 @@ uint16_t targetChannels(uint32_t word, uint16_t sourceChannels)
 ChannelMode targetChannelMode(uint32_t word)
 {
     switch (channelIndex(word)) {
-    case 3: return ChannelMode::Left;
-    case 7: return ChannelMode::Right;
-    default: return ChannelMode::Mix;
+    case 3:
+        return ChannelMode::Left;
+    case 7:
+        return ChannelMode::Right;
+    default:
+        return ChannelMode::Mix;
     }
 }
 

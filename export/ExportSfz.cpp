@@ -19,7 +19,7 @@ constexpr const char* kNameLine = "TGexport_DimensionSFZ():\n\n";
 constexpr size_t kTextBytesPerKey = 2048;
 
 class SfzSink : public ExportSink {
-public:
+  public:
     SfzSink(const std::string& folder, const std::string& baseName, const std::string& extension,
             double releaseTime, double attackTime, const ExportServices& services)
         : folder_(folder), base_(baseName), extension_(extension), releaseTime_(releaseTime),
@@ -51,13 +51,13 @@ public:
         loop.start = key.audio.loopStart;
         loop.end = key.audio.loopEnd;
         const std::string notePath = joinPath(folder_, sfzSampleName(base_, key.ordinal, key.note));
-        if (!services_.writeWav(notePath, key.audio.format, key.audio.note, loop, key.note, message))
+        if (!services_.writeWav(notePath, key.audio.format, key.audio.note, loop, key.note,
+                                message))
             return 0;
         const bool hasRelease = !key.audio.release.empty();
-        if (hasRelease &&
-            !services_.writeWav(joinPath(folder_, sfzReleaseName(base_, key.ordinal, key.note)),
-                                key.audio.format, key.audio.release, SampleLoop{}, key.note,
-                                message))
+        if (hasRelease && !services_.writeWav(
+                              joinPath(folder_, sfzReleaseName(base_, key.ordinal, key.note)),
+                              key.audio.format, key.audio.release, SampleLoop{}, key.note, message))
             return 0;
         text_ += sfzRegions(base_, key.ordinal, key.note, key.key->mapLow, key.key->mapHigh,
                             hasRelease, releaseTime_, attackTime_);
@@ -79,7 +79,7 @@ public:
 
     const std::string& text() const { return text_; }
 
-private:
+  private:
     std::string folder_;
     std::string base_;
     std::string extension_;
@@ -93,9 +93,8 @@ private:
 
 int TGexport_DimensionSFZ(const std::string& folder, const std::string& baseName,
                           const std::string& extension, Project* project,
-                          const std::vector<int>& mslIndices, uint32_t settings,
-                          double releaseTime, double attackTime, std::string& message,
-                          const ExportServices& services)
+                          const std::vector<int>& mslIndices, uint32_t settings, double releaseTime,
+                          double attackTime, std::string& message, const ExportServices& services)
 {
     if (project == nullptr || !services.writeWav) {
         message = std::string(kNameLine) + "illegal pointer (==NULL)";

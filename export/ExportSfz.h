@@ -16,8 +16,7 @@ namespace tg {
 // Returns 1, or 0 with the message after "TGexport_DimensionSFZ():\n\n".
 int TGexport_DimensionSFZ(const std::string& folder, const std::string& baseName,
                           const std::string& extension, Project* project,
-                          const std::vector<int>& mslIndices, uint32_t settings,
-                          double releaseTime, double attackTime, std::string& message,
-                          const ExportServices& services);
+                          const std::vector<int>& mslIndices, uint32_t settings, double releaseTime,
+                          double attackTime, std::string& message, const ExportServices& services);
 
 } // namespace tg

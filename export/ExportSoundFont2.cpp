@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kNameLine = "TGexport_SoundFont2():\n\n";
 
 class SoundFont2Sink : public ExportSink {
-public:
+  public:
     SoundFont2Sink(std::string path, std::string bankName, size_t keySamples)
         : path_(std::move(path)), bankName_(std::move(bankName)), keySamples_(keySamples)
     {
@@ -52,7 +52,7 @@ public:
 
     void discard() { bank_.discard(); }
 
-private:
+  private:
     std::string path_;
     std::string bankName_;
     size_t keySamples_;
@@ -64,8 +64,8 @@ private:
 
 int TGexport_SoundFont2(const std::string& folder, const std::string& bankName,
                         const std::string& extension, Project* project,
-                        const std::vector<int>& mslIndices, uint32_t settings,
-                        std::string& message, const ExportServices& services)
+                        const std::vector<int>& mslIndices, uint32_t settings, std::string& message,
+                        const ExportServices& services)
 {
     if (project == nullptr) {
         message = std::string(kNameLine) + "illegal pointer (==NULL)";

@@ -14,7 +14,7 @@ namespace tg {
 // "TGexport_SoundFont2():\n\n"; a bank that could not be completed is deleted.
 int TGexport_SoundFont2(const std::string& folder, const std::string& bankName,
                         const std::string& extension, Project* project,
-                        const std::vector<int>& mslIndices, uint32_t settings,
-                        std::string& message, const ExportServices& services);
+                        const std::vector<int>& mslIndices, uint32_t settings, std::string& message,
+                        const ExportServices& services);
 
 } // namespace tg

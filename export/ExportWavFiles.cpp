@@ -11,7 +11,7 @@ namespace {
 enum class SetFormat { Wav, Aiff };
 
 class SampleSetSink : public ExportSink {
-public:
+  public:
     SampleSetSink(SetFormat format, const std::string& folder, const std::string& nameTemplate,
                   const Project& project, const ExportServices& services)
         : format_(format), folder_(folder), template_(nameTemplate), project_(project),
@@ -38,7 +38,7 @@ public:
         return 1;
     }
 
-private:
+  private:
     int write(const std::string& path, const ExportedKey& key, const std::vector<uint8_t>& data,
               const SampleLoop& loop, const std::string& name, std::string& message)
     {

@@ -32,6 +32,7 @@ bool freeBytesAt(const std::string& folder, uint64_t& freeBytes);
 bool checkFreeSpace(const Project& project, uint32_t word, const std::string& destination,
                     const WaveFormatProbe& probe, std::string& message);
 
-constexpr const char* kNotEnoughSpaceText = "Sorry! Not enough space available for export. Aborting!";
+constexpr const char* kNotEnoughSpaceText =
+    "Sorry! Not enough space available for export. Aborting!";
 
 } // namespace tg

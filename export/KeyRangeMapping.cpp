@@ -73,8 +73,8 @@ void mapKeyRanges(TGmsl& msl)
             } else {
                 const int nextKey = present[i + 1];
                 const TGmsl_key& next = msl.keys[nextKey];
-                k.mapHigh = toKey(next.mapLowFlag != 0 ? key + (nextKey - key) / 2
-                                                       : next.mapLow - 1);
+                k.mapHigh =
+                    toKey(next.mapLowFlag != 0 ? key + (nextKey - key) / 2 : next.mapLow - 1);
             }
         }
     }

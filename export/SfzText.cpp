@@ -25,8 +25,8 @@ std::string sfzHeader()
     const std::string dashes = "//" + std::string(83, '-') + "\r\n";
     return dashes + "// sfz Definition File\r\n" + "// \r\n" +
            "// this file was created with Corvane's Tonegrabber\xCE\xA0Version " +
-           sfzNumber(kSfzVersion) + "\r\n" + "// for Cakewalk's virtual sampler \"Dimension\".\r\n" +
-           dashes;
+           sfzNumber(kSfzVersion) + "\r\n" +
+           "// for Cakewalk's virtual sampler \"Dimension\".\r\n" + dashes;
 }
 
 std::string sfzGroup(const TGmsl& msl)
@@ -35,14 +35,16 @@ std::string sfzGroup(const TGmsl& msl)
     std::string text =
         formatText("\r\n\r\n<group> // parameters for the multi-sample \"%s\"\r\n", name.c_str());
     if (msl.mapTo == 0)
-        text += formatText("lovel=%ld\r\nhivel=%ld\r\n", long(msl.range_start), long(msl.range_end));
+        text +=
+            formatText("lovel=%ld\r\nhivel=%ld\r\n", long(msl.range_start), long(msl.range_end));
     text += "\r\n";
     return text;
 }
 
 std::string sfzSampleName(const std::string& baseName, int ordinal, int note)
 {
-    return formatText("%s-%03d-%03d-%s.wav", baseName.c_str(), ordinal, note, noteName(note).c_str());
+    return formatText("%s-%03d-%03d-%s.wav", baseName.c_str(), ordinal, note,
+                      noteName(note).c_str());
 }
 
 std::string sfzReleaseName(const std::string& baseName, int ordinal, int note)
@@ -51,8 +53,8 @@ std::string sfzReleaseName(const std::string& baseName, int ordinal, int note)
                       noteName(note).c_str());
 }
 
-std::string sfzRegions(const std::string& baseName, int ordinal, int note, int lowKey,
-                       int highKey, bool hasRelease, double releaseTime, double attackTime)
+std::string sfzRegions(const std::string& baseName, int ordinal, int note, int lowKey, int highKey,
+                       bool hasRelease, double releaseTime, double attackTime)
 {
     std::string text = "<region>";
     text += " trigger=attack ";

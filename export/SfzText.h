@@ -23,7 +23,7 @@ std::string sfzSampleName(const std::string& baseName, int ordinal, int note);
 std::string sfzReleaseName(const std::string& baseName, int ordinal, int note);
 
 // The attack region of a Key-Sample and, when it has a release part, the release region.
-std::string sfzRegions(const std::string& baseName, int ordinal, int note, int lowKey,
-                       int highKey, bool hasRelease, double releaseTime, double attackTime);
+std::string sfzRegions(const std::string& baseName, int ordinal, int note, int lowKey, int highKey,
+                       bool hasRelease, double releaseTime, double attackTime);
 
 } // namespace tg

@@ -55,9 +55,12 @@ std::string chunk(const char* id, const std::string& data)
 int16_t point16(const uint8_t* p, int bits)
 {
     switch (bits) {
-    case 8: return int16_t((int(p[0]) - 128) * 256);
-    case 24: return int16_t(uint16_t(p[1] | p[2] << 8));
-    default: return int16_t(uint16_t(p[0] | p[1] << 8));
+    case 8:
+        return int16_t((int(p[0]) - 128) * 256);
+    case 24:
+        return int16_t(uint16_t(p[1] | p[2] << 8));
+    default:
+        return int16_t(uint16_t(p[0] | p[1] << 8));
     }
 }
 
@@ -177,8 +180,8 @@ int SoundFont2File::add(const Sf2KeySample& keySample, std::string& message)
     const uint8_t* bytes = keySample.data->data();
     for (size_t i = 0; i < frames; ++i)
         for (int c = 0; c < channels; ++c)
-            halves[c][i] = point16(bytes + i * frameBytes + size_t(c) * bytesPerPoint,
-                                   format.wBitsPerSample);
+            halves[c][i] =
+                point16(bytes + i * frameBytes + size_t(c) * bytesPerPoint, format.wBitsPerSample);
 
     const std::string base = formatText("S_%03d_%03d_%s", keySample.ordinal, keySample.note,
                                         noteName(keySample.note).c_str());
@@ -191,7 +194,8 @@ int SoundFont2File::add(const Sf2KeySample& keySample, std::string& message)
         // Without a loop the loop points rest on the sample start.
         const bool loop = keySample.hasLoop && keySample.loopEnd > keySample.loopStart;
         entry.loop = loop;
-        entry.loopStart = loop ? entry.start + uint32_t(std::max(0, keySample.loopStart)) : entry.start;
+        entry.loopStart =
+            loop ? entry.start + uint32_t(std::max(0, keySample.loopStart)) : entry.start;
         entry.loopEnd = loop ? entry.start + uint32_t(keySample.loopEnd) : entry.start;
         entry.rate = format.nSamplesPerSec;
         entry.pitch = uint8_t(std::clamp(keySample.note, 0, 127));

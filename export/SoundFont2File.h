@@ -13,9 +13,9 @@ namespace tg {
 
 // One Key-Sample for the bank: its converted audio and where it sits on the keyboard.
 struct Sf2KeySample {
-    int ordinal = 0;  // Multi-Sample ordinal in the export, for the sample name
-    int note = 60;    // MIDI note: the original pitch
-    WaveFormat format;              // 16-bit expected; 8/24-bit are brought to 16 bits
+    int ordinal = 0;   // Multi-Sample ordinal in the export, for the sample name
+    int note = 60;     // MIDI note: the original pitch
+    WaveFormat format; // 16-bit expected; 8/24-bit are brought to 16 bits
     const std::vector<uint8_t>* data = nullptr; // WAV byte image
     bool hasLoop = false;
     int32_t loopStart = 0; // frames, first loop frame
@@ -25,7 +25,7 @@ struct Sf2KeySample {
 };
 
 class SoundFont2File {
-public:
+  public:
     SoundFont2File() = default;
     ~SoundFont2File(); // an unfinished file is closed and deleted
     SoundFont2File(const SoundFont2File&) = delete;
@@ -42,7 +42,7 @@ public:
     // Closes and deletes an unfinished file.
     void discard();
 
-private:
+  private:
     struct SampleEntry {
         std::string name;
         uint32_t start = 0, end = 0, loopStart = 0, loopEnd = 0; // points in "smpl"

@@ -92,8 +92,8 @@ class ExportCommand : public testing::Test {
 
 TEST_F(ExportCommand, ShortKeysWriteTheirFormats)
 {
-    CommandRun r = run({"export", path, "--format", "sf2", "--dest", dir.file("out/Bank.sf2"),
-                        "--quiet"});
+    CommandRun r =
+        run({"export", path, "--format", "sf2", "--dest", dir.file("out/Bank.sf2"), "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_GT(test::readFileBytes(dir.file("out/Bank.sf2")).size(), 4u * 8000);
     EXPECT_EQ(r.err, "");
@@ -116,8 +116,8 @@ TEST_F(ExportCommand, ShortKeysWriteTheirFormats)
 TEST_F(ExportCommand, SettingsWordIsUsedAsGivenAndProgressGoesToStderr)
 {
     // 22.05 kHz, 8 Bit, mono (only L), trimmed after the loop.
-    CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"),
-                        "--naming", "<#msi#>-<#n#>", "--settings", "0x81080204"});
+    CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"), "--naming",
+                        "<#msi#>-<#n#>", "--settings", "0x81080204"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_NE(r.err.find("Working on Multisample \"Soft\" (1 of 2) Rendering and writing Key 60 "
                          "(\"C4\")"),
@@ -139,7 +139,8 @@ TEST_F(ExportCommand, BadArgumentsAreUsageErrors)
     r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--settings", "0xZZ"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
     EXPECT_NE(r.err.find("--settings"), std::string::npos);
-    r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--multisamples", "0,9"});
+    r = run(
+        {"export", path, "--format", "wav", "--dest", dir.file("out"), "--multisamples", "0,9"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
     EXPECT_NE(r.err.find("--multisamples"), std::string::npos);
 }

@@ -18,10 +18,12 @@ TEST(ExportFormats, EveryMenuTextReachesItsExporter)
     EXPECT_EQ(formatOf("WAV-Files"), ExportFormat::WavFiles);
     EXPECT_EQ(formatOf("WAV-Files (Loop only)"), ExportFormat::WavFiles);
     EXPECT_EQ(formatOf("AIFF-Files (Loop only)"), ExportFormat::Aiff);
-    for (const char* text : {"Camel Audio Alchemy (*.sfz)", "Cakewalk Dimension (*.sfz)", "rgc:audio (*.sfz)"})
+    for (const char* text :
+         {"Camel Audio Alchemy (*.sfz)", "Cakewalk Dimension (*.sfz)", "rgc:audio (*.sfz)"})
         EXPECT_EQ(formatOf(text), ExportFormat::Sfz);
-    for (const char* text : {"SoundFont2 (*.sf2)", "Apple Logic Pro EXS 24 (*.sf2)",
-                             "Maz Studio Tools VSampler (*.sf2)", "Yellow Tools Independence (*.SF2)"})
+    for (const char* text :
+         {"SoundFont2 (*.sf2)", "Apple Logic Pro EXS 24 (*.sf2)",
+          "Maz Studio Tools VSampler (*.sf2)", "Yellow Tools Independence (*.SF2)"})
         EXPECT_EQ(formatOf(text), ExportFormat::SoundFont2);
     EXPECT_EQ(formatOf("NI Kontakt (*.sxt)"), ExportFormat::NNXT);
     EXPECT_EQ(formatOf("Steinberg HALion (*.xml)"), ExportFormat::HALion);
@@ -35,7 +37,8 @@ TEST(ExportFormats, EveryMenuTextReachesItsExporter)
     EXPECT_EQ(formatOf("Sequential Prophet-X (*.zip)"), ExportFormat::ProphetX);
     EXPECT_EQ(formatOf("Yamaha Montage (*.X7U)"), ExportFormat::Montage);
     EXPECT_EQ(formatOf("Yamaha Montage (*.X7L)"), ExportFormat::Montage);
-    for (const char* text : {"Tascam Gigastudio (*.wav)", "Emu Emulator X (*.wav)", "MOTU Machfive (*.wav)"})
+    for (const char* text :
+         {"Tascam Gigastudio (*.wav)", "Emu Emulator X (*.wav)", "MOTU Machfive (*.wav)"})
         EXPECT_EQ(formatOf(text), ExportFormat::SamplerWav);
     for (const std::string& text : tg::exportMenuTexts())
         EXPECT_NE(tg::findExportFormat(text), nullptr) << text;

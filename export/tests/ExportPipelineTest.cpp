@@ -28,7 +28,7 @@ struct Written {
 };
 
 class RecordingSink : public tg::ExportSink {
-public:
+  public:
     std::vector<Written> keys;
     std::vector<int> begun;
     int failAt = -1;     // writeKey fails on this call
@@ -46,7 +46,8 @@ public:
             return tg::setMessage(message, "error writing %s", "x.wav");
         int peak = 0;
         for (size_t i = 0; i + 1 < key.audio.note.size(); i += 2)
-            peak = std::max(peak, std::abs(int(int16_t(key.audio.note[i] | key.audio.note[i + 1] << 8))));
+            peak = std::max(peak,
+                            std::abs(int(int16_t(key.audio.note[i] | key.audio.note[i + 1] << 8))));
         keys.push_back({key.ordinal, key.note, key.key->Note_In, key.key->Note_Out,
                         key.audio.note.size(), int16_t(std::min(peak, 32767))});
         if (int(keys.size()) == abortAfter)
@@ -61,7 +62,7 @@ public:
 };
 
 class ExportPipeline : public ::testing::Test {
-protected:
+  protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     MemoryAudio audio;
     RecordingSink sink;
@@ -189,7 +190,7 @@ TEST_F(ExportPipeline, OnAVelocityTieTheFirstLayerStaysTheReference)
 {
     project->msl[0].range_end = 127; // ties with "Hard"
     ASSERT_EQ(tg::runExportPipeline(job(kLevels), audio.services(), sink, message), 1) << message;
-    EXPECT_EQ(sink.keys[0].peak, 8060); // reference: unchanged
+    EXPECT_EQ(sink.keys[0].peak, 8060);      // reference: unchanged
     EXPECT_NEAR(sink.keys[3].peak, 8064, 1); // "Hard" is lowered to "Soft"'s loudest key
 }
 
@@ -252,11 +253,13 @@ TEST_F(ExportPipeline, ProgressTextsNameLayerAndKey)
     ASSERT_EQ(tg::runExportPipeline(j, audio.services(), sink, message), 1) << message;
     ASSERT_GE(reports.size(), 6u);
     EXPECT_EQ(reports[0].second, "Analyzing Levels of Key-Samples.");
-    EXPECT_EQ(reports[3].second,
-              "Working on Multisample \"Hard\" (1 of 3)\r\n\r\nRendering and writing Key 60 (\"C4\")");
+    EXPECT_EQ(
+        reports[3].second,
+        "Working on Multisample \"Hard\" (1 of 3)\r\n\r\nRendering and writing Key 60 (\"C4\")");
     EXPECT_DOUBLE_EQ(reports[4].first, 1.0 / 3.0);
-    EXPECT_EQ(reports[5].second,
-              "Working on Multisample \"Hard\" (1 of 3)\r\n\r\nRendering and writing Key 64 (\"E4\")");
+    EXPECT_EQ(
+        reports[5].second,
+        "Working on Multisample \"Hard\" (1 of 3)\r\n\r\nRendering and writing Key 64 (\"E4\")");
 }
 
 TEST_F(ExportPipeline, MissingPartsAndBadSelectionsAreRefused)

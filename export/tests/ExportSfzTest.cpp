@@ -15,7 +15,7 @@
 namespace {
 
 class ExportSfz : public ::testing::Test {
-protected:
+  protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::MemoryAudio audio;
     tg::test::TempDir dir;
@@ -79,9 +79,9 @@ TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
     std::vector<std::string> names;
     for (const auto& [path, file] : audio.written)
         names.push_back(std::filesystem::path(path).filename().string());
-    EXPECT_EQ(names, (std::vector<std::string>{"Piano-000-060-C4-release.wav", "Piano-000-060-C4.wav",
-                                               "Piano-000-062-D4.wav", "Piano-001-060-C4.wav",
-                                               "Piano-001-062-D4.wav"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"Piano-000-060-C4-release.wav",
+                                               "Piano-000-060-C4.wav", "Piano-000-062-D4.wav",
+                                               "Piano-001-060-C4.wav", "Piano-001-062-D4.wav"}));
     const auto& note = audio.written[dir.file("Piano-000-062-D4.wav")];
     EXPECT_EQ(note.rootKey, 62);
     EXPECT_FALSE(note.loop.enabled);
@@ -105,7 +105,8 @@ TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
 {
     audio.failWritesTo = "Piano-001-060";
     EXPECT_EQ(run(), 0);
-    EXPECT_EQ(message, "TGexport_DimensionSFZ():\n\nunable to open " + dir.file("Piano-001-060-C4.wav"));
+    EXPECT_EQ(message,
+              "TGexport_DimensionSFZ():\n\nunable to open " + dir.file("Piano-001-060-C4.wav"));
     EXPECT_FALSE(std::filesystem::exists(dir.file("Piano.sfz")));
 
     audio.failWritesTo.clear();

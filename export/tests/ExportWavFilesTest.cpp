@@ -13,7 +13,7 @@
 namespace {
 
 class ExportSampleSets : public ::testing::Test {
-protected:
+  protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::MemoryAudio audio;
     std::string message;

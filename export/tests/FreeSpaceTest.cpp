@@ -43,9 +43,9 @@ TEST(FreeSpace, SameSettingsCountAs44kStereo16Bit)
     // Files at 88.2 kHz are halved to 44.1 kHz.
     EXPECT_EQ(tg::estimateExportBytes(*p, same, probeOf(88200)), 176400u);
     // 48 kHz mono 24-bit target from 44.1 kHz files.
-    EXPECT_EQ(tg::estimateExportBytes(*p, kFrequency48000 | kDepth24 | kChannelsMonoLeft,
-                                      probeOf(44100)),
-              2u * 48000 * 3);
+    EXPECT_EQ(
+        tg::estimateExportBytes(*p, kFrequency48000 | kDepth24 | kChannelsMonoLeft, probeOf(44100)),
+        2u * 48000 * 3);
 }
 
 TEST(FreeSpace, UsableLoopsAreCountedInsteadOfTheNote)

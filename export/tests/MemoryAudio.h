@@ -76,7 +76,8 @@ struct MemoryAudio {
         s.peakLevel = [](const KeyAudio& audio) {
             int peak = 0;
             for (size_t i = 0; i + 1 < audio.data.size(); i += 2)
-                peak = std::max(peak, std::abs(int(int16_t(audio.data[i] | audio.data[i + 1] << 8))));
+                peak =
+                    std::max(peak, std::abs(int(int16_t(audio.data[i] | audio.data[i + 1] << 8))));
             return peak / 32767.0;
         };
         s.writeWav = [this](const std::string& path, const WaveFormat& format,

@@ -23,8 +23,7 @@ TEST(NamingTags, LongDefaultExpandsEveryTag)
     auto p = project();
     EXPECT_EQ(tg::expandNamingTags(*p, p->msl[0], 3, 61, tg::kLongNamingDefault),
               "Grand-03-Soft-061-Take2-C#4");
-    EXPECT_EQ(tg::expandNamingTags(*p, p->msl[0], 12, 5, tg::kShortNamingDefault),
-              "noname-12-005");
+    EXPECT_EQ(tg::expandNamingTags(*p, p->msl[0], 12, 5, tg::kShortNamingDefault), "noname-12-005");
 }
 
 TEST(NamingTags, UnknownTagsAndLoneAnglesAreCopied)

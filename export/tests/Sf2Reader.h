@@ -29,12 +29,12 @@ struct Sf2Bank {
     std::string error;
     uint32_t riffSize = 0;
     size_t fileSize = 0;
-    std::vector<std::string> topLists;              // list types in order: INFO, sdta, pdta
-    std::map<std::string, std::string> chunks;      // sub-chunk id -> data
-    std::vector<std::string> pdtaOrder;             // pdta sub-chunk ids in order
-    std::vector<int16_t> points;                    // "smpl"
-    std::vector<Sf2SampleHeader> samples;           // "shdr" with its terminal record
-    std::vector<Sf2Generator> igen;                 // with its terminal record
+    std::vector<std::string> topLists;         // list types in order: INFO, sdta, pdta
+    std::map<std::string, std::string> chunks; // sub-chunk id -> data
+    std::vector<std::string> pdtaOrder;        // pdta sub-chunk ids in order
+    std::vector<int16_t> points;               // "smpl"
+    std::vector<Sf2SampleHeader> samples;      // "shdr" with its terminal record
+    std::vector<Sf2Generator> igen;            // with its terminal record
     std::vector<std::pair<uint16_t, uint16_t>> ibag;
 };
 

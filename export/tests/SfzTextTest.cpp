@@ -18,8 +18,8 @@ std::string useCommaLocale(const tg::test::TempDir& dir)
     for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE"})
         if (std::setlocale(LC_NUMERIC, name) != nullptr)
             return name;
-    const std::string command = "localedef -i de_DE -f UTF-8 '" + dir.file("de_DE.UTF-8") +
-                                "' >/dev/null 2>&1";
+    const std::string command =
+        "localedef -i de_DE -f UTF-8 '" + dir.file("de_DE.UTF-8") + "' >/dev/null 2>&1";
     // localedef may warn and still build the locale; setlocale decides.
     (void)std::system(command.c_str());
     setenv("LOCPATH", dir.path().c_str(), 1);
@@ -66,7 +66,8 @@ TEST(SfzText, NoVelocityLayerAndNoReleasePart)
     tg::TGmsl msl;
     tg::copyText(msl.name, "Pad");
     msl.mapTo = 1;
-    EXPECT_EQ(tg::sfzGroup(msl), "\r\n\r\n<group> // parameters for the multi-sample \"Pad\"\r\n\r\n");
+    EXPECT_EQ(tg::sfzGroup(msl),
+              "\r\n\r\n<group> // parameters for the multi-sample \"Pad\"\r\n\r\n");
     EXPECT_EQ(tg::sfzRegions("Piano", 2, 61, 61, 63, false, 0.5, 0.25),
               "<region> trigger=attack  pitch_keycenter=61 lokey=61 hikey=63 "
               "sample=Piano-002-061-C#4.wav\r\n");

@@ -66,17 +66,19 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
                                                        "ibag", "imod", "igen", "shdr"}));
     EXPECT_EQ(sf2.chunks.at("ifil"), std::string("\x02\x00\x00\x00", 4));
     EXPECT_EQ(sf2.chunks.at("isng").size(), 256u);
-    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("isng"), 0, 256), "for software samplers from Tonegrabber");
+    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("isng"), 0, 256),
+              "for software samplers from Tonegrabber");
     EXPECT_EQ(sf2.chunks.at("INAM").size(), 48u);
-    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("INAM"), 0, 48), "A bank name longer than nineteen");
+    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("INAM"), 0, 48),
+              "A bank name longer than nineteen");
 
     // Points: 100 + 128 zeros, then 50 + 128 for each stereo half.
     ASSERT_EQ(sf2.points.size(), 100u + 128 + 2 * (50 + 128));
     EXPECT_EQ(sf2.points[99], 297);
     for (size_t i = 100; i < 228; ++i)
         ASSERT_EQ(sf2.points[i], 0) << i;
-    EXPECT_EQ(sf2.points[228 + 49], 245);          // left half
-    EXPECT_EQ(sf2.points[228 + 178 + 49], -245);   // right half
+    EXPECT_EQ(sf2.points[228 + 49], 245);        // left half
+    EXPECT_EQ(sf2.points[228 + 178 + 49], -245); // right half
 
     ASSERT_EQ(sf2.samples.size(), 4u);
     const auto& m = sf2.samples[0];

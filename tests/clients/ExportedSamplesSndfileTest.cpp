@@ -43,9 +43,8 @@ SoundFileView viewWithSndfile(const std::string& path)
     std::unique_ptr<SNDFILE, SndfileCloser> file(sf_open(path.c_str(), SFM_READ, &view.info));
     view.opened = file != nullptr;
     if (file)
-        view.hasInstrument =
-            sf_command(file.get(), SFC_GET_INSTRUMENT, &view.instrument, sizeof view.instrument) ==
-            SF_TRUE;
+        view.hasInstrument = sf_command(file.get(), SFC_GET_INSTRUMENT, &view.instrument,
+                                        sizeof view.instrument) == SF_TRUE;
     return view;
 }
 
@@ -62,7 +61,7 @@ std::vector<uint8_t> tone(int channels)
 }
 
 class ExportedSamples : public ::testing::Test {
-protected:
+  protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::TempDir dir;
     std::string out;
@@ -127,7 +126,8 @@ protected:
         std::string all;
         for (int m = 0; m < project->mslCount; ++m)
             for (int note : {60, 64, 67})
-                all += tg::test::readFileBytes(tg::keySampleFileName(*project, project->msl[m], note));
+                all +=
+                    tg::test::readFileBytes(tg::keySampleFileName(*project, project->msl[m], note));
         return all;
     }
 };

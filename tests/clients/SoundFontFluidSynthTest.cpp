@@ -1,6 +1,6 @@
 // Banks from the SoundFont 2 export played by FluidSynth: pitch, loops, key zones, stereo.
-#include "core/Message.h"
 #include "audiofile/WavFile.h"
+#include "core/Message.h"
 #include "core/Names.h"
 #include "export/ExportAudioServices.h"
 #include "export/ExportSoundFont2.h"
@@ -16,8 +16,8 @@
 namespace {
 
 constexpr int kRate = 44100;
-constexpr int kFrames = 66150;     // 1.5 s per Key-Sample
-constexpr int kLoopStart = 22050;  // the last second is the loop
+constexpr int kFrames = 66150;    // 1.5 s per Key-Sample
+constexpr int kLoopStart = 22050; // the last second is the loop
 constexpr int kLoopEnd = kFrames - 1;
 constexpr double kPi = 3.14159265358979323846;
 
@@ -64,7 +64,7 @@ struct Rendering {
 };
 
 class FluidPlayer {
-public:
+  public:
     explicit FluidPlayer(const std::string& bank)
     {
         settings_ = new_fluid_settings();
@@ -98,7 +98,7 @@ public:
         return r;
     }
 
-private:
+  private:
     fluid_settings_t* settings_ = nullptr;
     fluid_synth_t* synth_ = nullptr;
     int fontId_ = FLUID_FAILED;
@@ -148,7 +148,7 @@ double toneLevel(const std::vector<float>& x, double f, double from, double to)
 }
 
 class SoundFontInFluidSynth : public ::testing::Test {
-protected:
+  protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::TempDir dir;
     tg::ExportServices services = tg::defaultExportServices();

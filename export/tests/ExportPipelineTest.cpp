@@ -243,6 +243,37 @@ TEST_F(ExportPipeline, RenderAndConvertFailuresCarryTheirMessages)
     EXPECT_EQ(message, "TGexport_Test():\n\nconvert sample error: unsupported in this test");
 }
 
+TEST_F(ExportPipeline, ConverterGetsTargetFormatChannelAndResamplingChoice)
+{
+    struct Call {
+        tg::WaveFormat to;
+        tg::ChannelMode channels;
+        tg::ResampleMode resampling;
+        bool withLoop;
+    };
+    std::vector<Call> calls;
+    tg::ExportServices services = audio.services();
+    services.convert = [&](std::vector<uint8_t>&, const tg::WaveFormat&, const tg::WaveFormat& to,
+                           int32_t* loopStart, int32_t*, tg::ChannelMode channels,
+                           tg::ResampleMode resampling, std::string&) {
+        calls.push_back({to, channels, resampling, loopStart != nullptr});
+        return 1;
+    };
+    project->msl[0].keys[60].releaseOn = 1; // this key also has a release part to convert
+    auto j = job(0x40000000 | 0x10000000 | 0x2000000 | 0x100000 | 0x800 | 0x04);
+    j.mslIndices = {0};
+    ASSERT_EQ(tg::runExportPipeline(j, services, sink, message), 1) << message;
+    ASSERT_EQ(calls.size(), 4u); // note and release of key 60, notes of 62 and 64
+    EXPECT_EQ(calls[0].to.nSamplesPerSec, 22050u);
+    EXPECT_EQ(calls[0].to.wBitsPerSample, 24);
+    EXPECT_EQ(calls[0].to.nChannels, 1);
+    EXPECT_EQ(calls[0].channels, tg::ChannelMode::Right);
+    EXPECT_EQ(calls[0].resampling, tg::ResampleMode::HighQuality);
+    EXPECT_TRUE(calls[0].withLoop);
+    EXPECT_FALSE(calls[1].withLoop); // the release part has no loop
+    EXPECT_EQ(calls[3].resampling, tg::ResampleMode::HighQuality);
+}
+
 TEST_F(ExportPipeline, ProgressTextsNameLayerAndKey)
 {
     std::vector<std::pair<double, std::string>> reports;

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <unistd.h>
 
 namespace {
 
@@ -230,4 +231,21 @@ TEST_F(ExportedSamples, WriteFailureLeavesTheProjectAsItWas)
     EXPECT_NE(message.find("060.wav"), std::string::npos) << message;
     EXPECT_EQ(markers(), before);
     EXPECT_EQ(recordings(), audioBefore);
+}
+
+TEST_F(ExportedSamples, ReadOnlyFolderLeavesTheProjectAsItWas)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "permissions do not stop root; the blocked-folder test covers the failure";
+    const std::string before = markers();
+    const std::string locked = dir.file("locked");
+    std::filesystem::create_directories(locked);
+    std::filesystem::permissions(locked, std::filesystem::perms::owner_read |
+                                             std::filesystem::perms::owner_exec);
+    const int ok = tg::TGexport_WavFiles(locked, "<#mn#>", project.get(), {0, 1}, kSettings, false,
+                                         message, services);
+    std::filesystem::permissions(locked, std::filesystem::perms::owner_all);
+    EXPECT_EQ(ok, 0);
+    EXPECT_EQ(message.rfind("TGexport_WavFiles():\n\n", 0), 0u) << message;
+    EXPECT_EQ(markers(), before);
 }

@@ -192,11 +192,15 @@ int SoundFont2File::add(const Sf2KeySample& keySample, std::string& message)
         entry.start = points_;
         entry.end = points_ + uint32_t(frames);
         // Without a loop the loop points rest on the sample start.
-        const bool loop = keySample.hasLoop && keySample.loopEnd > keySample.loopStart;
+        // The loop is kept inside the sample's own points whatever the caller hands in.
+        const int64_t lastFrame = int64_t(frames) - 1;
+        const int64_t loopStart =
+            std::clamp<int64_t>(keySample.loopStart, 0, std::max<int64_t>(0, lastFrame));
+        const int64_t loopEnd = std::min<int64_t>(keySample.loopEnd, lastFrame);
+        const bool loop = keySample.hasLoop && loopEnd > loopStart;
         entry.loop = loop;
-        entry.loopStart =
-            loop ? entry.start + uint32_t(std::max(0, keySample.loopStart)) : entry.start;
-        entry.loopEnd = loop ? entry.start + uint32_t(keySample.loopEnd) : entry.start;
+        entry.loopStart = loop ? entry.start + uint32_t(loopStart) : entry.start;
+        entry.loopEnd = loop ? entry.start + uint32_t(loopEnd) : entry.start;
         entry.rate = format.nSamplesPerSec;
         entry.pitch = uint8_t(std::clamp(keySample.note, 0, 127));
         entry.type = channels == 1 ? kMonoSample : (c == 0 ? kLeftSample : kRightSample);

@@ -145,6 +145,33 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
     EXPECT_EQ(tg::test::le16(inst, 42), 3);
 }
 
+TEST(SoundFont2File, LoopPointsStayInsideTheSample)
+{
+    tg::test::TempDir dir;
+    const auto mono = ramp16(100, 1, 3);
+    std::string message;
+    tg::SoundFont2File bank;
+    ASSERT_EQ(bank.open(dir.file("b.sf2"), "b", 2, message), 1) << message;
+    auto past = keySample(mono, 1, 60);
+    past.hasLoop = true;
+    past.loopStart = -5;
+    past.loopEnd = 250; // past the last frame
+    ASSERT_EQ(bank.add(past, message), 1);
+    auto empty = keySample(mono, 1, 62);
+    empty.hasLoop = true;
+    empty.loopStart = 120; // starts after the sample
+    empty.loopEnd = 130;
+    ASSERT_EQ(bank.add(empty, message), 1);
+    ASSERT_EQ(bank.finish(message), 1) << message;
+    const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(dir.file("b.sf2")));
+    ASSERT_EQ(sf2.samples.size(), 3u);
+    EXPECT_EQ(sf2.samples[0].loopStart, 0u);
+    EXPECT_EQ(sf2.samples[0].loopEnd, 100u);
+    EXPECT_EQ(sf2.igen[2].amount, 1);
+    EXPECT_EQ(sf2.samples[1].loopStart, sf2.samples[1].start);
+    EXPECT_EQ(sf2.igen[6].amount, 0); // nothing left to loop
+}
+
 TEST(SoundFont2File, UnopenablePathIsReported)
 {
     tg::test::TempDir dir;

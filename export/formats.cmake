@@ -15,10 +15,16 @@ tg_add_library(tg_export_formats
         templates/TemplateText.cpp templates/TemplateText.h
         templates/TemporaryFolder.cpp templates/TemporaryFolder.h
         zip/ZipArchive.cpp zip/ZipArchive.h
+        korg/BigEndian.h
+        korg/KorgFiles.cpp korg/KorgFiles.h
+        korg/KorgKronos.cpp korg/KorgKronos.h
+        korg/KorgNames.cpp korg/KorgNames.h
     PUBLIC_LIBS tg_core
     PRIVATE_LIBS PkgConfig::LIBZIP)
 
 tg_add_tests(tg_export_formats_tests
     SOURCES
+        templates/tests/BitwigExporterTest.cpp
         templates/tests/TemplateTextTest.cpp
+        tests/SyntheticProject.cpp tests/SyntheticProject.h
     LIBS tg_export_formats)

@@ -24,7 +24,11 @@ tg_add_library(tg_export_formats
 
 tg_add_tests(tg_export_formats_tests
     SOURCES
+        korg/tests/KorgKronosTest.cpp
         templates/tests/BitwigExporterTest.cpp
+        templates/tests/CardExportersTest.cpp
+        templates/tests/ExportChecksTest.cpp
         templates/tests/TemplateTextTest.cpp
         tests/SyntheticProject.cpp tests/SyntheticProject.h
+        zip/tests/ZipArchiveTest.cpp
     LIBS tg_export_formats)

@@ -44,7 +44,9 @@ int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
     const int channelCount = stereo ? 2 : 1;
 
     const std::string folder = joinPath(destination, kronosFolderName(project.name, projectNumber));
-    if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST)
+    struct stat existing {};
+    if (mkdir(folder.c_str(), 0777) != 0 &&
+        !(errno == EEXIST && stat(folder.c_str(), &existing) == 0 && S_ISDIR(existing.st_mode)))
         return setMessage(message, "%sunable to create directory \"%s\"", kNameLine, folder.c_str());
 
     const std::string scriptPath = formatText("%s.KSC", folder.c_str());

@@ -20,4 +20,7 @@ void addDeviceCommands(CliApp& app);
 // auto, normalize, gain, levels, estimate
 void addAnalysisCommands(CliApp& app);
 
+// export (cli/ExportCommands.cpp)
+void addExportCommands(CliApp& app);
+
 } // namespace tg::cli

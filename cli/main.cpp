@@ -10,5 +10,6 @@ int main(int argc, char** argv)
     tg::cli::addDeviceCommands(app);
     tg::cli::addProjectCommands(app);
     tg::cli::addAnalysisCommands(app);
+    tg::cli::addExportCommands(app);
     return app.run(argc, argv);
 }

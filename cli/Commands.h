@@ -20,4 +20,7 @@ void addDeviceCommands(CliApp& app);
 // auto, normalize, gain, levels, estimate
 void addAnalysisCommands(CliApp& app);
 
+// record: the automatic recording run (cli/RecordCommands.cpp)
+void addRecordCommands(CliApp& app);
+
 } // namespace tg::cli

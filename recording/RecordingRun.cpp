@@ -23,6 +23,7 @@ constexpr int64_t kNoteOnDelayMs = 500;
 constexpr int64_t kRecordingPollMs = 500;
 constexpr int64_t kUpdateTickMs = 50;
 constexpr double kNoteLeadIn = 0.5; // seconds of the take before the Note On
+constexpr int64_t kStalledInputMs = 10000; // grace after the armed length
 
 // Numbers in the log read as the user typed them: 3.5, 2, 0.25.
 std::string number(double value)
@@ -287,6 +288,7 @@ void RecordingRun::recordNote()
         return;
     }
     armedAtMs_ = clock_.nowMs();
+    armedMs_ = int64_t(std::llround(seconds * 1000.0));
     measuredNoteMs_ = 0.0;
     const TGmsl& msl = *list_.entries[entry_].msl;
     if (!options_.automatic) {
@@ -345,8 +347,13 @@ void RecordingRun::onMidiOff()
 
 void RecordingRun::onRecordingTick()
 {
-    if (source_.isRecording())
+    if (source_.isRecording()) {
+        // An input that stopped delivering blocks (a server gone, a device unplugged) would
+        // otherwise keep the run polling for ever.
+        if (options_.automatic && clock_.nowMs() > armedAtMs_ + armedMs_ + kStalledInputMs)
+            fail("The audio input stopped delivering audio before the take was complete.");
         return;
+    }
     stopTimer(kRecordingTimer);
     stopTimer(kUpdateTimer);
     processTake();

@@ -161,6 +161,7 @@ class RecordingRun {
     int64_t countdownStartMs_ = 0;
     int64_t noteStartMs_ = 0;
     int64_t armedAtMs_ = 0;
+    int64_t armedMs_ = 0;
     Timer timers_[kTimerCount];
 };
 

@@ -423,3 +423,42 @@ TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
 
 } // namespace
 } // namespace tg::test
+
+namespace tg::test {
+namespace {
+
+// The fake keeps recording for ever: the run must not poll for ever.
+class StalledSource : public FakeTakeSource {
+  public:
+    using FakeTakeSource::FakeTakeSource;
+    bool isRecording() override { return true; }
+};
+
+TEST(StalledInput, RunEndsWhenTheTakeNeverCompletes)
+{
+    TempDir folder;
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    ASSERT_TRUE(model.addMultiSample().ok());
+    Project& p = *model.currentProject();
+    copyText(p.name, "P");
+    copyText(p.dataPath, folder.path().c_str());
+    p.msl[0].keys[60].keyState = 1;
+    p.msl[0].KBrangeIn = 0;
+    p.msl[0].KBrangeOut = 127;
+    FakeClock clock;
+    StalledSource source(clock);
+    RecordingObserver observer;
+    RecordingRun run(model, RunOptions{}, source, clock, observer);
+    ASSERT_TRUE(run.open().ok());
+    run.start();
+    runToEnd(run, clock, 60 * 1000);
+    EXPECT_TRUE(run.finished());
+    EXPECT_TRUE(run.failed());
+    EXPECT_EQ(observer.boxes, (std::vector<std::string>{
+                                  "Error: The audio input stopped delivering audio before the "
+                                  "take was complete."}));
+}
+
+} // namespace
+} // namespace tg::test

@@ -59,14 +59,17 @@ class StderrObserver : public RunObserver {
     void log(const std::string& text) override { std::cerr << plainLines(text) << '\n'; }
     void progress(const std::string& title, int, int) override
     {
-        if (!quiet_)
+        // The title is shown again when a key begins; a line per change is enough.
+        if (!quiet_ && title != lastTitle_)
             std::cerr << title << '\n';
+        lastTitle_ = title;
     }
     void message(const std::string&, const std::string& text) override { failure = text; }
     std::string failure;
 
   private:
     bool quiet_;
+    std::string lastTitle_;
 };
 
 // Waits on the run's timers in small steps, so a stop signal is seen quickly.

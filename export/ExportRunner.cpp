@@ -10,6 +10,8 @@
 #include "export/ExportWavFiles.h"
 #include "export/FreeSpace.h"
 #include "export/NamingTags.h"
+#include "export/TemplateExportSink.h"
+#include "export/templates/BitwigExporter.h"
 
 #include <filesystem>
 
@@ -68,6 +70,21 @@ int exportSoundFont2(Project& p, const ExportRequest& r, uint32_t word, bool,
                                s);
 }
 
+int exportBitwig(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                 const ExportServices& s, std::string& message)
+{
+    const Target t = fileTarget(r.destination, "multisample");
+    BitwigExporter exporter(p, r.mslIndices, t.folder + "/" + t.baseName + "." + t.extension, word);
+    exporter.setLoopAllSamples(r.loopAll);
+    ExportJob job;
+    job.nameLine = "BitwigExporter:\n\n";
+    job.project = &p;
+    job.mslIndices = r.mslIndices;
+    job.settings = word;
+    job.loopOnly = loopOnly;
+    return runTemplateExport(exporter, job, s, message);
+}
+
 const struct {
     ExportFormat format;
     Exporter exporter;
@@ -77,6 +94,7 @@ const struct {
     {ExportFormat::Aiff, exportAiff},
     {ExportFormat::Sfz, exportSfz},
     {ExportFormat::SoundFont2, exportSoundFont2},
+    {ExportFormat::Bitwig, exportBitwig},
 };
 
 std::string checkFolder(const ExportRequest& request, ExportFormat format)

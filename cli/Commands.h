@@ -26,4 +26,7 @@ void addExportCommands(CliApp& app);
 // record: the automatic recording run (cli/RecordCommands.cpp)
 void addRecordCommands(CliApp& app);
 
+// demo: the main job on the embedded default (cli/DemoCommands.cpp)
+void addDemoCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -4,18 +4,23 @@
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
 
+#include "core/IniKeys.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceTables.h"
+#include "devices/InstrumentSpec.h"
 #include "devices/MidiManager.h"
 #include "devices/MidiPorts.h"
+#include "recording/OfflineTakeSource.h"
+#include "recording/PluginTakeSource.h"
 #include "recording/RealTimeTakeSource.h"
 #include "recording/RecordingRun.h"
 #include "recording/StartupWiring.h"
 
 #include <QCoreApplication>
+#include <QSettings>
 
 #include <algorithm>
 #include <atomic>
@@ -44,6 +49,8 @@ struct RecordOptions {
     bool keepLocked = false;
     bool verbose = false;
     bool quiet = false;
+    bool offline = false;   // bounce from the hosted instrument, no audio device
+    std::string instrument; // instrument spec; empty: the one stored for the user
 };
 
 // The log's line breaks are the dialog's (\r\n); a terminal wants plain ones.
@@ -102,6 +109,25 @@ int runRecord(const RecordOptions& options)
         return kExitBadUsage;
     }
 
+    // The hosted instrument: given here (and kept for the user), or the one kept last time.
+    InstrumentSpec spec;
+    const bool hosted = options.offline || !options.instrument.empty();
+    if (hosted) {
+        std::string text = options.instrument.empty() ? storedInstrumentSpec() : options.instrument;
+        std::string specMessage;
+        if (text.empty()) {
+            std::cerr << "Bad argument --offline: no instrument was chosen yet; give --instrument "
+                         "SPEC (a .sf2 path or lv2:URI).\n";
+            return kExitBadUsage;
+        }
+        if (!parseInstrumentSpec(text, spec, specMessage)) {
+            std::cerr << "Bad argument --instrument '" << text << "': " << specMessage << "\n";
+            return kExitBadUsage;
+        }
+        if (!options.instrument.empty() && !storeInstrumentSpec(options.instrument, specMessage))
+            return fail(specMessage, false);
+    }
+
     int argc = 1;
     char name[] = "tonegrabber-cli";
     char* argv[] = {name, nullptr};
@@ -109,7 +135,11 @@ int runRecord(const RecordOptions& options)
 
     auto model = std::make_unique<Model>();
     std::string message;
-    if (!initializeWithDevices(*model, determineCoreFolders(), message))
+    // Offline bouncing needs no device at all: the core starts without the device steps.
+    const int initialized =
+        options.offline ? initializeCore(*model, determineCoreFolders(), StartupHooks{}, message)
+                        : initializeWithDevices(*model, determineCoreFolders(), message);
+    if (!initialized)
         return fail(message, false);
     int first = -1;
     for (const std::string& path : options.projects) {
@@ -129,13 +159,6 @@ int runRecord(const RecordOptions& options)
         model->selectMultiSample(options.multisample);
     }
 
-    AudioManager audioManager;
-    // Nothing is played back here; without an output the hosted instrument cannot be
-    // sampled in real time, and the run says so.
-    audioManager.setOutputDeviceName(kNoAudioOutEntry);
-    MidiManager midiManager;
-    RealTimeTakeSource source(audioManager, midiManager);
-    SteadyRunClock clock;
     StderrObserver observer(options.quiet);
     RunOptions runOptions;
     runOptions.command = command;
@@ -144,7 +167,44 @@ int runRecord(const RecordOptions& options)
     runOptions.keepLockedKeys = options.keepLocked;
     runOptions.verbose = options.verbose;
     runOptions.audioOutputDevice = kNoAudioOutEntry;
-    RecordingRun run(*model, runOptions, source, clock, observer);
+
+    if (options.offline) {
+        OfflineTakeSource offline(spec);
+        const auto begin = std::chrono::steady_clock::now();
+        int status = kExitOk;
+        if (!runOfflineRecording(*model, runOptions, offline, observer, message))
+            status = fail(message, false);
+        const double wall =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+        // Every take was saved as it was made; this saves what a failure left changed.
+        for (int i = 0; i < model->projectCount(); ++i)
+            if (!saveProjectAgain(model->project(i), message))
+                status = fail(message, false);
+        if (status == kExitOk && !options.quiet)
+            std::cerr << "Bounced " << offline.secondsRendered() << " s of audio from "
+                      << offline.description() << " in " << wall << " s\n";
+        return status;
+    }
+
+    AudioManager audioManager;
+    MidiManager midiManager;
+    std::unique_ptr<TakeSource> source;
+    if (hosted) {
+        // The hosted instrument in real time is heard on the user's audio output, and it is
+        // from that output that the recorder takes it.
+        const QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
+        const std::string output = ini.value(ini::kOutputAudioDeviceName).toString().toStdString();
+        audioManager.setOutputDeviceName(output);
+        runOptions.audioOutputDevice = output.empty() ? kNoAudioOutEntry : output;
+        source = std::make_unique<PluginTakeSource>(audioManager, spec);
+    } else {
+        // Nothing is played back here; without an output the hosted instrument cannot be
+        // sampled in real time, and the run says so.
+        audioManager.setOutputDeviceName(kNoAudioOutEntry);
+        source = std::make_unique<RealTimeTakeSource>(audioManager, midiManager);
+    }
+    SteadyRunClock clock;
+    RecordingRun run(*model, runOptions, *source, clock, observer);
 
     stopSignal.store(0);
     std::signal(SIGINT, onStopSignal);
@@ -185,14 +245,21 @@ void addRecordCommands(CliApp& app)
         ->required();
     record->add_option("--scope", options->scope, "multisample, project (default) or all")
         ->check(CLI::IsMember({"multisample", "project", "all"}));
-    record->add_option("--multisample", options->multisample,
-                       "Multi-Sample index for --scope multisample (default: the current one)")
+    record
+        ->add_option("--multisample", options->multisample,
+                     "Multi-Sample index for --scope multisample (default: the current one)")
         ->check(CLI::Range(0, kMaxMultiSamples - 1));
     record->add_flag("--only-empty", options->onlyEmpty, "Record only empty Key-Samples");
     record->add_flag("--keep-locked", options->keepLocked,
                      "Skip keys that have audio and are locked");
     record->add_flag("--verbose", options->verbose, "Write the detailed steps to the log");
     record->add_flag("--quiet", options->quiet, "No progress lines");
+    record->add_flag(
+        "--offline", options->offline,
+        "Bounce from the hosted instrument as fast as the CPU allows (no audio device)");
+    record->add_option("--instrument", options->instrument,
+                       "Hosted instrument: PATH.sf2[?bank=B&preset=P&gain=G] or "
+                       "lv2:URI[?symbol=value&...]; kept for the next time");
 }
 
 } // namespace tg::cli

@@ -2,9 +2,12 @@
 #include "recording/OfflineTakeSource.h"
 
 #include "core/Message.h"
+#include "devices/DeviceTables.h"
 #include "devices/OfflineBouncer.h"
 #include "devices/RecordFormats.h"
 #include "recording/RecordingRun.h"
+
+#include <chrono>
 
 namespace tg {
 
@@ -52,7 +55,12 @@ void OfflineTakeSource::renderNote(const OfflineNote& note)
     bounce.releaseLength = note.releaseLength;
     bounce.leadIn = note.leadIn;
     lastError_.clear();
-    if (instrument_ == nullptr || !bounceNote(*instrument_, bounce, format_, take_, lastError_)) {
+    const auto begin = std::chrono::steady_clock::now();
+    const int bounced =
+        instrument_ != nullptr && bounceNote(*instrument_, bounce, format_, take_, lastError_);
+    renderWallSeconds_ +=
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (!bounced) {
         if (lastError_.empty())
             lastError_ = "No instrument is open for offline bouncing";
         take_.clear();
@@ -126,6 +134,11 @@ int runOfflineRecording(Model& model, const RunOptions& options, OfflineTakeSour
     FailureKeeper keeper(observer);
     RunOptions automatic = options;
     automatic.automatic = true;
+    // The run refuses to sample the plug-in without an audio output, which real-time plug-in
+    // recording listens on. Bouncing renders straight into the takes and needs none: the
+    // instrument itself stands in as the output.
+    if (automatic.audioOutputDevice.empty() || automatic.audioOutputDevice == kNoAudioOutEntry)
+        automatic.audioOutputDevice = kVstPluginEntry;
     RecordingRun run(model, automatic, source, clock, keeper);
     const Result opened = run.open();
     if (!opened.ok())

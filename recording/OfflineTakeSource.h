@@ -41,6 +41,9 @@ class OfflineTakeSource : public TakeSource, public OfflineNoteRenderer {
     std::string description() const;
     const std::string& lastError() const { return lastError_; }
     double secondsRendered() const { return secondsRendered_; }
+    // Wall-clock seconds spent rendering them (the bouncing alone, without the run's
+    // processing of each take).
+    double renderWallSeconds() const { return renderWallSeconds_; }
 
   private:
     InstrumentSpec spec_;
@@ -52,6 +55,7 @@ class OfflineTakeSource : public TakeSource, public OfflineNoteRenderer {
     int64_t frames_ = 0;
     std::string lastError_;
     double secondsRendered_ = 0.0;
+    double renderWallSeconds_ = 0.0;
 };
 
 // A clock for offline runs: time stands still until the driving loop moves it to the run's

@@ -1,21 +1,31 @@
 // The hosted instrument in real time on the dummy JACK server: "-Vst Plugin-" as a
 // Multi-Sample's audio input plays the instrument on the output, and a recording takes it
 // from there through the ring buffer, with nothing allocated or locked on the audio thread.
+#include "audiofile/WavFile.h"
+#include "core/Model.h"
+#include "core/Names.h"
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceTables.h"
 #include "devices/HostedInstrument.h"
 #include "devices/InstrumentHost.h"
+#include "recording/PluginTakeSource.h"
+#include "recording/ProjectSetup.h"
+#include "recording/RecordingRun.h"
 #include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/TempDir.h"
 
 #include <QCoreApplication>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cmath>
 #include <cstring>
 #include <string>
+#include <thread>
 
 namespace tg::test {
 namespace {
@@ -111,6 +121,71 @@ TEST_F(HostedInstrumentOnJack, AnotherInputDeviceLeavesPluginModeAgain)
     EXPECT_FALSE(audio::pluginInput());
     EXPECT_FALSE(audio::player().pluginMode());
     EXPECT_TRUE(audio::inputOpen());
+}
+
+// The recording run in real time, as the record dialog drives it with its timers: notes go to
+// the hosted instrument, takes come from the output through the ring buffer.
+TEST_F(HostedInstrumentOnJack, RecordingRunSamplesTheHostedInstrumentInRealTime)
+{
+    TempDir dir;
+    Model model;
+    ProjectSetupRecord setup;
+    setup.name = "Live";
+    setup.dataPath = dir.path();
+    setup.audioInDevice = kVstPluginEntry;
+    setup.midiOutDevice = kVstPluginEntry;
+    setup.pluginRecording = true;
+    setup.keyCount = 37; // 48..84
+    setup.keyStep = 18;  // 48, 66, 84
+    setup.noteLength = 0.6;
+    setup.releaseLength = 0.2f;
+    ASSERT_TRUE(createProjectFromSetup(model, setup).ok());
+    Project& project = *model.currentProject();
+    project.msl[0].recordsettings.recpause = 0.2;
+
+    InstrumentSpec spec;
+    std::string msg;
+    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=19", spec, msg), 1);
+    PluginTakeSource source(audioManager, spec);
+    SteadyRunClock clock;
+    RunObserver observer;
+    RunOptions options;
+    options.command = kRecordSelectedMultiSample;
+    options.recordOnlyEmptyKeys = false;
+    options.audioOutputDevice = "system";
+    RecordingRun run(model, options, source, clock, observer);
+    ASSERT_TRUE(run.open().ok());
+    run.start();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!run.finished() && std::chrono::steady_clock::now() < deadline) {
+        const int64_t next = run.nextDueMs();
+        ASSERT_GE(next, 0);
+        const int64_t wait = std::min<int64_t>(std::max<int64_t>(next - clock.nowMs(), 0), 20);
+        std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+        run.service();
+    }
+    ASSERT_TRUE(run.finished());
+    ASSERT_FALSE(run.failed());
+    EXPECT_EQ(run.keysDone(), 3);
+
+    for (int note : {48, 66, 84}) {
+        const TGmsl_key& key = project.msl[0].keys[note];
+        EXPECT_EQ(key.hasAudio, 1) << note;
+        WaveFormat format;
+        std::vector<uint8_t> data;
+        ASSERT_EQ(readWav(keySampleFileName(project, project.msl[0], note), format, data, msg), 1)
+            << msg;
+        const std::vector<double> left =
+            firstChannel(data, format.nChannels, int64_t(data.size() / format.nBlockAlign));
+        // A note half a second in, late by the instrument's lead and a JACK period or two.
+        EXPECT_GE(key.Note_In, 22050 - kJackPeriod) << note;
+        EXPECT_LE(key.Note_In, 22050 + 4 * kJackPeriod) << note;
+        const double expected = 440.0 * std::pow(2.0, (note - 69) / 12.0);
+        const double hz = pitchHz(left, key.Note_In + 4410, key.Note_In + 4410 + 8192, kRate,
+                                  expected / 1.4, expected * 1.4);
+        EXPECT_NEAR(hz / expected, 1.0, 0.005) << note << ": " << hz << " Hz";
+        EXPECT_GT(rmsBetween(left, key.Note_In + 4410, key.Note_In + 22050), 300.0) << note;
+    }
 }
 
 } // namespace

@@ -186,7 +186,7 @@ int ExportSession::begin(std::string& message)
         !analyseLevels(project, job_.mslIndices, services_, gains_, text))
         return fail(job_, message, text);
 
-    total_ = countExportKeys(project, job_.mslIndices);
+    total_ = countExportKeys(project, job_.mslIndices) * std::max(1, job_.rendersPerKey);
     done_ = 0;
     return 1;
 }

@@ -20,6 +20,9 @@ struct ExportJob {
     std::vector<int> mslIndices; // selected Multi-Samples, in order
     uint32_t settings = 0;       // Export Settings word
     bool loopOnly = false;
+    // How often the writer asks for each Key-Sample: the Korg writer's stereo export renders
+    // every key once per channel. Progress counts every render.
+    int rendersPerKey = 1;
 };
 
 // One Key-Sample ready to be written: rendered, converted to the target format, gained.

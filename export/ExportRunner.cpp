@@ -16,6 +16,7 @@
 #include "export/templates/ExportChecks.h"
 #include "export/templates/ProphetXExporter.h"
 #include "export/templates/QuantumExporter.h"
+#include "export/templates/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstring>
@@ -149,6 +150,10 @@ int exportProphetX(Project& p, const ExportRequest& r, uint32_t word, bool loopO
 int exportKronos(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
                  const ExportServices& s, std::string& message)
 {
+    // The chosen folder may not exist yet; the export folder goes inside it.
+    std::string error;
+    if (!createFolders(r.destination, error))
+        return setMessage(message, "TGexport_KORGKRONOS():\n\n%s", error.c_str());
     return runKronosExport(templateJob("TGexport_KORGKRONOS():\n\n", p, r, word, loopOnly),
                            r.destination, r.projectNumber, s, message);
 }

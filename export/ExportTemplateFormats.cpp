@@ -38,7 +38,9 @@ int runTemplateExport(const ExportJob& job, TemplateExporter& exporter,
 int runKronosExport(const ExportJob& job, const std::string& destination, int projectNumber,
                     const ExportServices& services, std::string& message)
 {
-    ExportSession session(job, services);
+    ExportJob stereoAware = job;
+    stereoAware.rendersPerKey = kronosIsStereo(job.settings) ? 2 : 1;
+    ExportSession session(stereoAware, services);
     if (!session.begin(message))
         return 0;
     PipelineKeySource source(session);

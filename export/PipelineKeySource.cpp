@@ -24,20 +24,10 @@ int PipelineKeySource::render(int mslIndex, int ordinal, int note, RenderedSampl
     if (ordinal < 0 || size_t(ordinal) >= selection.size() || selection[size_t(ordinal)] != mslIndex)
         return setMessage(message, "Multi-Sample %d is not selected at place %d", mslIndex,
                           ordinal);
-    if (cached_ && cachedMsl_ == mslIndex && cachedOrdinal_ == ordinal && cachedNote_ == note) {
-        sample = cache_;
-        return 1;
-    }
-    cached_ = false;
     ExportedKey key;
     if (!session_.renderKey(ordinal, note, key, message))
         return 0;
-    cache_ = renderedSampleOf(key);
-    cachedMsl_ = mslIndex;
-    cachedOrdinal_ = ordinal;
-    cachedNote_ = note;
-    cached_ = true;
-    sample = cache_;
+    sample = renderedSampleOf(key);
     return 1;
 }
 

@@ -9,8 +9,7 @@
 namespace tg {
 
 // Renders each requested Key-Sample through `session` (abort, progress, loop-only, render,
-// convert, gain). The last sample is kept, so that a writer asking for the same key again
-// (the Korg writer, once per channel) gets it without a second render.
+// convert, gain).
 class PipelineKeySource : public KeySampleSource {
   public:
     explicit PipelineKeySource(ExportSession& session) : session_(session) {}
@@ -20,11 +19,6 @@ class PipelineKeySource : public KeySampleSource {
 
   private:
     ExportSession& session_;
-    bool cached_ = false;
-    int cachedMsl_ = -1;
-    int cachedOrdinal_ = -1;
-    int cachedNote_ = -1;
-    RenderedSample cache_;
 };
 
 // The rendered note part of `key` as a format writer takes it: audio, loop and root key.

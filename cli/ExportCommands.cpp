@@ -1,8 +1,8 @@
 // The export command: one export of a saved Project in any format of the export menu.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
-#include "cli/ProjectAccess.h"
 #include "cli/Progress.h"
+#include "cli/ProjectAccess.h"
 
 #include "core/Message.h"
 #include "core/Model.h"
@@ -177,8 +177,9 @@ int runExportCommand(const ExportArgs& args)
     int ok = 0;
     {
         ProgressPrinter printer(args.quiet);
-        setExportProgressCallback(
-            [&printer](double fraction, const std::string& text) { printer.report(fraction, text); });
+        setExportProgressCallback([&printer](double fraction, const std::string& text) {
+            printer.report(fraction, text);
+        });
         exportAbortFlag = false;
         InterruptAbortsExport interrupt;
         ok = runExport(project, request, defaultExportServices(), message);

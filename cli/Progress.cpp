@@ -26,9 +26,7 @@ std::string singleLine(const std::string& text)
     return line;
 }
 
-ProgressPrinter::ProgressPrinter(bool quiet) : ProgressPrinter(quiet, isatty(STDERR_FILENO) != 0)
-{
-}
+ProgressPrinter::ProgressPrinter(bool quiet) : ProgressPrinter(quiet, isatty(STDERR_FILENO) != 0) {}
 
 ProgressPrinter::ProgressPrinter(bool quiet, bool terminal) : quiet_(quiet), terminal_(terminal) {}
 

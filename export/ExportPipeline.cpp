@@ -229,12 +229,11 @@ int ExportSession::renderKey(int ordinal, int note, ExportedKey& out, std::strin
     const WaveFormat target = targetFormat(job_.settings, source);
     const ChannelMode channels = targetChannelMode(job_.settings);
     const ResampleMode resampling = targetResampling(job_.settings);
-    if (!services_.convert(out.audio.note, source, target, &out.audio.loopStart,
-                           &out.audio.loopEnd, channels, resampling, message))
+    if (!services_.convert(out.audio.note, source, target, &out.audio.loopStart, &out.audio.loopEnd,
+                           channels, resampling, message))
         return 0;
-    if (!out.audio.release.empty() &&
-        !services_.convert(out.audio.release, source, target, nullptr, nullptr, channels,
-                           resampling, message))
+    if (!out.audio.release.empty() && !services_.convert(out.audio.release, source, target, nullptr,
+                                                         nullptr, channels, resampling, message))
         return 0;
     out.audio.format = target;
 

@@ -102,8 +102,8 @@ int exportBitwig(Project& p, const ExportRequest& r, uint32_t word, bool loopOnl
     BitwigExporter exporter(p, r.mslIndices, joinPath(t.folder, t.baseName + "." + t.extension),
                             word);
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("BitwigExporter:\n\n", p, r, word, loopOnly), exporter,
-                             s, message);
+    return runTemplateExport(templateJob("BitwigExporter:\n\n", p, r, word, loopOnly), exporter, s,
+                             message);
 }
 
 int exportDeluge(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -115,8 +115,8 @@ int exportDeluge(Project& p, const ExportRequest& r, uint32_t word, bool loopOnl
     DelugeExporter exporter(p, layer.mslIndices, r.destination, word,
                             nameOr(r.tagging.programName, p));
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("DelugeExporter:\n\n", p, layer, word, loopOnly),
-                             exporter, s, message);
+    return runTemplateExport(templateJob("DelugeExporter:\n\n", p, layer, word, loopOnly), exporter,
+                             s, message);
 }
 
 int exportQuantum(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -125,8 +125,8 @@ int exportQuantum(Project& p, const ExportRequest& r, uint32_t word, bool loopOn
     QuantumExporter exporter(p, r.mslIndices, r.destination, word, nameOr(r.tagging.folder, p),
                              nameOr(r.tagging.programName, p));
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("QuantumExporter:\n\n", p, r, word, loopOnly), exporter,
-                             s, message);
+    return runTemplateExport(templateJob("QuantumExporter:\n\n", p, r, word, loopOnly), exporter, s,
+                             message);
 }
 
 int exportProphetX(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -143,8 +143,8 @@ int exportProphetX(Project& p, const ExportRequest& r, uint32_t word, bool loopO
     target.programName = nameOr(r.tagging.programName, p);
     ProphetXExporter exporter(p, r.mslIndices, r.destination, word, target);
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("ProphetXExporter:\n\n", p, r, word, loopOnly),
-                             exporter, s, message);
+    return runTemplateExport(templateJob("ProphetXExporter:\n\n", p, r, word, loopOnly), exporter,
+                             s, message);
 }
 
 int exportKronos(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,

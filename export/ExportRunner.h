@@ -20,11 +20,11 @@ struct ExportRequest {
     // Deluge, Quantum, Prophet-X: the root folder of the card or drive. Kronos: the folder that
     // gets the export folder and its script.
     std::string destination;
-    std::string nameTemplate;    // WAV/AIFF sets; empty means the long default
+    std::string nameTemplate; // WAV/AIFF sets; empty means the long default
     // Empty means every Multi-Sample of the Project; for Deluge, which exports one layer, the
     // Project's current Multi-Sample.
     std::vector<int> mslIndices;
-    bool hasSettings = false;    // false: the format's default word with its corrections
+    bool hasSettings = false; // false: the format's default word with its corrections
     uint32_t settings = 0;
     // "Loop all Samples (use Loop points if available)": offered by the template formats
     // only; the WAV, AIFF, SFZ and SoundFont exports have no such choice.

@@ -44,8 +44,8 @@ int runKronosExport(const ExportJob& job, const std::string& destination, int pr
     if (!session.begin(message))
         return 0;
     PipelineKeySource source(session);
-    if (!TGexport_KORGKRONOS(destination, *job.project, job.mslIndices, job.settings,
-                             projectNumber, source, message))
+    if (!TGexport_KORGKRONOS(destination, *job.project, job.mslIndices, job.settings, projectNumber,
+                             source, message))
         return 0;
     reportExportProgress(1.0, "");
     return 1;

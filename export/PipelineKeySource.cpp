@@ -21,7 +21,8 @@ int PipelineKeySource::render(int mslIndex, int ordinal, int note, RenderedSampl
                               std::string& message)
 {
     const std::vector<int>& selection = session_.job().mslIndices;
-    if (ordinal < 0 || size_t(ordinal) >= selection.size() || selection[size_t(ordinal)] != mslIndex)
+    if (ordinal < 0 || size_t(ordinal) >= selection.size() ||
+        selection[size_t(ordinal)] != mslIndex)
         return setMessage(message, "Multi-Sample %d is not selected at place %d", mslIndex,
                           ordinal);
     ExportedKey key;

@@ -141,9 +141,8 @@ TEST_F(TemplateFormatsInPipeline, QuantumGetsLevelGainsAndLoopOnlyAndTheProjectI
     // Same rate, depth and channels as recorded; levels adjusted to the loudest layer.
     const uint32_t word = 0x20010101;
     QuantumExporter exporter(*project, {0, 1}, dir.file("card"), word, "Pianos", "Grand");
-    ASSERT_EQ(runTemplateExport(job("QuantumExporter:\n\n", word, true), exporter, services,
-                                message),
-              1)
+    ASSERT_EQ(
+        runTemplateExport(job("QuantumExporter:\n\n", word, true), exporter, services, message), 1)
         << message;
     EXPECT_EQ(renders, 4);
 
@@ -172,9 +171,8 @@ TEST_F(TemplateFormatsInPipeline, KronosStereoRendersEachKeyOnceAndSplitsItsChan
     ExportJob j = job("TGexport_KORGKRONOS():\n\n", word);
     j.mslIndices = {1};
     std::vector<double> fractions;
-    setExportProgressCallback([&](double fraction, const std::string&) {
-        fractions.push_back(fraction);
-    });
+    setExportProgressCallback(
+        [&](double fraction, const std::string&) { fractions.push_back(fraction); });
     ASSERT_EQ(runKronosExport(j, dir.path(), 3, services, message), 1) << message;
     EXPECT_EQ(renders, 4); // two keys, each rendered once per channel
     // Progress counts every render, so it climbs steadily to the end.

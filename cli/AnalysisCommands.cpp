@@ -2,6 +2,7 @@
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
+#include "cli/Progress.h"
 
 #include "analysis/BatchAuto.h"
 #include "analysis/Estimate.h"
@@ -9,8 +10,6 @@
 #include "analysis/LoopSpeed.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
-
-#include <unistd.h>
 
 #include <filesystem>
 #include <iostream>
@@ -44,43 +43,6 @@ void addProjectOptions(CLI::App* command, ProjectArgs& args, bool withKey,
     command->add_flag("--json", args.json, "print one JSON document on stdout");
     command->add_flag("--quiet", args.quiet, "no progress on stderr");
 }
-
-// Progress on stderr: a live bar on a terminal, plain percentage lines otherwise.
-class ProgressPrinter {
-  public:
-    explicit ProgressPrinter(bool quiet) : quiet_(quiet), terminal_(isatty(STDERR_FILENO) != 0) {}
-    ~ProgressPrinter()
-    {
-        if (terminal_ && drawn_)
-            std::cerr << '\n';
-    }
-
-    bool operator()(const std::string& text, double fraction)
-    {
-        if (quiet_)
-            return true;
-        const int percent = static_cast<int>(fraction * 100.0);
-        if (terminal_) {
-            const int filled = percent * 30 / 100;
-            std::cerr << "\r[" << std::string(static_cast<size_t>(filled), '#')
-                      << std::string(static_cast<size_t>(30 - filled), ' ') << "] " << percent
-                      << " % " << text << "\x1b[K" << std::flush;
-            drawn_ = true;
-        } else if (percent != lastPercent_ || text != lastText_) {
-            std::cerr << percent << " % " << text << '\n';
-        }
-        lastPercent_ = percent;
-        lastText_ = text;
-        return true;
-    }
-
-  private:
-    bool quiet_;
-    bool terminal_;
-    bool drawn_ = false;
-    int lastPercent_ = -1;
-    std::string lastText_;
-};
 
 // Loads the project file into the model. Returns the Project or nullptr after reporting.
 Project* loadProject(const ProjectArgs& args, int& status)

@@ -1,6 +1,7 @@
 // The export command: one export of a saved Project in any format of the export menu.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/Progress.h"
 #include "cli/ProjectAccess.h"
 
 #include "core/Message.h"
@@ -11,8 +12,7 @@
 #include "export/ExportProgress.h"
 #include "export/ExportRunner.h"
 
-#include <unistd.h>
-
+#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <sstream>
@@ -29,50 +29,45 @@ struct ExportArgs {
     std::string naming;
     std::string multisamples;
     bool loopAll = false;
+    // The tagging dialog's values.
+    std::string bank;
+    std::string category;
+    int programNumber = -1; // -1: not given
+    std::string programName;
+    std::string folder;
+    std::string keywords;
+    std::string creator;
     bool json = false;
     bool quiet = false;
 };
 
-// Progress on stderr: one live line on a terminal, a line per change of percent otherwise.
-class ExportProgressPrinter {
+// While an export runs, Ctrl-C sets the export's abort flag: the pipeline stops before the
+// next Key-Sample with "Export aborted." and puts the Project back.
+extern "C" void abortExportOnInterrupt(int)
+{
+    exportAbortFlag.store(true);
+}
+
+class InterruptAbortsExport {
   public:
-    explicit ExportProgressPrinter(bool quiet)
-        : quiet_(quiet), terminal_(isatty(STDERR_FILENO) != 0)
+    InterruptAbortsExport()
     {
+        struct sigaction action {};
+        action.sa_handler = abortExportOnInterrupt;
+        sigemptyset(&action.sa_mask);
+        installed_ = sigaction(SIGINT, &action, &previous_) == 0;
     }
-    ~ExportProgressPrinter()
+    ~InterruptAbortsExport()
     {
-        if (terminal_ && drawn_)
-            std::cerr << '\n';
+        if (installed_)
+            sigaction(SIGINT, &previous_, nullptr);
     }
-    void operator()(double fraction, const std::string& text)
-    {
-        if (quiet_ || text.empty())
-            return;
-        // The exporters' texts have line breaks for the dialog; one line here.
-        std::string line;
-        for (char c : text)
-            if (c != '\r')
-                line += c == '\n' ? ' ' : c;
-        while (line.find("  ") != std::string::npos)
-            line.erase(line.find("  "), 1);
-        const int percent = static_cast<int>(fraction * 100.0);
-        if (terminal_) {
-            std::cerr << '\r' << percent << " % " << line << "\x1b[K" << std::flush;
-            drawn_ = true;
-        } else if (percent != lastPercent_ || line != lastLine_) {
-            std::cerr << percent << " % " << line << '\n';
-        }
-        lastPercent_ = percent;
-        lastLine_ = line;
-    }
+    InterruptAbortsExport(const InterruptAbortsExport&) = delete;
+    InterruptAbortsExport& operator=(const InterruptAbortsExport&) = delete;
 
   private:
-    bool quiet_;
-    bool terminal_;
-    bool drawn_ = false;
-    int lastPercent_ = -1;
-    std::string lastLine_;
+    struct sigaction previous_ {};
+    bool installed_ = false;
 };
 
 bool parseWord(const std::string& text, uint32_t& word)
@@ -87,6 +82,17 @@ bool parseWord(const std::string& text, uint32_t& word)
     } catch (const std::exception&) {
         return false;
     }
+}
+
+std::vector<std::string> splitKeywords(const std::string& text)
+{
+    std::vector<std::string> keywords;
+    std::stringstream stream(text);
+    std::string item;
+    while (std::getline(stream, item, ','))
+        if (!item.empty())
+            keywords.push_back(item);
+    return keywords;
 }
 
 bool parseIndices(const std::string& text, std::vector<int>& indices)
@@ -111,8 +117,14 @@ int runExportCommand(const ExportArgs& args)
 {
     ExportRequest request;
     request.menuText = menuTextForShortKey(args.format);
-    if (findExportFormat(request.menuText) == nullptr) {
+    const ExportFormatInfo* info = findExportFormat(request.menuText);
+    if (info == nullptr) {
         std::cerr << "--format: \"" << args.format << "\" is no export format\n";
+        return kExitBadUsage;
+    }
+    if (info->format == ExportFormat::ProphetX && (args.bank.empty() || args.category.empty())) {
+        std::cerr << "--bank, --category: the Prophet-X export files the program under a user "
+                     "bank and a category\n";
         return kExitBadUsage;
     }
     if (!args.settings.empty()) {
@@ -135,6 +147,14 @@ int runExportCommand(const ExportArgs& args)
     request.destination = args.destination;
     request.nameTemplate = args.naming;
     request.loopAll = args.loopAll;
+    request.tagging.userBank = args.bank;
+    request.tagging.category = args.category;
+    if (args.programNumber >= 0)
+        request.tagging.programNumber = args.programNumber;
+    request.tagging.programName = args.programName;
+    request.tagging.folder = args.folder;
+    request.tagging.creator = args.creator;
+    request.tagging.keywords = splitKeywords(args.keywords);
 
     Model& model = Model::instance();
     std::string message;
@@ -148,12 +168,23 @@ int runExportCommand(const ExportArgs& args)
             return kExitBadUsage;
         }
 
-    ExportProgressPrinter printer(args.quiet);
-    setExportProgressCallback(
-        [&printer](double fraction, const std::string& text) { printer(fraction, text); });
-    exportAbortFlag = false;
-    const int ok = runExport(project, request, defaultExportServices(), message);
-    setExportProgressCallback({});
+    request.projectNumber = model.currentProjectIndex();
+
+    const Result checked = checkBeforeExport(project, request);
+    if (!checked.ok())
+        return fail(checked.message, args.json);
+
+    int ok = 0;
+    {
+        ProgressPrinter printer(args.quiet);
+        setExportProgressCallback([&printer](double fraction, const std::string& text) {
+            printer.report(fraction, text);
+        });
+        exportAbortFlag = false;
+        InterruptAbortsExport interrupt;
+        ok = runExport(project, request, defaultExportServices(), message);
+        setExportProgressCallback({});
+    }
     if (!ok)
         return fail(message, args.json);
 
@@ -184,10 +215,21 @@ void addExportCommands(CliApp& app)
         ->required();
     command
         ->add_option("--dest", args->destination,
-                     "destination folder (WAV/AIFF sets) or file (other formats)")
+                     "destination: folder (WAV/AIFF sets, Kronos), card or drive root (Deluge, "
+                     "Quantum, Prophet-X) or file (SFZ, SF2, Bitwig)")
         ->required();
     command->add_option("--settings", args->settings, "Export Settings word, e.g. 0x80020408");
     command->add_option("--naming", args->naming, "naming template of WAV/AIFF sets");
+    command->add_option("--bank", args->bank, "Prophet-X user bank");
+    command->add_option("--category", args->category, "Prophet-X category; Bitwig category text");
+    command->add_option("--program-number", args->programNumber, "Prophet-X program number")
+        ->check(CLI::Range(0, 999));
+    command->add_option("--program-name", args->programName,
+                        "Prophet-X program, Deluge synth, Quantum map name (default: project)");
+    command->add_option("--folder", args->folder,
+                        "Quantum sample folder under samples (default: project name)");
+    command->add_option("--keywords", args->keywords, "keywords, comma-separated");
+    command->add_option("--creator", args->creator, "creator text");
     command->add_option("--multisamples", args->multisamples, "Multi-Sample indices, e.g. 0,2");
     command->add_flag("--loop-all", args->loopAll, "loop all samples (formats that offer it)");
     command->add_flag("--json", args->json, "print one JSON document on stdout");

@@ -27,32 +27,6 @@ int ExportSink::finish(std::string&)
 
 namespace {
 
-// Puts the Project back as it was when the guard was made, however the export ends.
-class WorkingCopy {
-  public:
-    explicit WorkingCopy(Project& project)
-        : project_(project), saved_(std::make_unique<Project>(project))
-    {
-    }
-    ~WorkingCopy() { project_ = *saved_; }
-    WorkingCopy(const WorkingCopy&) = delete;
-    WorkingCopy& operator=(const WorkingCopy&) = delete;
-
-  private:
-    Project& project_;
-    std::unique_ptr<Project> saved_;
-};
-
-int keyLow(const TGmsl& msl)
-{
-    return std::max(0, int(msl.KBrangeIn));
-}
-
-int keyHigh(const TGmsl& msl)
-{
-    return std::min(kKeyCount - 1, int(msl.KBrangeOut));
-}
-
 int fail(const ExportJob& job, std::string& message, const std::string& text)
 {
     message = job.nameLine + text;
@@ -99,12 +73,8 @@ void applyLoopOnly(TGmsl_key& key)
 int countExportKeys(const Project& project, const std::vector<int>& mslIndices)
 {
     int count = 0;
-    for (int index : mslIndices) {
-        const TGmsl& msl = project.msl[index];
-        for (int note = keyLow(msl); note <= keyHigh(msl); ++note)
-            if (isExportable(msl.keys[note]))
-                ++count;
-    }
+    for (int index : mslIndices)
+        count += int(exportedKeys(project.msl[index]).size());
     return count;
 }
 
@@ -141,9 +111,7 @@ int analyseLevels(const Project& project, const std::vector<int>& mslIndices,
             referenceHigh = msl.range_end;
             referenceLevel = 0.0;
         }
-        for (int note = keyLow(msl); note <= keyHigh(msl); ++note) {
-            if (!isExportable(msl.keys[note]))
-                continue;
+        for (int note : exportedKeys(msl)) {
             if (exportAbortFlag)
                 return setMessage(message, "%s", kExportAbortedText);
             reportExportProgress(total > 0 ? double(done) / total : 0.0, kAnalyzingLevelsText);
@@ -170,87 +138,127 @@ int analyseLevels(const Project& project, const std::vector<int>& mslIndices,
     return 1;
 }
 
-int runExportPipeline(const ExportJob& job, const ExportServices& services, ExportSink& sink,
-                      std::string& message)
+// Puts the Project back as it was when the copy was made, however the export ends.
+class ExportSession::WorkingCopy {
+  public:
+    explicit WorkingCopy(Project& project)
+        : project_(project), saved_(std::make_unique<Project>(project))
+    {
+    }
+    ~WorkingCopy() { project_ = *saved_; }
+    WorkingCopy(const WorkingCopy&) = delete;
+    WorkingCopy& operator=(const WorkingCopy&) = delete;
+
+  private:
+    Project& project_;
+    std::unique_ptr<Project> saved_;
+};
+
+ExportSession::ExportSession(const ExportJob& job, const ExportServices& services)
+    : job_(job), services_(services)
 {
-    if (job.project == nullptr || !services.readKeySample || !services.render ||
-        !services.convert || !services.peakLevel)
-        return fail(job, message, "illegal pointer (==NULL)");
-    Project& project = *job.project;
+}
+
+ExportSession::~ExportSession() = default;
+
+int ExportSession::begin(std::string& message)
+{
+    if (job_.project == nullptr || !services_.readKeySample || !services_.render ||
+        !services_.convert || !services_.peakLevel)
+        return fail(job_, message, "illegal pointer (==NULL)");
+    Project& project = *job_.project;
 
     // Taken before the preparation so that even the key ranges it sets are put back: the
     // Project is exactly as before after any export.
-    WorkingCopy restoreOnExit(project);
+    restore_ = std::make_unique<WorkingCopy>(project);
 
     std::string text;
-    if (!prepareProject(project, job.mslIndices, text))
-        return fail(job, message, text);
+    if (!prepareProject(project, job_.mslIndices, text))
+        return fail(job_, message, text);
 
-    if (wantsTailRemoval(job.settings))
-        trimAfterLoops(project, job.mslIndices);
+    if (wantsTailRemoval(job_.settings))
+        trimAfterLoops(project, job_.mslIndices);
 
-    LayerGains gains(job.mslIndices.size());
-    for (auto& layer : gains)
+    gains_.assign(job_.mslIndices.size(), {});
+    for (auto& layer : gains_)
         layer.fill(1.0);
-    if (wantsLevelAdjust(job.settings) &&
-        !analyseLevels(project, job.mslIndices, services, gains, text))
-        return fail(job, message, text);
+    if (wantsLevelAdjust(job_.settings) &&
+        !analyseLevels(project, job_.mslIndices, services_, gains_, text))
+        return fail(job_, message, text);
 
-    const int total = countExportKeys(project, job.mslIndices);
-    int done = 0;
+    total_ = countExportKeys(project, job_.mslIndices) * std::max(1, job_.rendersPerKey);
+    done_ = 0;
+    return 1;
+}
+
+int ExportSession::renderKey(int ordinal, int note, ExportedKey& out, std::string& message)
+{
+    if (!restore_ || ordinal < 0 || size_t(ordinal) >= job_.mslIndices.size() || note < 0 ||
+        note >= kKeyCount)
+        return setMessage(message, "no Key-Sample %d of selected Multi-Sample %d to render", note,
+                          ordinal);
+    Project& project = *job_.project;
+    const int mslIndex = job_.mslIndices[size_t(ordinal)];
+    TGmsl& msl = project.msl[mslIndex];
+    TGmsl_key& key = msl.keys[note];
+    if (exportAbortFlag)
+        return setMessage(message, "%s", kExportAbortedText);
+    const std::string mslName(msl.name, strnlen(msl.name, sizeof msl.name));
+    reportExportProgress(total_ > 0 ? double(done_) / total_ : 0.0,
+                         formatText("Working on Multisample \"%s\" (%d of %d)\r\n\r\n"
+                                    "Rendering and writing Key %d (\"%s\")",
+                                    mslName.c_str(), ordinal + 1, project.mslCount, note,
+                                    noteName(note).c_str()));
+    if (job_.loopOnly)
+        applyLoopOnly(key);
+
+    KeyAudio recording;
+    if (!services_.readKeySample(keySampleFilePath(project, msl, note), recording, message))
+        return 0;
+    out = ExportedKey();
+    out.msl = &msl;
+    out.key = &key;
+    out.mslIndex = mslIndex;
+    out.ordinal = ordinal;
+    out.note = note;
+    out.hasLoop = key.loopMode != 0 && key.Loop_Out > key.Loop_In;
+    if (!services_.render(key, recording, out.audio, message))
+        return 0;
+
+    const WaveFormat source = out.audio.format;
+    const WaveFormat target = targetFormat(job_.settings, source);
+    const ChannelMode channels = targetChannelMode(job_.settings);
+    const ResampleMode resampling = targetResampling(job_.settings);
+    if (!services_.convert(out.audio.note, source, target, &out.audio.loopStart, &out.audio.loopEnd,
+                           channels, resampling, message))
+        return 0;
+    if (!out.audio.release.empty() && !services_.convert(out.audio.release, source, target, nullptr,
+                                                         nullptr, channels, resampling, message))
+        return 0;
+    out.audio.format = target;
+
+    const double gain = gains_[size_t(ordinal)][note];
+    applyGains(gain, gain, target, out.audio.note.data(), out.audio.note.size());
+    applyGains(gain, gain, target, out.audio.release.data(), out.audio.release.size());
+    ++done_;
+    return 1;
+}
+
+int runExportPipeline(const ExportJob& job, const ExportServices& services, ExportSink& sink,
+                      std::string& message)
+{
+    ExportSession session(job, services);
+    if (!session.begin(message))
+        return 0;
+    std::string text;
     for (size_t ordinal = 0; ordinal < job.mslIndices.size(); ++ordinal) {
-        const int mslIndex = job.mslIndices[ordinal];
-        TGmsl& msl = project.msl[mslIndex];
+        const TGmsl& msl = job.project->msl[job.mslIndices[ordinal]];
         if (!sink.beginMultiSample(msl, int(ordinal), text))
             return fail(job, message, text);
-        for (int note = keyLow(msl); note <= keyHigh(msl); ++note) {
-            TGmsl_key& key = msl.keys[note];
-            if (!isExportable(key))
-                continue;
-            if (exportAbortFlag)
-                return fail(job, message, kExportAbortedText);
-            const std::string mslName(msl.name, strnlen(msl.name, sizeof msl.name));
-            reportExportProgress(total > 0 ? double(done) / total : 0.0,
-                                 formatText("Working on Multisample \"%s\" (%d of %d)\r\n\r\n"
-                                            "Rendering and writing Key %d (\"%s\")",
-                                            mslName.c_str(), int(ordinal) + 1, project.mslCount,
-                                            note, noteName(note).c_str()));
-            if (job.loopOnly)
-                applyLoopOnly(key);
-
-            KeyAudio recording;
-            if (!services.readKeySample(keySampleFilePath(project, msl, note), recording, text))
-                return fail(job, message, text);
+        for (int note : exportedKeys(msl)) {
             ExportedKey out;
-            out.msl = &msl;
-            out.key = &key;
-            out.mslIndex = mslIndex;
-            out.ordinal = int(ordinal);
-            out.note = note;
-            out.hasLoop = key.loopMode != 0 && key.Loop_Out > key.Loop_In;
-            if (!services.render(key, recording, out.audio, text))
+            if (!session.renderKey(int(ordinal), note, out, text) || !sink.writeKey(out, text))
                 return fail(job, message, text);
-
-            const WaveFormat source = out.audio.format;
-            const WaveFormat target = targetFormat(job.settings, source);
-            const ChannelMode channels = targetChannelMode(job.settings);
-            const ResampleMode resampling = targetResampling(job.settings);
-            if (!services.convert(out.audio.note, source, target, &out.audio.loopStart,
-                                  &out.audio.loopEnd, channels, resampling, text))
-                return fail(job, message, text);
-            if (!out.audio.release.empty() &&
-                !services.convert(out.audio.release, source, target, nullptr, nullptr, channels,
-                                  resampling, text))
-                return fail(job, message, text);
-            out.audio.format = target;
-
-            const double gain = gains[ordinal][note];
-            applyGains(gain, gain, target, out.audio.note.data(), out.audio.note.size());
-            applyGains(gain, gain, target, out.audio.release.data(), out.audio.release.size());
-
-            if (!sink.writeKey(out, text))
-                return fail(job, message, text);
-            ++done;
         }
     }
     if (!sink.finish(text))

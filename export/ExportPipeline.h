@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct ExportJob {
     std::vector<int> mslIndices; // selected Multi-Samples, in order
     uint32_t settings = 0;       // Export Settings word
     bool loopOnly = false;
+    // How often the writer asks for each Key-Sample: the Korg writer's stereo export renders
+    // every key once per channel. Progress counts every render.
+    int rendersPerKey = 1;
 };
 
 // One Key-Sample ready to be written: rendered, converted to the target format, gained.
@@ -60,6 +64,39 @@ int analyseLevels(const Project& project, const std::vector<int>& mslIndices,
 
 // Number of Key-Samples the pipeline will hand to the sink.
 int countExportKeys(const Project& project, const std::vector<int>& mslIndices);
+
+// One export in progress: the steps before the first Key-Sample (working copy, key ranges,
+// trimming, level analysis) and the per-key steps (abort, progress, loop-only, render,
+// convert, gain). Every format renders through it, whether the pipeline pushes keys to a sink
+// or a format writer asks for them. Destroying the session puts the Project back.
+class ExportSession {
+  public:
+    ExportSession(const ExportJob& job, const ExportServices& services);
+    ~ExportSession();
+    ExportSession(const ExportSession&) = delete;
+    ExportSession& operator=(const ExportSession&) = delete;
+
+    // Checks the pointers and the selection, takes the working copy, maps the key ranges,
+    // trims after loops and analyses levels as the settings ask. Returns 1, or 0 with the
+    // message behind the job's name line.
+    int begin(std::string& message);
+    // Renders key `note` of the selection's `ordinal`-th Multi-Sample (ordinal from 0), converted
+    // to the export format and gained. Returns 1, or 0 with the bare message ("Export aborted."
+    // when the abort flag is set).
+    int renderKey(int ordinal, int note, ExportedKey& out, std::string& message);
+
+    const ExportJob& job() const { return job_; }
+
+  private:
+    class WorkingCopy;
+
+    const ExportJob& job_;
+    const ExportServices& services_;
+    std::unique_ptr<WorkingCopy> restore_;
+    LayerGains gains_;
+    int total_ = 0; // Key-Samples to render
+    int done_ = 0;  // Key-Samples rendered so far
+};
 
 // The whole pipeline. The Project is restored on every exit; messages carry the name line.
 int runExportPipeline(const ExportJob& job, const ExportServices& services, ExportSink& sink,

@@ -5,7 +5,7 @@
 
 namespace tg {
 
-bool exportAbortFlag = false;
+std::atomic<bool> exportAbortFlag{false};
 
 namespace {
 ExportProgressCallback& progressCallback()

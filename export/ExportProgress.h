@@ -1,14 +1,15 @@
 // Progress reporting and the abort flag shared by every exporter.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 
 namespace tg {
 
-// Set by the progress dialog's "Cancel"; polled before each
-// Key-Sample. Exports run on one thread, so a plain flag is enough.
-extern bool exportAbortFlag;
+// Set by the progress dialog's "Cancel" (or the CLI's interrupt handler); polled before each
+// Key-Sample. Exports run on one thread; the flag is atomic so that a signal handler may set it.
+extern std::atomic<bool> exportAbortFlag;
 
 // The progress callback: fraction 0.0-1.0 and the text to show. May be empty.
 using ExportProgressCallback = std::function<void(double fraction, const std::string& text)>;

@@ -3,6 +3,7 @@
 
 #include "audiofile/WavFile.h"
 #include "core/Message.h"
+#include "core/Paths.h"
 #include "export/ExportFormats.h"
 #include "export/ExportSettings.h"
 #include "export/ExportSfz.h"
@@ -10,9 +11,15 @@
 #include "export/ExportWavFiles.h"
 #include "export/FreeSpace.h"
 #include "export/NamingTags.h"
-#include "export/TemplateExportSink.h"
 #include "export/templates/BitwigExporter.h"
+#include "export/templates/DelugeExporter.h"
+#include "export/templates/ExportChecks.h"
+#include "export/templates/ProphetXExporter.h"
+#include "export/templates/QuantumExporter.h"
+#include "export/templates/TemporaryFolder.h"
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
 
 namespace tg {
@@ -70,19 +77,85 @@ int exportSoundFont2(Project& p, const ExportRequest& r, uint32_t word, bool,
                                s);
 }
 
-int exportBitwig(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
-                 const ExportServices& s, std::string& message)
+ExportJob templateJob(const char* nameLine, Project& p, const ExportRequest& r, uint32_t word,
+                      bool loopOnly)
 {
-    const Target t = fileTarget(r.destination, "multisample");
-    BitwigExporter exporter(p, r.mslIndices, t.folder + "/" + t.baseName + "." + t.extension, word);
-    exporter.setLoopAllSamples(r.loopAll);
     ExportJob job;
-    job.nameLine = "BitwigExporter:\n\n";
+    job.nameLine = nameLine;
     job.project = &p;
     job.mslIndices = r.mslIndices;
     job.settings = word;
     job.loopOnly = loopOnly;
-    return runTemplateExport(exporter, job, s, message);
+    return job;
+}
+
+// The tagging dialog's name, or the Project's name when none was given.
+std::string nameOr(const std::string& name, const Project& p)
+{
+    return name.empty() ? std::string(p.name, strnlen(p.name, sizeof p.name)) : name;
+}
+
+int exportBitwig(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                 const ExportServices& s, std::string& message)
+{
+    const Target t = fileTarget(r.destination, "multisample");
+    BitwigExporter exporter(p, r.mslIndices, joinPath(t.folder, t.baseName + "." + t.extension),
+                            word);
+    applyTagging(exporter, r.tagging, r.loopAll);
+    return runTemplateExport(templateJob("BitwigExporter:\n\n", p, r, word, loopOnly), exporter, s,
+                             message);
+}
+
+int exportDeluge(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                 const ExportServices& s, std::string& message)
+{
+    // One layer only: the first of the selection.
+    ExportRequest layer = r;
+    layer.mslIndices.resize(1);
+    DelugeExporter exporter(p, layer.mslIndices, r.destination, word,
+                            nameOr(r.tagging.programName, p));
+    applyTagging(exporter, r.tagging, r.loopAll);
+    return runTemplateExport(templateJob("DelugeExporter:\n\n", p, layer, word, loopOnly), exporter,
+                             s, message);
+}
+
+int exportQuantum(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                  const ExportServices& s, std::string& message)
+{
+    QuantumExporter exporter(p, r.mslIndices, r.destination, word, nameOr(r.tagging.folder, p),
+                             nameOr(r.tagging.programName, p));
+    applyTagging(exporter, r.tagging, r.loopAll);
+    return runTemplateExport(templateJob("QuantumExporter:\n\n", p, r, word, loopOnly), exporter, s,
+                             message);
+}
+
+int exportProphetX(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                   const ExportServices& s, std::string& message)
+{
+    if (r.tagging.userBank.empty() || r.tagging.category.empty())
+        return setMessage(message,
+                          "ProphetXExporter:\n\na user bank and a category are needed to place "
+                          "the program");
+    ProphetXTarget target;
+    target.userBank = r.tagging.userBank;
+    target.category = r.tagging.category;
+    target.programNumber = r.tagging.programNumber;
+    target.programName = nameOr(r.tagging.programName, p);
+    ProphetXExporter exporter(p, r.mslIndices, r.destination, word, target);
+    applyTagging(exporter, r.tagging, r.loopAll);
+    return runTemplateExport(templateJob("ProphetXExporter:\n\n", p, r, word, loopOnly), exporter,
+                             s, message);
+}
+
+int exportKronos(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                 const ExportServices& s, std::string& message)
+{
+    // The chosen folder may not exist yet; the export folder goes inside it.
+    std::string error;
+    if (!createFolders(r.destination, error))
+        return setMessage(message, "TGexport_KORGKRONOS():\n\n%s", error.c_str());
+    return runKronosExport(templateJob("TGexport_KORGKRONOS():\n\n", p, r, word, loopOnly),
+                           r.destination, r.projectNumber, s, message);
 }
 
 const struct {
@@ -95,19 +168,72 @@ const struct {
     {ExportFormat::Sfz, exportSfz},
     {ExportFormat::SoundFont2, exportSoundFont2},
     {ExportFormat::Bitwig, exportBitwig},
+    {ExportFormat::Deluge, exportDeluge},
+    {ExportFormat::Quantum, exportQuantum},
+    {ExportFormat::ProphetX, exportProphetX},
+    {ExportFormat::Kronos, exportKronos},
 };
+
+// Formats whose destination is a folder rather than a file.
+bool exportsIntoFolder(ExportFormat format)
+{
+    switch (format) {
+    case ExportFormat::WavFiles:
+    case ExportFormat::SamplerWav:
+    case ExportFormat::Aiff:
+    case ExportFormat::Deluge:
+    case ExportFormat::Quantum:
+    case ExportFormat::ProphetX:
+    case ExportFormat::Kronos:
+        return true;
+    default:
+        return false;
+    }
+}
 
 std::string checkFolder(const ExportRequest& request, ExportFormat format)
 {
-    const bool sampleSet = format == ExportFormat::WavFiles || format == ExportFormat::SamplerWav ||
-                           format == ExportFormat::Aiff;
-    if (sampleSet)
+    if (exportsIntoFolder(format))
         return request.destination;
     const std::filesystem::path parent = std::filesystem::path(request.destination).parent_path();
     return parent.empty() ? "." : parent.string();
 }
 
 } // namespace
+
+Result checkBeforeExport(const Project& project, const ExportRequest& request)
+{
+    const ExportFormatInfo* info = findExportFormat(request.menuText);
+    if (info == nullptr)
+        return Result::done();
+    std::vector<int> selection = request.mslIndices;
+    if (selection.empty())
+        for (int i = 0; i < project.mslCount && i < kMaxMultiSamples; ++i)
+            selection.push_back(i);
+    if (info->format == ExportFormat::ProphetX) {
+        Result layers = checkProphetXLayers(project, selection);
+        if (!layers.ok())
+            return layers;
+    }
+    SingleLoopFormat loopFormat;
+    switch (info->format) {
+    case ExportFormat::Deluge:
+        loopFormat = SingleLoopFormat::Deluge;
+        break;
+    case ExportFormat::ProphetX:
+        loopFormat = SingleLoopFormat::ProphetX;
+        break;
+    case ExportFormat::Quantum:
+        loopFormat = SingleLoopFormat::Quantum;
+        break;
+    default:
+        return Result::done();
+    }
+    // The notice asks for the "Loop all Samples" choice; once it is made the export may go on.
+    if (request.loopAll)
+        return Result::done();
+    return checkLoopTypes(project, loopFormat);
+}
 
 uint32_t requestSettingsWord(const ExportRequest& request)
 {
@@ -142,6 +268,9 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
         return 0;
 
     ExportRequest resolved = request;
+    if (resolved.mslIndices.empty() && info->format == ExportFormat::Deluge)
+        resolved.mslIndices.push_back(
+            std::clamp(int(project.currentMsl), 0, std::max(0, int(project.mslCount) - 1)));
     if (resolved.mslIndices.empty())
         for (int i = 0; i < project.mslCount && i < kMaxMultiSamples; ++i)
             resolved.mslIndices.push_back(i);

@@ -1,6 +1,7 @@
 // KMP and KSF chunk layouts, written field by field.
 #include "export/korg/KorgFiles.h"
 
+#include "export/KeySampleFile.h"
 #include "export/korg/BigEndian.h"
 
 namespace tg {

@@ -35,11 +35,16 @@ bool writeBytes(const std::string& path, const std::vector<uint8_t>& bytes)
 
 } // namespace
 
+bool kronosIsStereo(uint32_t settings)
+{
+    return (settings & kChannelBits) == kStereo;
+}
+
 int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
                         const std::vector<int>& selection, uint32_t settings, int projectNumber,
                         KeySampleSource& source, std::string& message)
 {
-    const bool stereo = (settings & kChannelBits) == kStereo;
+    const bool stereo = kronosIsStereo(settings);
     const int bits = (settings & kDepthBits) == kDepth8 ? 8 : 16;
     const int channelCount = stereo ? 2 : 1;
 

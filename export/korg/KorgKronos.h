@@ -19,6 +19,9 @@ namespace tg {
 // renders and converts each Key-Sample (the export pipeline: progress, abort, renderer,
 // converter, gain); its failure ends the export with its message.
 // Returns 1, or 0 with the message prefixed "TGexport_KORGKRONOS():\n\n".
+// True when the settings word asks for the stereo layout (a left and a right KMP).
+bool kronosIsStereo(uint32_t settings);
+
 int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
                         const std::vector<int>& selection, uint32_t settings, int projectNumber,
                         KeySampleSource& source, std::string& message);

@@ -1,7 +1,7 @@
 // Pre-export checks of the layer layout and loop types.
 #include "export/templates/ExportChecks.h"
 
-#include "export/templates/RenderedSample.h"
+#include "export/KeySampleFile.h"
 
 #include <algorithm>
 #include <string>

@@ -44,8 +44,4 @@ public:
 using WavFileWriter =
     std::function<int(const std::string& path, const RenderedSample& sample, std::string& message)>;
 
-// The keys an exporter writes for one Multi-Sample: present and recorded Key-Samples inside
-// the key range KBrangeIn..KBrangeOut, ascending.
-std::vector<int> exportedKeys(const TGmsl& msl);
-
 } // namespace tg

@@ -3,7 +3,8 @@
 
 #include "core/Message.h"
 #include "core/Paths.h"
-#include "export/templates/TemplateNaming.h"
+#include "export/KeySampleFile.h"
+#include "export/NamingTags.h"
 #include "export/templates/TemplateText.h"
 
 #include <cstdio>
@@ -109,7 +110,7 @@ int TemplateExporter::renderLayers(const std::vector<int>& ordinals, KeySampleSo
             if (!source.render(mslIndex, ordinal, note, sample, error))
                 return setMessage(message, "%s%s", prefix().c_str(), error.c_str());
             const std::string baseName =
-                expandNameTemplate(*project_, mslIndex, ordinal, note, nameTemplate);
+                expandNamingTags(*project_, msl, ordinal, note, nameTemplate);
             if (!writeWav(joinPath(folder, baseName + ".wav"), sample, error))
                 return setMessage(message, "%s%s", prefix().c_str(), error.c_str());
 

@@ -5,6 +5,7 @@
 #include "export/templates/RenderedSample.h"
 #include "export/zip/ZipArchive.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,7 +30,7 @@ public:
     virtual int finishStep(std::string& message);
 
     void setProgress(ProgressFunction progress) { progress_ = std::move(progress); }
-    void setAbortFlag(const bool* abortFlag) { abortFlag_ = abortFlag; }
+    void setAbortFlag(const std::atomic<bool>* abortFlag) { abortFlag_ = abortFlag; }
 
 protected:
     const Project* project_;       // not owned
@@ -37,7 +38,7 @@ protected:
     std::string destination_;      // a file path (Bitwig) or the root folder of a card or drive
     uint32_t settings_;            // the Export Settings word
     ProgressFunction progress_;
-    const bool* abortFlag_ = nullptr;
+    const std::atomic<bool>* abortFlag_ = nullptr;
 };
 
 // The values of one exported Key-Sample from which each format fills its per-sample template.

@@ -1,6 +1,7 @@
-// Synthetic Projects, audio and WAV images for the format writer tests.
+// Synthetic Projects and audio for the format writer tests.
 #include "export/tests/SyntheticProject.h"
 
+#include "audiofile/WavFile.h"
 #include "core/Message.h"
 #include "tests/support/TempDir.h"
 
@@ -88,55 +89,15 @@ int SyntheticSource::render(int mslIndex, int ordinal, int note, RenderedSample&
     return 1;
 }
 
-namespace {
-void put16(std::string& out, uint32_t v)
-{
-    out.push_back(static_cast<char>(v & 0xFF));
-    out.push_back(static_cast<char>((v >> 8) & 0xFF));
-}
-void put32(std::string& out, uint32_t v)
-{
-    put16(out, v & 0xFFFF);
-    put16(out, v >> 16);
-}
-} // namespace
-
-std::string riffImage(const RenderedSample& sample)
-{
-    std::string body = "WAVEfmt ";
-    put32(body, 16);
-    put16(body, 1);
-    put16(body, sample.format.nChannels);
-    put32(body, sample.format.nSamplesPerSec);
-    put32(body, sample.format.nAvgBytesPerSec);
-    put16(body, sample.format.nBlockAlign);
-    put16(body, sample.format.wBitsPerSample);
-    body += "data";
-    put32(body, static_cast<uint32_t>(sample.audio.size()));
-    body.append(sample.audio.begin(), sample.audio.end());
-    if (sample.audio.size() % 2)
-        body.push_back('\0');
-    if (sample.hasLoop) {
-        body += "smpl";
-        put32(body, 60);
-        for (uint32_t v : {0u, 0u, 1000000000u / sample.format.nSamplesPerSec,
-                           static_cast<uint32_t>(sample.rootKey), 0u, 0u, 0u, 1u, 0u})
-            put32(body, v);
-        for (uint32_t v : {0u, 0u, static_cast<uint32_t>(sample.loopStart),
-                           static_cast<uint32_t>(sample.loopEnd), 0u, 0u})
-            put32(body, v);
-    }
-    std::string out = "RIFF";
-    put32(out, static_cast<uint32_t>(body.size()));
-    return out + body;
-}
-
-WavFileWriter riffWriter()
+WavFileWriter wavFileWriter()
 {
     return [](const std::string& path, const RenderedSample& sample, std::string& message) {
-        if (!writeFileBytes(path, riffImage(sample)))
-            return setMessage(message, "cannot write \"%s\"", path.c_str());
-        return 1;
+        WavLoopInfo loop;
+        loop.loopStart = sample.loopStart;
+        loop.loopEnd = sample.loopEnd;
+        loop.rootKey = sample.rootKey;
+        return writeWav(path, sample.format, sample.audio, message,
+                        sample.hasLoop ? &loop : nullptr);
     };
 }
 

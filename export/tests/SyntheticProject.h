@@ -1,5 +1,5 @@
-// Test inputs for the format writers: Projects with recorded keys, synthetic rendered audio
-// and a small RIFF writer standing in for the program's WAV writer.
+// Test inputs for the format writers: Projects with recorded keys and synthetic rendered
+// audio, written through the program's WAV writer.
 #pragma once
 
 #include "core/Records.h"
@@ -43,10 +43,8 @@ public:
                std::string& message) override;
 };
 
-// A minimal RIFF/WAVE image: fmt and data chunks, plus a smpl chunk when looped.
-std::string riffImage(const RenderedSample& sample);
-// Writes riffImage() to `path`.
-WavFileWriter riffWriter();
+// The program's WAV writer, with the loop and root key in `smpl` when the sample is looped.
+WavFileWriter wavFileWriter();
 
 // Runs a shell command; its exit status, or -1 when it could not run.
 int runCommand(const std::string& command, std::string* output = nullptr);

@@ -111,7 +111,7 @@ int ZipArchive::close(std::string& message)
 
 int zipFolderFiles(const std::string& folder, const std::string& zipPath,
                    const std::string& progressText, const ProgressFunction& progress,
-                   const bool* abortFlag, std::string& message)
+                   const std::atomic<bool>* abortFlag, std::string& message)
 {
     namespace fs = std::filesystem;
     std::vector<fs::path> files;

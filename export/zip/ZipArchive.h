@@ -1,6 +1,7 @@
 // Writing zip archives (deflate level 9, DOS time of writing) for the zipped export formats.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -46,6 +47,6 @@ using ProgressFunction = std::function<void(double fraction, const std::string& 
 // "Export aborted."). Returns 1, or 0 with the zip layer's message.
 int zipFolderFiles(const std::string& folder, const std::string& zipPath,
                    const std::string& progressText, const ProgressFunction& progress,
-                   const bool* abortFlag, std::string& message);
+                   const std::atomic<bool>* abortFlag, std::string& message);
 
 } // namespace tg

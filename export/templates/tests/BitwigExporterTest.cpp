@@ -45,7 +45,7 @@ struct BitwigRun {
         exporter.setCreator("Tester");
         exporter.setKeywords({"warm", "a keyword that is far too long to keep"});
         std::string message;
-        ASSERT_EQ(exporter.exportStep(source, test::riffWriter(), message), 1) << message;
+        ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
         ASSERT_EQ(exporter.finishStep(message), 1) << message;
         const std::string extracted = dir.file("x");
         ASSERT_EQ(test::runCommand("unzip -q -o '" + zipPath + "' -d '" + extracted + "'"), 0);
@@ -164,11 +164,11 @@ TEST(BitwigExporter, TemporaryFolderGoesWithTheExporterAndAbortLeavesNoArchive)
 {
     BitwigRun run;
     std::string temporary;
-    bool abort = false;
+    std::atomic<bool> abort{false};
     {
         BitwigExporter exporter(*run.project, {0, 1}, run.zipPath, 0x20408);
         std::string message;
-        ASSERT_EQ(exporter.exportStep(run.source, test::riffWriter(), message), 1) << message;
+        ASSERT_EQ(exporter.exportStep(run.source, test::wavFileWriter(), message), 1) << message;
         temporary = exporter.temporaryFolder();
         EXPECT_TRUE(std::filesystem::exists(temporary + "/multisample.xml"));
         std::vector<double> fractions;
@@ -192,7 +192,7 @@ TEST(BitwigExporter, RenderFailureEndsTheExportWithItsMessage)
     run.source.failAfterFirst = true;
     BitwigExporter exporter(*run.project, {0, 1}, run.zipPath, 0x20408);
     std::string message;
-    EXPECT_EQ(exporter.exportStep(run.source, test::riffWriter(), message), 0);
+    EXPECT_EQ(exporter.exportStep(run.source, test::wavFileWriter(), message), 0);
     EXPECT_EQ(message, "BitwigExporter:\n\nExport aborted.");
 }
 

@@ -53,7 +53,7 @@ TEST(QuantumExporter, MapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPoint)
     QuantumExporter exporter(*project, {0, 1}, root.path(), 0x20408, "OrganSet", "Organ");
     exporter.setLoopAllSamples(true);
     std::string message;
-    ASSERT_EQ(exporter.exportStep(source, test::riffWriter(), message), 1) << message;
+    ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
 
     EXPECT_EQ(exporter.mapPath(), root.path() + "/samples/OrganSet/Organ.map");
     const std::string map = test::readFileBytes(exporter.mapPath());
@@ -88,7 +88,7 @@ TEST(DelugeExporter, OnlyTheSelectedLayerGoesToTheCardFolders)
     source.loopedNotes[57] = true;
     DelugeExporter exporter(*project, {1, 0}, root.path(), 0x20408, "ORGAN");
     std::string message;
-    ASSERT_EQ(exporter.exportStep(source, test::riffWriter(), message), 1) << message;
+    ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
 
     const std::string folder = root.path() + "/SAMPLES/TNGB/ORGAN";
     EXPECT_TRUE(fs::exists(folder + "/Key057.wav"));
@@ -118,7 +118,7 @@ TEST(DelugeExporter, LoopAllSetsTheOscillatorToLoop)
     DelugeExporter exporter(*project, {0}, root.path(), 0x20408, "ORGAN");
     exporter.setLoopAllSamples(true);
     std::string message;
-    ASSERT_EQ(exporter.exportStep(source, test::riffWriter(), message), 1) << message;
+    ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
     EXPECT_NE(exporter.output().find("loopMode=\"2\""), std::string::npos);
 }
 
@@ -130,7 +130,7 @@ TEST(ProphetXExporter, ZipLandsInBankAndCategoryWithRootFrequencies)
     ProphetXExporter exporter(*project, {0, 1}, root.path(), 0x20410,
                               {"UserBank1", "Keys", 3, "Organ"});
     std::string message;
-    ASSERT_EQ(exporter.exportStep(source, test::riffWriter(), message), 1) << message;
+    ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
     ASSERT_EQ(exporter.finishStep(message), 1) << message;
 
     const std::string zip = root.path() + "/px/UserBank1/Keys/03. Organ.zip";
@@ -160,7 +160,7 @@ TEST(ProphetXExporter, TakenProgramNumberIsRefusedBeforeAnythingIsRendered)
     ProphetXExporter exporter(*project, {0, 1}, root.path(), 0x20410,
                               {"UserBank1", "Keys", 3, "Organ"});
     std::string message;
-    EXPECT_EQ(exporter.exportStep(source, test::riffWriter(), message), 0);
+    EXPECT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 0);
     EXPECT_EQ(message,
               "A program with the same number (03) already exists in this user-bank/category.");
     EXPECT_TRUE(source.requests.empty());
@@ -168,7 +168,7 @@ TEST(ProphetXExporter, TakenProgramNumberIsRefusedBeforeAnythingIsRendered)
 
     ProphetXExporter other(*project, {0, 1}, root.path(), 0x20410,
                            {"UserBank1", "Keys", 4, "Organ"});
-    EXPECT_EQ(other.exportStep(source, test::riffWriter(), message), 1) << message;
+    EXPECT_EQ(other.exportStep(source, test::wavFileWriter(), message), 1) << message;
 }
 
 TEST(TemplateExporter, MissingTemplatesAreReportedWithTheirPaths)
@@ -181,7 +181,7 @@ TEST(TemplateExporter, MissingTemplatesAreReportedWithTheirPaths)
     fs::current_path(previous);
     test::SyntheticSource source;
     std::string message;
-    if (exporter.exportStep(source, test::riffWriter(), message) == 1)
+    if (exporter.exportStep(source, test::wavFileWriter(), message) == 1)
         GTEST_SKIP() << "an installed Resources folder was found";
     EXPECT_EQ(message.rfind("QuantumExporter:\n\nunable to read the templates", 0), 0u) << message;
     EXPECT_NE(message.find("QuantumTemplate_Main.map"), std::string::npos);

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace tg {
 
@@ -105,6 +106,9 @@ int parseInstrumentSpec(const std::string& text, InstrumentSpec& spec, std::stri
             if (!readNumber(valueText, value))
                 return setMessage(msg, "LV2 control \"%s\" needs a number, not \"%s\"",
                                   name.c_str(), valueText.c_str());
+            if (std::fabs(value) > double(std::numeric_limits<float>::max()))
+                return setMessage(msg, "LV2 control \"%s\" value %s is out of range", name.c_str(),
+                                  valueText.c_str());
             spec.controls.emplace_back(name, float(value));
         }
         return 1;

@@ -88,6 +88,7 @@ TEST(InstrumentSpec, FaultsAreNamed)
         {"a.sf2?", "Instrument option \"\" is not NAME=VALUE"},
         {"lv2:urn:x?cutoff=nan", "LV2 control \"cutoff\" needs a number, not \"nan\""},
         {"lv2:urn:x?=1", "Instrument option \"=1\" is not NAME=VALUE"},
+        {"lv2:urn:x?g=5e56", "LV2 control \"g\" value 5e56 is out of range"},
     };
     for (const Case& c : cases) {
         InstrumentSpec spec;

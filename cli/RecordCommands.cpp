@@ -5,6 +5,7 @@
 #include "cli/ProjectAccess.h"
 
 #include "core/Model.h"
+#include "core/Preferences.h"
 #include "core/ProjectFile.h"
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
@@ -90,6 +91,47 @@ void drive(RecordingRun& run, const RunClock& clock)
     }
 }
 
+// Loads the project files into `model` and selects the first one (and the Multi-Sample).
+// Returns kExitOk, or the status of the failure (reported).
+int openProjects(Model& model, const RecordOptions& options)
+{
+    std::string message;
+    int first = -1;
+    for (const std::string& path : options.projects) {
+        if (!openProjectFile(model, path, message))
+            return fail(message, false);
+        if (first < 0)
+            first = model.currentProjectIndex();
+    }
+    model.selectProject(first);
+    if (options.multisample >= 0) {
+        if (options.multisample >= model.currentProject()->mslCount) {
+            std::cerr << "Bad argument --multisample " << options.multisample
+                      << ": the project has " << model.currentProject()->mslCount
+                      << " Multi-Sample(s).\n";
+            return kExitBadUsage;
+        }
+        model.selectMultiSample(options.multisample);
+    }
+    return kExitOk;
+}
+
+// The refusals of the record list need no device: they come before the devices are opened,
+// as quickly as the user can read them.
+int checkBeforeDevices(const RecordOptions& options, int command)
+{
+    auto model = std::make_unique<Model>();
+    loadPreferences(model->preferences());
+    if (const int status = openProjects(*model, options); status != kExitOk)
+        return status;
+    RecordList list;
+    Result result = buildRecordList(*model, command, list);
+    std::string title;
+    if (result.ok())
+        result = checkRecordList(list, kNoAudioOutEntry, title);
+    return result.ok() ? kExitOk : fail(result.message, false);
+}
+
 int runRecord(const RecordOptions& options)
 {
     int command = kRecordSelectedProject;
@@ -102,6 +144,9 @@ int runRecord(const RecordOptions& options)
         return kExitBadUsage;
     }
 
+    if (const int status = checkBeforeDevices(options, command); status != kExitOk)
+        return status;
+
     int argc = 1;
     char name[] = "tonegrabber-cli";
     char* argv[] = {name, nullptr};
@@ -111,23 +156,8 @@ int runRecord(const RecordOptions& options)
     std::string message;
     if (!initializeWithDevices(*model, determineCoreFolders(), message))
         return fail(message, false);
-    int first = -1;
-    for (const std::string& path : options.projects) {
-        if (!openProjectFile(*model, path, message))
-            return fail(message, false);
-        if (first < 0)
-            first = model->currentProjectIndex();
-    }
-    model->selectProject(first);
-    if (options.multisample >= 0) {
-        if (options.multisample >= model->currentProject()->mslCount) {
-            std::cerr << "Bad argument --multisample " << options.multisample
-                      << ": the project has " << model->currentProject()->mslCount
-                      << " Multi-Sample(s).\n";
-            return kExitBadUsage;
-        }
-        model->selectMultiSample(options.multisample);
-    }
+    if (const int status = openProjects(*model, options); status != kExitOk)
+        return status;
 
     AudioManager audioManager;
     // Nothing is played back here; without an output the hosted instrument cannot be
@@ -185,8 +215,9 @@ void addRecordCommands(CliApp& app)
         ->required();
     record->add_option("--scope", options->scope, "multisample, project (default) or all")
         ->check(CLI::IsMember({"multisample", "project", "all"}));
-    record->add_option("--multisample", options->multisample,
-                       "Multi-Sample index for --scope multisample (default: the current one)")
+    record
+        ->add_option("--multisample", options->multisample,
+                     "Multi-Sample index for --scope multisample (default: the current one)")
         ->check(CLI::Range(0, kMaxMultiSamples - 1));
     record->add_flag("--only-empty", options->onlyEmpty, "Record only empty Key-Samples");
     record->add_flag("--keep-locked", options->keepLocked,

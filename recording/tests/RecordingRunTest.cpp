@@ -107,8 +107,8 @@ TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
     WaveFormat format;
     int32_t loopStart, loopEnd, root, frames;
     std::string message;
-    ASSERT_EQ(readWavHeader(keySampleFileName(project(), layer(0), 60), format, loopStart,
-                            loopEnd, root, frames, message),
+    ASSERT_EQ(readWavHeader(keySampleFileName(project(), layer(0), 60), format, loopStart, loopEnd,
+                            root, frames, message),
               1)
         << message;
     // The recorder's buffer holds the armed frames; one more is asked for and cut to it.
@@ -132,12 +132,10 @@ TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
     run->start();
     runUntil(*run, clock, clock.now + 3400);
     EXPECT_EQ(observer.lines,
-              (std::vector<std::string>{"Press 'Start'", "init PROJECT \"Piano\"",
-                                        "init MULTI-SAMPLE \"Soft\"",
-                                        "recording starts in 3.5 second(s)",
-                                        "recording starts in 3 second(s)",
-                                        "recording starts in 2 second(s)",
-                                        "recording starts in 1 second(s)"}));
+              (std::vector<std::string>{
+                  "Press 'Start'", "init PROJECT \"Piano\"", "init MULTI-SAMPLE \"Soft\"",
+                  "recording starts in 3.5 second(s)", "recording starts in 3 second(s)",
+                  "recording starts in 2 second(s)", "recording starts in 1 second(s)"}));
     EXPECT_TRUE(source.armedSeconds.empty());
     runUntil(*run, clock, clock.now + 100);
     EXPECT_EQ(source.armedSeconds.size(), 1u);
@@ -287,8 +285,7 @@ TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
     ProjectLoadOptions options;
     ProjectLoadOutcome outcome;
     std::string message;
-    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message),
-              1)
+    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
         << message;
     const TGmsl& soft = reloaded.project(0).msl[0];
     EXPECT_EQ(soft.keys[60].hasAudio, 1);
@@ -323,8 +320,7 @@ TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
     ProjectLoadOptions options;
     ProjectLoadOutcome outcome;
     std::string message;
-    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message),
-              1)
+    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
         << message;
     EXPECT_EQ(reloaded.project(0).msl[0].keys[60].hasAudio, 1);
 }

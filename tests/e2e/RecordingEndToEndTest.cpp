@@ -25,9 +25,9 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <fcntl.h>
 #include <sys/wait.h>
 
 extern char** environ;
@@ -87,11 +87,30 @@ class RecordOnTheSynth : public ::testing::Test {
     void SetUp() override
     {
         std::filesystem::create_directories(dataPath());
-        ASSERT_EQ(runCli({"new", project(), "--data-path", dataPath(), "--audio-in",
-                          kSynthAudioDevice, "--midi-out", kSynthMidiPort, "--format",
-                          "44.1KHz, Stereo, 16bit", "--program", "80", "--layers",
-                          std::to_string(layers), "--keys", "37", "--step", "12", "--note-length",
-                          "1.5", "--release-length", "0.5", "--autoloop", "intermediate"},
+        ASSERT_EQ(runCli({"new",
+                          project(),
+                          "--data-path",
+                          dataPath(),
+                          "--audio-in",
+                          kSynthAudioDevice,
+                          "--midi-out",
+                          kSynthMidiPort,
+                          "--format",
+                          "44.1KHz, Stereo, 16bit",
+                          "--program",
+                          "80",
+                          "--layers",
+                          std::to_string(layers),
+                          "--keys",
+                          "37",
+                          "--step",
+                          "12",
+                          "--note-length",
+                          "1.5",
+                          "--release-length",
+                          "0.5",
+                          "--autoloop",
+                          "intermediate"},
                          log()),
                   0)
             << fileText(log());
@@ -109,8 +128,8 @@ class RecordOnTheSynth : public ::testing::Test {
         ProjectLoadOptions options;
         ProjectLoadOutcome outcome;
         std::string message;
-        const int ok = loadProjects(model, folder.path(), {"Synth.TGprj"}, options, outcome,
-                                    message);
+        const int ok =
+            loadProjects(model, folder.path(), {"Synth.TGprj"}, options, outcome, message);
         EXPECT_EQ(ok, 1) << message;
         return ok == 1;
     }
@@ -138,9 +157,18 @@ double measureInputLatency()
     if (device >= 0 && openMidiOutByName(kSynthMidiPort, msg) &&
         audio::openStreams(input, noOutput, msg) && audio::startStreams(msg) &&
         recordWithActions(1.0,
-                          {{0.0, [] { sendBytes({0xC0, 80}); }},
-                           {0.5, [] { sendBytes({0x90, 60, 127}); }},
-                           {0.9, [] { sendBytes({0x80, 60, 0}); }}},
+                          {{0.0,
+                            [] {
+                                sendBytes({0xC0, 80});
+                            }},
+                           {0.5,
+                            [] {
+                                sendBytes({0x90, 60, 127});
+                            }},
+                           {0.9,
+                            [] {
+                                sendBytes({0x80, 60, 0});
+                            }}},
                           msg)) {
         RecordedTake take = audio::recordBuffer();
         const int64_t onset = firstFrameAbove(firstChannel(*take.data, 2, take.frames), 8.0);
@@ -188,8 +216,8 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
             EXPECT_EQ(key.hasAudio, 1);
 
             const double noteIn = double(key.Note_In) / kRate;
-            std::fprintf(stderr, "%s key %d: Note_In %d (%.4f s), latency %.4f s\n", msl.name,
-                         note, key.Note_In, noteIn, latency);
+            std::fprintf(stderr, "%s key %d: Note_In %d (%.4f s), latency %.4f s\n", msl.name, note,
+                         key.Note_In, noteIn, latency);
             EXPECT_NEAR(noteIn, 0.5 + latency, 0.030);
             // Note_Out = Release_In: the measured note length less the latency setting.
             EXPECT_NEAR(double(key.Note_Out - key.Note_In) / kRate,
@@ -243,8 +271,7 @@ TEST_F(RecordOnTheSynth, KilledRunLeavesALoadableProjectAndItsFinishedTakes)
         WaveFormat format;
         std::vector<uint8_t> data;
         std::string message;
-        ASSERT_EQ(readWav(keySampleFileName(after.project(0), msl, note), format, data, message),
-                  1)
+        ASSERT_EQ(readWav(keySampleFileName(after.project(0), msl, note), format, data, message), 1)
             << message;
         EXPECT_EQ(int64_t(data.size() / format.nBlockAlign), int64_t(kRate * 2.5));
         // Its markers were saved with it.

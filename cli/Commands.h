@@ -23,4 +23,7 @@ void addAnalysisCommands(CliApp& app);
 // record: the automatic recording run (cli/RecordCommands.cpp)
 void addRecordCommands(CliApp& app);
 
+// export (cli/ExportCommands.cpp)
+void addExportCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -11,5 +11,6 @@ int main(int argc, char** argv)
     tg::cli::addProjectCommands(app);
     tg::cli::addRecordCommands(app);
     tg::cli::addAnalysisCommands(app);
+    tg::cli::addExportCommands(app);
     return app.run(argc, argv);
 }

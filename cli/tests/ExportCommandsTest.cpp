@@ -1,0 +1,167 @@
+// The export command on a saved project: formats by short key and menu text, destinations,
+// settings, bad usage and failures.
+#include "cli/CliApp.h"
+#include "cli/Commands.h"
+
+#include "audiofile/AiffFile.h"
+#include "audiofile/WavFile.h"
+#include "core/Message.h"
+#include "core/Model.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <memory>
+
+using namespace tg;
+
+namespace {
+
+struct CommandRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+CommandRun run(std::vector<std::string> words)
+{
+    Model::instance().reset();
+    cli::CliApp app;
+    cli::addExportCommands(app);
+    std::vector<char*> argv;
+    static std::string program = "tonegrabber-cli";
+    argv.push_back(program.data());
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    CommandRun r;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    r.status = app.run(static_cast<int>(argv.size()), argv.data());
+    r.out = testing::internal::GetCapturedStdout();
+    r.err = testing::internal::GetCapturedStderr();
+    return r;
+}
+
+class ExportCommand : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        auto project = std::make_unique<Project>();
+        copyText(project->name, "Cli");
+        copyText(project->dataPath, dir.path().c_str());
+        project->mslCount = 2;
+        for (int m = 0; m < 2; ++m) {
+            TGmsl& msl = project->msl[m];
+            copyText(msl.name, m == 0 ? "Soft" : "Hard");
+            msl.KBrangeIn = 48;
+            msl.KBrangeOut = 72;
+            for (int note : {60, 67}) {
+                std::vector<uint8_t> data;
+                for (int i = 0; i < 8000; ++i) {
+                    const int16_t v = int16_t(6000 * std::sin(i * 0.03));
+                    data.push_back(uint8_t(v & 0xFF));
+                    data.push_back(uint8_t((v >> 8) & 0xFF));
+                }
+                std::string message;
+                ASSERT_TRUE(writeWav(keySampleFileName(*project, msl, note),
+                                     makeWaveFormat(44100, 1, 16), data, message));
+                TGmsl_key& key = msl.keys[note];
+                key.keyState = 1;
+                key.Note_In = 100;
+                key.Note_Out = 7999;
+                key.loopMode = 1;
+                key.Loop_In = 2000;
+                key.Loop_Out = 5999;
+            }
+        }
+        std::string message;
+        ASSERT_TRUE(saveProject(*project, dir.path(), "Cli", message)) << message;
+        path = dir.file("Cli.TGprj");
+        std::filesystem::create_directories(dir.file("out"));
+    }
+
+    test::TempDir dir;
+    std::string path;
+};
+
+} // namespace
+
+TEST_F(ExportCommand, ShortKeysWriteTheirFormats)
+{
+    CommandRun r =
+        run({"export", path, "--format", "sf2", "--dest", dir.file("out/Bank.sf2"), "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_GT(test::readFileBytes(dir.file("out/Bank.sf2")).size(), 4u * 8000);
+    EXPECT_EQ(r.err, "");
+
+    r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--naming",
+             "<#ms#>-<#mn#>", "--multisamples", "1", "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_TRUE(std::filesystem::exists(dir.file("out/Hard-060.wav")));
+    EXPECT_TRUE(std::filesystem::exists(dir.file("out/Hard-067.wav")));
+    EXPECT_FALSE(std::filesystem::exists(dir.file("out/Soft-060.wav")));
+
+    // Other samplers' "(*.wav)" entries are WAV-files exports too.
+    r = run({"export", path, "--format", "MOTU Machfive (*.wav)", "--dest", dir.file("out"),
+             "--naming", "mf-<#msi#>-<#n#>", "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_TRUE(std::filesystem::exists(dir.file("out/mf-00-C4.wav")));
+
+    r = run({"export", path, "--format", "Cakewalk Dimension (*.sfz)", "--dest",
+             dir.file("out/Kit"), "--quiet", "--json"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_TRUE(std::filesystem::exists(dir.file("out/Kit.sfz")));
+    EXPECT_TRUE(std::filesystem::exists(dir.file("out/Kit-001-067-G4.wav")));
+    EXPECT_NE(r.out.find("\"settings\": \"0x00020408\""), std::string::npos) << r.out;
+}
+
+TEST_F(ExportCommand, SettingsWordIsUsedAsGivenAndProgressGoesToStderr)
+{
+    // 22.05 kHz, 8 Bit, mono (only L), trimmed after the loop.
+    CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"), "--naming",
+                        "<#msi#>-<#n#>", "--settings", "0x81080204"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_NE(r.err.find("Working on Multisample \"Soft\" (1 of 2) Rendering and writing Key 60 "
+                         "(\"C4\")"),
+              std::string::npos)
+        << r.err;
+    AiffContents contents;
+    std::string message;
+    ASSERT_TRUE(readAiff(dir.file("out/01-G4.aif"), contents, message)) << message;
+    EXPECT_EQ(contents.format.nSamplesPerSec, 22050u);
+    EXPECT_EQ(contents.format.wBitsPerSample, 8);
+    EXPECT_EQ(contents.format.nChannels, 1);
+}
+
+TEST_F(ExportCommand, BadArgumentsAreUsageErrors)
+{
+    CommandRun r = run({"export", path, "--format", "mp3", "--dest", dir.file("out")});
+    EXPECT_EQ(r.status, cli::kExitBadUsage);
+    EXPECT_NE(r.err.find("--format"), std::string::npos);
+    r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--settings", "0xZZ"});
+    EXPECT_EQ(r.status, cli::kExitBadUsage);
+    EXPECT_NE(r.err.find("--settings"), std::string::npos);
+    r = run(
+        {"export", path, "--format", "wav", "--dest", dir.file("out"), "--multisamples", "0,9"});
+    EXPECT_EQ(r.status, cli::kExitBadUsage);
+    EXPECT_NE(r.err.find("--multisamples"), std::string::npos);
+}
+
+TEST_F(ExportCommand, ExporterMessageAndExitOneOnFailure)
+{
+    ASSERT_TRUE(test::writeFileBytes(dir.file("blocked"), "x"));
+    CommandRun r = run({"export", path, "--format", "wav-loop", "--dest", dir.file("blocked"),
+                        "--naming", "<#mn#>", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_EQ(r.err.rfind("TGexport_WavFiles():\n\n", 0), 0u) << r.err;
+    r = run({"export", path, "--format", "sf2", "--dest", dir.file("blocked/Bank.sf2"), "--quiet",
+             "--json"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_NE(r.out.find("\"error\": \"TGexport_SoundFont2():\\n\\nunable to open"),
+              std::string::npos)
+        << r.out;
+}

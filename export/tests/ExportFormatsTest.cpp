@@ -1,0 +1,99 @@
+#include "export/ExportFormats.h"
+
+#include <gtest/gtest.h>
+
+using tg::ExportFormat;
+
+namespace {
+ExportFormat formatOf(const std::string& text)
+{
+    const tg::ExportFormatInfo* info = tg::findExportFormat(text);
+    EXPECT_NE(info, nullptr) << text;
+    return info ? info->format : ExportFormat::WavFiles;
+}
+} // namespace
+
+TEST(ExportFormats, EveryMenuTextReachesItsExporter)
+{
+    EXPECT_EQ(formatOf("WAV-Files"), ExportFormat::WavFiles);
+    EXPECT_EQ(formatOf("WAV-Files (Loop only)"), ExportFormat::WavFiles);
+    EXPECT_EQ(formatOf("AIFF-Files (Loop only)"), ExportFormat::Aiff);
+    for (const char* text :
+         {"Camel Audio Alchemy (*.sfz)", "Cakewalk Dimension (*.sfz)", "rgc:audio (*.sfz)"})
+        EXPECT_EQ(formatOf(text), ExportFormat::Sfz);
+    for (const char* text :
+         {"SoundFont2 (*.sf2)", "Apple Logic Pro EXS 24 (*.sf2)",
+          "Maz Studio Tools VSampler (*.sf2)", "Yellow Tools Independence (*.SF2)"})
+        EXPECT_EQ(formatOf(text), ExportFormat::SoundFont2);
+    EXPECT_EQ(formatOf("NI Kontakt (*.sxt)"), ExportFormat::NNXT);
+    EXPECT_EQ(formatOf("Steinberg HALion (*.xml)"), ExportFormat::HALion);
+    EXPECT_EQ(formatOf("Waldorf Blofeld (*.xml)"), ExportFormat::Blofeld);
+    EXPECT_EQ(formatOf("Korg Kronos (*.KMP)"), ExportFormat::Kronos);
+    EXPECT_EQ(formatOf("Korg Microsampler (*.msmpl_bank)"), ExportFormat::Microsampler);
+    EXPECT_EQ(formatOf("Volca Sample"), ExportFormat::Volca);
+    EXPECT_EQ(formatOf("Bitwig Studio (*.multisample)"), ExportFormat::Bitwig);
+    EXPECT_EQ(formatOf("Synthstrom Deluge (*.xml)"), ExportFormat::Deluge);
+    EXPECT_EQ(formatOf("Waldorf Quantum and Iridium (*.map)"), ExportFormat::Quantum);
+    EXPECT_EQ(formatOf("Sequential Prophet-X (*.zip)"), ExportFormat::ProphetX);
+    EXPECT_EQ(formatOf("Yamaha Montage (*.X7U)"), ExportFormat::Montage);
+    EXPECT_EQ(formatOf("Yamaha Montage (*.X7L)"), ExportFormat::Montage);
+    for (const char* text :
+         {"Tascam Gigastudio (*.wav)", "Emu Emulator X (*.wav)", "MOTU Machfive (*.wav)"})
+        EXPECT_EQ(formatOf(text), ExportFormat::SamplerWav);
+    for (const std::string& text : tg::exportMenuTexts())
+        EXPECT_NE(tg::findExportFormat(text), nullptr) << text;
+}
+
+TEST(ExportFormats, FirstKeyInTableOrderDecides)
+{
+    // Both "(*.sf2)" and "wav-files" occur; the SoundFont key comes first.
+    EXPECT_EQ(formatOf("WAV-Files (*.sf2)"), ExportFormat::SoundFont2);
+    // "halion" is tried before "blofeld".
+    EXPECT_EQ(formatOf("Blofeld via HALion"), ExportFormat::HALion);
+}
+
+TEST(ExportFormats, EntriesWithoutAKeyStartNoExport)
+{
+    EXPECT_EQ(tg::findExportFormat("Cakewalk Dimension Preset (*.prog)"), nullptr);
+    EXPECT_EQ(tg::findExportFormat("OP-1 (*.aif)"), nullptr);
+    EXPECT_EQ(tg::findExportFormat("Akai (*.SND)"), nullptr);
+}
+
+TEST(ExportFormats, DefaultWordAndCorrectionsPerFormat)
+{
+    const auto& sf2 = *tg::findExportFormat("SoundFont2 (*.sf2)");
+    const auto& micro = *tg::findExportFormat("Korg Microsampler (*.msmpl_bank)");
+    const auto& prophet = *tg::findExportFormat("Sequential Prophet-X (*.zip)");
+    const auto& volca = *tg::findExportFormat("Volca Sample");
+    const auto& wav = *tg::findExportFormat("WAV-Files");
+    EXPECT_EQ(sf2.allowedMask, 0xFFFFF4FCu);
+    EXPECT_EQ(tg::findExportFormat("NI Kontakt (*.sxt)")->allowedMask, 0xFFFFFCFCu);
+    EXPECT_EQ(tg::findExportFormat("Yamaha Montage (*.X7L)")->allowedMask, 0xFFFFF4FFu);
+    EXPECT_EQ(micro.allowedMask, 0xFFFFF49Eu);
+    EXPECT_EQ(prophet.allowedMask, 0xFFFFF490u);
+    EXPECT_EQ(volca.allowedMask, 0xFFFCFFFFu);
+    EXPECT_EQ(wav.allowedMask, 0xFFFFFFFFu);
+
+    EXPECT_EQ(tg::correctedSettingsWord(wav, false, 0), 0x20408u);
+    EXPECT_EQ(tg::correctedSettingsWord(micro, false, 0), 0x20410u);
+    EXPECT_EQ(tg::correctedSettingsWord(prophet, false, 0), 0x20410u);
+    // "Same" rate and 24 bits are corrected for SoundFont; its channels and the other
+    // fields of the word stay as they were.
+    EXPECT_EQ(tg::correctedSettingsWord(sf2, true, 0xA2010801), 0xA2010408u);
+    // Prophet-X allows 48 kHz and 192 kHz here; 96 kHz falls back to the fixed 44.1 kHz.
+    EXPECT_EQ(tg::correctedSettingsWord(prophet, true, 0x20420), 0x20408u);
+    // Volca allows only the mono modes; stereo becomes mono (mix).
+    EXPECT_EQ(tg::correctedSettingsWord(volca, true, 0x20408), 0x40408u);
+    EXPECT_EQ(tg::correctedSettingsWord(volca, true, 0x80408), 0x80408u);
+    EXPECT_EQ(tg::correctedSettingsWord(wav, true, 0x10101), 0x10101u);
+}
+
+TEST(ExportFormats, ShortKeysAndLoopOnlyTexts)
+{
+    EXPECT_EQ(tg::menuTextForShortKey("sf2"), "SoundFont2 (*.sf2)");
+    EXPECT_EQ(tg::menuTextForShortKey("wav-loop"), "WAV-Files (Loop only)");
+    EXPECT_EQ(tg::menuTextForShortKey("kronos"), "Korg Kronos (*.KMP)");
+    EXPECT_EQ(tg::menuTextForShortKey("Steinberg HALion (*.xml)"), "Steinberg HALion (*.xml)");
+    EXPECT_TRUE(tg::isLoopOnlyMenuText("AIFF-Files (Loop only)"));
+    EXPECT_FALSE(tg::isLoopOnlyMenuText("AIFF-Files"));
+}

@@ -1,0 +1,130 @@
+// The SFZ exporter over in-memory audio: file names, the written SFZ file, failures.
+#include "export/ExportSfz.h"
+
+#include "core/Message.h"
+#include "export/ExportProgress.h"
+#include "export/SfzText.h"
+#include "export/tests/MemoryAudio.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+class ExportSfz : public ::testing::Test {
+  protected:
+    std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
+    tg::test::MemoryAudio audio;
+    tg::test::TempDir dir;
+    std::string message;
+
+    void SetUp() override
+    {
+        tg::exportAbortFlag = false;
+        tg::copyText(project->name, "Grand");
+        tg::copyText(project->dataPath, "/data");
+        project->mslCount = 2;
+        const char* names[2] = {"Soft", "Pad"};
+        for (int m = 0; m < 2; ++m) {
+            tg::TGmsl& msl = project->msl[m];
+            tg::copyText(msl.name, names[m]);
+            msl.KBrangeIn = 58;
+            msl.KBrangeOut = 63;
+            for (int note : {60, 62}) {
+                msl.keys[note] = tg::makeNewKey(note);
+                msl.keys[note].keyState = 1;
+                msl.keys[note].hasAudio = 1;
+                msl.keys[note].Note_Out = 499;
+                audio.add(*project, m, note, 500, 1000);
+            }
+        }
+        project->msl[0].range_start = 1;
+        project->msl[0].range_end = 64;
+        project->msl[0].keys[60].releaseOn = 1;
+        project->msl[1].mapTo = 1;
+    }
+    void TearDown() override { tg::exportAbortFlag = false; }
+
+    int run()
+    {
+        return tg::TGexport_DimensionSFZ(dir.path(), "Piano", "sfz", project.get(), {0, 1}, 0x10408,
+                                         0.0, 0.0, message, audio.services());
+    }
+};
+
+} // namespace
+
+TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
+{
+    ASSERT_EQ(run(), 1) << message;
+    const std::string expected =
+        tg::sfzHeader() +
+        "\r\n\r\n<group> // parameters for the multi-sample \"Soft\"\r\nlovel=1\r\nhivel=64\r\n\r\n"
+        "<region> trigger=attack  pitch_keycenter=60 lokey=58 hikey=61 ampeg_release=0 "
+        "sample=Piano-000-060-C4.wav\r\n"
+        "<region> trigger=release pitch_keycenter=60 lokey=58 hikey=61 ampeg_attack=0 "
+        "sample=Piano-000-060-C4-release.wav\r\n"
+        "<region> trigger=attack  pitch_keycenter=62 lokey=62 hikey=63 "
+        "sample=Piano-000-062-D4.wav\r\n"
+        "\r\n\r\n<group> // parameters for the multi-sample \"Pad\"\r\n\r\n"
+        "<region> trigger=attack  pitch_keycenter=60 lokey=58 hikey=61 "
+        "sample=Piano-001-060-C4.wav\r\n"
+        "<region> trigger=attack  pitch_keycenter=62 lokey=62 hikey=63 "
+        "sample=Piano-001-062-D4.wav\r\n";
+    EXPECT_EQ(tg::test::readFileBytes(dir.file("Piano.sfz")), expected);
+
+    std::vector<std::string> names;
+    for (const auto& [path, file] : audio.written)
+        names.push_back(std::filesystem::path(path).filename().string());
+    EXPECT_EQ(names, (std::vector<std::string>{"Piano-000-060-C4-release.wav",
+                                               "Piano-000-060-C4.wav", "Piano-000-062-D4.wav",
+                                               "Piano-001-060-C4.wav", "Piano-001-062-D4.wav"}));
+    const auto& note = audio.written[dir.file("Piano-000-062-D4.wav")];
+    EXPECT_EQ(note.rootKey, 62);
+    EXPECT_FALSE(note.loop.enabled);
+}
+
+TEST_F(ExportSfz, SampleFilesCarryTheRenderedLoop)
+{
+    tg::TGmsl_key& key = project->msl[0].keys[62];
+    key.loopMode = 1;
+    key.Note_In = 100;
+    key.Loop_In = 200;
+    key.Loop_Out = 399;
+    ASSERT_EQ(run(), 1) << message;
+    const auto& note = audio.written[dir.file("Piano-000-062-D4.wav")];
+    EXPECT_TRUE(note.loop.enabled);
+    EXPECT_EQ(note.loop.start, 100);
+    EXPECT_EQ(note.loop.end, 299);
+}
+
+TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
+{
+    audio.failWritesTo = "Piano-001-060";
+    EXPECT_EQ(run(), 0);
+    EXPECT_EQ(message,
+              "TGexport_DimensionSFZ():\n\nunable to open " + dir.file("Piano-001-060-C4.wav"));
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Piano.sfz")));
+
+    audio.failWritesTo.clear();
+    tg::setExportProgressCallback([](double, const std::string&) { tg::exportAbortFlag = true; });
+    EXPECT_EQ(run(), 0);
+    tg::setExportProgressCallback({});
+    EXPECT_EQ(message, "TGexport_DimensionSFZ():\n\nExport aborted.");
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Piano.sfz")));
+}
+
+TEST_F(ExportSfz, UnopenableSfzFileIsReported)
+{
+    // A regular file where the folder should be: nothing can be created below it.
+    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("blocker"), "x"));
+    const std::string folder = dir.file("blocker");
+    EXPECT_EQ(tg::TGexport_DimensionSFZ(folder, "Piano", "sfz", project.get(), {0}, 0x10408, 0.0,
+                                        0.0, message, audio.services()),
+              0);
+    EXPECT_EQ(message, "TGexport_DimensionSFZ():\n\nunable to open \"" + folder + "/Piano.sfz\"");
+    EXPECT_EQ(project->msl[0].keys[60].Note_Out, 499);
+}

@@ -1,0 +1,210 @@
+// The bank's layout read back field by field.
+#include "export/SoundFont2File.h"
+
+#include "export/tests/Sf2Reader.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+std::vector<uint8_t> ramp16(size_t frames, int channels, int step)
+{
+    std::vector<uint8_t> data;
+    for (size_t i = 0; i < frames; ++i)
+        for (int c = 0; c < channels; ++c) {
+            const int16_t v = int16_t(int(i) * step * (c == 0 ? 1 : -1));
+            data.push_back(uint8_t(v & 0xFF));
+            data.push_back(uint8_t((v >> 8) & 0xFF));
+        }
+    return data;
+}
+
+tg::Sf2KeySample keySample(const std::vector<uint8_t>& data, int channels, int note)
+{
+    tg::Sf2KeySample s;
+    s.ordinal = 1;
+    s.note = note;
+    s.format = tg::makeWaveFormat(48000, uint16_t(channels), 16);
+    s.data = &data;
+    s.lowKey = uint8_t(note - 2);
+    s.highKey = uint8_t(note + 3);
+    s.lowVelocity = 1;
+    s.highVelocity = 64;
+    return s;
+}
+
+} // namespace
+
+TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
+{
+    tg::test::TempDir dir;
+    const std::string path = dir.file("bank.sf2");
+    const auto mono = ramp16(100, 1, 3);
+    const auto stereo = ramp16(50, 2, 5);
+    std::string message;
+    tg::SoundFont2File bank;
+    ASSERT_EQ(bank.open(path, "A bank name longer than nineteen", 2, message), 1) << message;
+    auto looped = keySample(mono, 1, 60);
+    looped.hasLoop = true;
+    looped.loopStart = 10;
+    looped.loopEnd = 89;
+    ASSERT_EQ(bank.add(looped, message), 1) << message;
+    ASSERT_EQ(bank.add(keySample(stereo, 2, 61), message), 1) << message;
+    ASSERT_EQ(bank.finish(message), 1) << message;
+
+    const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(path));
+    ASSERT_TRUE(sf2.ok) << sf2.error;
+    EXPECT_EQ(sf2.riffSize, sf2.fileSize - 8);
+    EXPECT_EQ(sf2.topLists, (std::vector<std::string>{"INFO", "sdta", "pdta"}));
+    EXPECT_EQ(sf2.pdtaOrder, (std::vector<std::string>{"phdr", "pbag", "pmod", "pgen", "inst",
+                                                       "ibag", "imod", "igen", "shdr"}));
+    EXPECT_EQ(sf2.chunks.at("ifil"), std::string("\x02\x00\x00\x00", 4));
+    EXPECT_EQ(sf2.chunks.at("isng").size(), 256u);
+    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("isng"), 0, 256),
+              "for software samplers from Tonegrabber");
+    EXPECT_EQ(sf2.chunks.at("INAM").size(), 48u);
+    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("INAM"), 0, 48),
+              "A bank name longer than nineteen");
+
+    // Points: 100 + 128 zeros, then 50 + 128 for each stereo half.
+    ASSERT_EQ(sf2.points.size(), 100u + 128 + 2 * (50 + 128));
+    EXPECT_EQ(sf2.points[99], 297);
+    for (size_t i = 100; i < 228; ++i)
+        ASSERT_EQ(sf2.points[i], 0) << i;
+    EXPECT_EQ(sf2.points[228 + 49], 245);        // left half
+    EXPECT_EQ(sf2.points[228 + 178 + 49], -245); // right half
+
+    ASSERT_EQ(sf2.samples.size(), 4u);
+    const auto& m = sf2.samples[0];
+    EXPECT_EQ(m.name, "S_001_060_C4");
+    EXPECT_EQ(m.start, 0u);
+    EXPECT_EQ(m.end, 100u);
+    EXPECT_EQ(m.loopStart, 10u);
+    EXPECT_EQ(m.loopEnd, 90u); // one past the last loop point
+    EXPECT_EQ(m.rate, 48000u);
+    EXPECT_EQ(m.pitch, 60);
+    EXPECT_EQ(m.link, 0);
+    EXPECT_EQ(m.type, 1);
+    const auto& l = sf2.samples[1];
+    const auto& r = sf2.samples[2];
+    EXPECT_EQ(l.name, "S_001_061_C#4_L");
+    EXPECT_EQ(r.name, "S_001_061_C#4_R");
+    EXPECT_EQ(l.start, 228u);
+    EXPECT_EQ(l.end, 278u);
+    EXPECT_EQ(r.start, 406u);
+    EXPECT_EQ(l.type, 4);
+    EXPECT_EQ(l.link, 2);
+    EXPECT_EQ(r.type, 2);
+    EXPECT_EQ(r.link, 1);
+    // No loop: loop points rest on the start.
+    EXPECT_EQ(l.loopStart, l.start);
+    EXPECT_EQ(l.loopEnd, l.start);
+    EXPECT_EQ(sf2.samples[3].name, "EOS");
+    EXPECT_EQ(sf2.samples[3].start, 0u);
+
+    // Four generators per zone in fixed order, then the terminal.
+    ASSERT_EQ(sf2.igen.size(), 3u * 4 + 1);
+    for (uint16_t zone = 0; zone < 3; ++zone) {
+        EXPECT_EQ(sf2.igen[4 * zone].oper, 43);
+        EXPECT_EQ(sf2.igen[4 * zone + 1].oper, 44);
+        EXPECT_EQ(sf2.igen[4 * zone + 2].oper, 54);
+        EXPECT_EQ(sf2.igen[4 * zone + 3].oper, 53);
+        EXPECT_EQ(sf2.igen[4 * zone + 3].amount, zone);
+        EXPECT_EQ(sf2.ibag[zone], std::make_pair(uint16_t(4 * zone), uint16_t(0)));
+    }
+    EXPECT_EQ(sf2.igen[0].low(), 58);
+    EXPECT_EQ(sf2.igen[0].high(), 63);
+    EXPECT_EQ(sf2.igen[1].low(), 1);
+    EXPECT_EQ(sf2.igen[1].high(), 64);
+    EXPECT_EQ(sf2.igen[2].amount, 1); // looped
+    EXPECT_EQ(sf2.igen[6].amount, 0); // not looped
+    EXPECT_EQ(sf2.igen[12].oper, 0);
+    EXPECT_EQ(sf2.igen[12].amount, 0);
+    EXPECT_EQ(sf2.ibag[3], std::make_pair(uint16_t(12), uint16_t(0)));
+
+    const std::string& phdr = sf2.chunks.at("phdr");
+    ASSERT_EQ(phdr.size(), 2u * 38);
+    EXPECT_EQ(tg::test::fieldName(phdr, 0, 20), "A bank name longer ");
+    EXPECT_EQ(phdr[19], '\0');
+    EXPECT_EQ(tg::test::fieldName(phdr, 38, 20), "EOP");
+    EXPECT_EQ(tg::test::le16(phdr, 38 + 24), 1);
+    EXPECT_EQ(sf2.chunks.at("pbag"), std::string("\0\0\0\0\x01\0\0\0", 8));
+    EXPECT_EQ(sf2.chunks.at("pmod"), std::string(10, '\0'));
+    EXPECT_EQ(sf2.chunks.at("imod"), std::string(10, '\0'));
+    EXPECT_EQ(sf2.chunks.at("pgen"), std::string("\x29\0\0\0\0\0\0\0", 8));
+    const std::string& inst = sf2.chunks.at("inst");
+    ASSERT_EQ(inst.size(), 2u * 22);
+    EXPECT_EQ(tg::test::fieldName(inst, 0, 20), "INST_A bank name lo");
+    EXPECT_EQ(tg::test::fieldName(inst, 22, 20), "EOI");
+    EXPECT_EQ(tg::test::le16(inst, 42), 3);
+}
+
+TEST(SoundFont2File, LoopPointsStayInsideTheSample)
+{
+    tg::test::TempDir dir;
+    const auto mono = ramp16(100, 1, 3);
+    std::string message;
+    tg::SoundFont2File bank;
+    ASSERT_EQ(bank.open(dir.file("b.sf2"), "b", 2, message), 1) << message;
+    auto past = keySample(mono, 1, 60);
+    past.hasLoop = true;
+    past.loopStart = -5;
+    past.loopEnd = 250; // past the last frame
+    ASSERT_EQ(bank.add(past, message), 1);
+    auto empty = keySample(mono, 1, 62);
+    empty.hasLoop = true;
+    empty.loopStart = 120; // starts after the sample
+    empty.loopEnd = 130;
+    ASSERT_EQ(bank.add(empty, message), 1);
+    ASSERT_EQ(bank.finish(message), 1) << message;
+    const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(dir.file("b.sf2")));
+    ASSERT_EQ(sf2.samples.size(), 3u);
+    EXPECT_EQ(sf2.samples[0].loopStart, 0u);
+    EXPECT_EQ(sf2.samples[0].loopEnd, 100u);
+    EXPECT_EQ(sf2.igen[2].amount, 1);
+    EXPECT_EQ(sf2.samples[1].loopStart, sf2.samples[1].start);
+    EXPECT_EQ(sf2.igen[6].amount, 0); // nothing left to loop
+}
+
+TEST(SoundFont2File, UnopenablePathIsReported)
+{
+    tg::test::TempDir dir;
+    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("file"), "x"));
+    const std::string path = dir.file("file") + "/bank.sf2";
+    std::string message;
+    tg::SoundFont2File bank;
+    EXPECT_EQ(bank.open(path, "b", 1, message), 0);
+    EXPECT_EQ(message, "unable to open \"" + path + "\"");
+}
+
+TEST(SoundFont2File, WriteFailureClosesAndDeletesTheFile)
+{
+    tg::test::TempDir dir;
+    const std::string path = dir.file("bank.sf2");
+    // A file size limit makes writes past 64 KiB fail as on a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit saved{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    rlimit limited = saved;
+    limited.rlim_cur = 65536;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const auto big = ramp16(100000, 1, 1);
+    std::string message;
+    int added = 1;
+    {
+        tg::SoundFont2File bank;
+        if (bank.open(path, "b", 1, message) == 1) {
+            added = bank.add(keySample(big, 1, 60), message);
+        }
+    }
+    setrlimit(RLIMIT_FSIZE, &saved);
+    EXPECT_EQ(added, 0);
+    EXPECT_EQ(message, "write error (audio data)\"" + path + "\"");
+    EXPECT_FALSE(std::filesystem::exists(path));
+}

@@ -1,0 +1,79 @@
+// The zip layer against the real unzip: valid archives, deflate, and its two failure words.
+#include "export/zip/ZipArchive.h"
+
+#include "export/tests/SyntheticProject.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace tg {
+namespace {
+
+TEST(ZipArchive, EntriesFromMemoryAndDiskPassUnzipWithTheirBytes)
+{
+    if (!test::haveProgram("unzip"))
+        GTEST_SKIP() << "unzip not installed";
+    test::TempDir dir;
+    const std::string big(100000, 'a');
+    ASSERT_TRUE(test::writeFileBytes(dir.file("disk.bin"), big));
+    ZipArchive archive;
+    std::string message;
+    ASSERT_EQ(archive.create(dir.file("a.zip"), message), 1);
+    ASSERT_EQ(archive.addBytes("memory.txt", {'h', 'i', '\n'}, message), 1);
+    ASSERT_EQ(archive.addFile("disk.bin", dir.file("disk.bin"), message), 1);
+    ASSERT_EQ(archive.close(message), 1) << message;
+
+    std::string output;
+    EXPECT_EQ(test::runCommand("unzip -t '" + dir.file("a.zip") + "'", &output), 0) << output;
+    std::string content;
+    test::runCommand("unzip -p '" + dir.file("a.zip") + "' memory.txt", &content);
+    EXPECT_EQ(content, "hi\n");
+    // Level 9 deflate squeezes 100000 equal bytes far below their size.
+    EXPECT_LT(std::filesystem::file_size(dir.file("a.zip")), 2000u);
+}
+
+TEST(ZipArchive, FailuresSayWriteErrorOrBadZip)
+{
+    test::TempDir dir;
+    ZipArchive archive;
+    std::string message;
+    // libzip writes the archive at close(), so a folder that is missing shows there.
+    if (archive.create(dir.file("no/such/folder/a.zip"), message)) {
+        ASSERT_EQ(archive.addBytes("x", {1}, message), 1);
+        EXPECT_EQ(archive.close(message), 0);
+    }
+    EXPECT_EQ(message, "bad zip");
+    EXPECT_FALSE(std::filesystem::exists(dir.file("no")));
+
+    ZipArchive other;
+    ASSERT_EQ(other.create(dir.file("b.zip"), message), 1);
+    EXPECT_EQ(other.addFile("x", dir.file("missing.wav"), message), 0);
+    EXPECT_EQ(message, "write error");
+}
+
+TEST(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
+{
+    if (!test::haveProgram("unzip"))
+        GTEST_SKIP() << "unzip not installed";
+    test::TempDir dir;
+    std::filesystem::create_directories(dir.file("src/sub"));
+    test::writeFileBytes(dir.file("src/one.wav"), "1");
+    test::writeFileBytes(dir.file("src/two.xml"), "2");
+    test::writeFileBytes(dir.file("src/sub/skip.wav"), "3");
+    std::vector<double> fractions;
+    std::string message;
+    ASSERT_EQ(zipFolderFiles(dir.file("src"), dir.file("c.zip"), "Compressing.",
+                             [&](double f, const std::string&) { fractions.push_back(f); },
+                             nullptr, message),
+              1)
+        << message;
+    EXPECT_EQ(fractions, (std::vector<double>{0.0, 0.5}));
+    std::string listing;
+    test::runCommand("unzip -Z1 '" + dir.file("c.zip") + "'", &listing);
+    EXPECT_EQ(listing, "one.wav\ntwo.xml\n");
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,297 @@
+// Banks from the SoundFont 2 export played by FluidSynth: pitch, loops, key zones, stereo.
+#include "audiofile/WavFile.h"
+#include "core/Message.h"
+#include "core/Names.h"
+#include "export/ExportAudioServices.h"
+#include "export/ExportSoundFont2.h"
+#include "export/tests/Sf2Reader.h"
+#include "tests/support/TempDir.h"
+
+#include <fluidsynth.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+constexpr int kRate = 44100;
+constexpr int kFrames = 66150;    // 1.5 s per Key-Sample
+constexpr int kLoopStart = 22050; // the last second is the loop
+constexpr int kLoopEnd = kFrames - 1;
+constexpr double kPi = 3.14159265358979323846;
+
+double keyFrequency(int note)
+{
+    return 440.0 * std::pow(2.0, (note - 69) / 12.0);
+}
+
+// A whole number of cycles per second, so the one-second loop joins without a click.
+double loopableFrequency(int note)
+{
+    return std::round(keyFrequency(note));
+}
+
+void put16(std::vector<uint8_t>& out, double value)
+{
+    const int16_t v = int16_t(std::lround(value * 32767.0));
+    out.push_back(uint8_t(v & 0xFF));
+    out.push_back(uint8_t((v >> 8) & 0xFF));
+}
+
+// Writes a synthetic Key-Sample file: a sine at the key's own pitch, mono, or with
+// `rightAmplitude` > 0 stereo with the right half a fifth above the left.
+void writeTone(const tg::Project& p, int note, double amplitude, double rightAmplitude = 0.0)
+{
+    std::vector<uint8_t> data;
+    const int channels = rightAmplitude > 0.0 ? 2 : 1;
+    const double f = loopableFrequency(note);
+    for (int i = 0; i < kFrames; ++i) {
+        put16(data, amplitude * std::sin(2 * kPi * f * i / kRate));
+        if (channels == 2)
+            put16(data, rightAmplitude * std::sin(2 * kPi * f * 1.5 * i / kRate));
+    }
+    std::string message;
+    ASSERT_EQ(tg::writeWav(tg::keySampleFileName(p, p.msl[0], note),
+                           tg::makeWaveFormat(kRate, uint16_t(channels), 16), data, message),
+              1)
+        << message;
+}
+
+// Stereo output of FluidSynth for one held note.
+struct Rendering {
+    std::vector<float> left, right;
+};
+
+class FluidPlayer {
+  public:
+    explicit FluidPlayer(const std::string& bank)
+    {
+        settings_ = new_fluid_settings();
+        fluid_settings_setnum(settings_, "synth.sample-rate", kRate);
+        fluid_settings_setint(settings_, "synth.reverb.active", 0);
+        fluid_settings_setint(settings_, "synth.chorus.active", 0);
+        fluid_settings_setnum(settings_, "synth.gain", 0.5);
+        synth_ = new_fluid_synth(settings_);
+        fontId_ = fluid_synth_sfload(synth_, bank.c_str(), 1);
+    }
+    ~FluidPlayer()
+    {
+        delete_fluid_synth(synth_);
+        delete_fluid_settings(settings_);
+    }
+    bool loaded() const { return fontId_ != FLUID_FAILED; }
+
+    Rendering play(int key, double seconds)
+    {
+        Rendering r;
+        const int frames = int(seconds * kRate);
+        r.left.resize(frames);
+        r.right.resize(frames);
+        fluid_synth_program_select(synth_, 0, fontId_, 0, 0);
+        fluid_synth_noteon(synth_, 0, key, 127);
+        fluid_synth_write_float(synth_, frames, r.left.data(), 0, 1, r.right.data(), 0, 1);
+        fluid_synth_noteoff(synth_, 0, key);
+        // Let the release finish so the next note starts from silence.
+        std::vector<float> l(kRate), rr(kRate);
+        fluid_synth_write_float(synth_, kRate, l.data(), 0, 1, rr.data(), 0, 1);
+        return r;
+    }
+
+  private:
+    fluid_settings_t* settings_ = nullptr;
+    fluid_synth_t* synth_ = nullptr;
+    int fontId_ = FLUID_FAILED;
+};
+
+double rms(const std::vector<float>& x, double from, double to)
+{
+    const size_t a = size_t(from * kRate), b = std::min(x.size(), size_t(to * kRate));
+    double sum = 0;
+    for (size_t i = a; i < b; ++i)
+        sum += double(x[i]) * x[i];
+    return b > a ? std::sqrt(sum / double(b - a)) : 0.0;
+}
+
+// Frequency from rising zero crossings, interpolated between samples.
+double frequency(const std::vector<float>& x, double from, double to)
+{
+    const size_t a = size_t(from * kRate), b = std::min(x.size(), size_t(to * kRate));
+    double first = -1, last = -1;
+    int crossings = 0;
+    for (size_t i = a + 1; i < b; ++i) {
+        if (x[i - 1] < 0 && x[i] >= 0) {
+            const double at = double(i - 1) + x[i - 1] / (x[i - 1] - x[i]);
+            if (first < 0)
+                first = at;
+            else
+                ++crossings;
+            last = at;
+        }
+    }
+    return crossings > 0 ? crossings * kRate / (last - first) : 0.0;
+}
+
+// Power of one frequency in a window (Goertzel), normalised to the window length.
+double toneLevel(const std::vector<float>& x, double f, double from, double to)
+{
+    const size_t a = size_t(from * kRate), b = std::min(x.size(), size_t(to * kRate));
+    const double w = 2 * kPi * f / kRate, c = 2 * std::cos(w);
+    double s1 = 0, s2 = 0;
+    for (size_t i = a; i < b; ++i) {
+        const double s = x[i] + c * s1 - s2;
+        s2 = s1;
+        s1 = s;
+    }
+    const double power = s1 * s1 + s2 * s2 - c * s1 * s2;
+    return 2 * std::sqrt(std::max(0.0, power)) / double(b - a);
+}
+
+class SoundFontInFluidSynth : public ::testing::Test {
+  protected:
+    std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
+    tg::test::TempDir dir;
+    tg::ExportServices services = tg::defaultExportServices();
+
+    void SetUp() override
+    {
+        tg::copyText(project->name, "Tones");
+        tg::copyText(project->dataPath, dir.path().c_str());
+        project->mslCount = 1;
+        tg::TGmsl& msl = project->msl[0];
+        tg::copyText(msl.name, "Sine");
+        msl.KBrangeIn = 36;
+        msl.KBrangeOut = 96;
+        msl.range_start = 0;
+        msl.range_end = 127;
+        for (int note : {48, 60, 72}) {
+            tg::TGmsl_key& key = msl.keys[note];
+            key = tg::makeNewKey(note);
+            key.keyState = 1;
+            key.hasAudio = 1;
+            key.Note_In = 0;
+            key.Note_Out = kFrames - 1;
+            key.loopMode = 1;
+            key.Loop_In = kLoopStart;
+            key.Loop_Out = kLoopEnd;
+        }
+        writeTone(*project, 48, 0.5);
+        writeTone(*project, 60, 0.25);
+        writeTone(*project, 72, 0.4, 0.2);
+    }
+
+    // Default rate 44.1 kHz; 16 Bit, channels as recorded; tail kept, levels untouched.
+    std::string exportBank(const std::string& name, uint32_t frequency = 0x08)
+    {
+        std::string message;
+        const uint32_t settings = frequency | 0x400 | 0x10000 | 0x1000000 | 0x10000000 | 0x40000000;
+        EXPECT_EQ(tg::TGexport_SoundFont2(dir.path(), name, "sf2", project.get(), {0}, settings,
+                                          message, services),
+                  1)
+            << message;
+        return dir.file(name + ".sf2");
+    }
+};
+
+} // namespace
+
+TEST_F(SoundFontInFluidSynth, EachKeySampleSoundsAtItsOwnPitch)
+{
+    FluidPlayer player(exportBank("pitch"));
+    ASSERT_TRUE(player.loaded());
+    for (int key : {36, 48, 60, 66}) {
+        const Rendering r = player.play(key, 1.0);
+        EXPECT_NEAR(frequency(r.left, 0.3, 0.9), keyFrequency(key), keyFrequency(key) * 0.01)
+            << "key " << key;
+    }
+}
+
+TEST_F(SoundFontInFluidSynth, ConvertedRateIsTheSampleRateOfTheBank)
+{
+    // Resampled to 48 kHz (high quality), played at 44.1 kHz: the pitch stays.
+    FluidPlayer player(exportBank("rate", 0x10));
+    ASSERT_TRUE(player.loaded());
+    const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(dir.file("rate.sf2")));
+    ASSERT_FALSE(sf2.samples.empty());
+    EXPECT_EQ(sf2.samples[0].rate, 48000u);
+    const Rendering r = player.play(60, 1.0);
+    EXPECT_NEAR(frequency(r.left, 0.3, 0.9), keyFrequency(60), keyFrequency(60) * 0.01);
+}
+
+TEST_F(SoundFontInFluidSynth, HeldNoteKeepsSoundingThroughTheLoop)
+{
+    FluidPlayer player(exportBank("loop"));
+    ASSERT_TRUE(player.loaded());
+    const Rendering r = player.play(60, 4.0); // the sample lasts 1.5 s
+    const double early = rms(r.left, 0.5, 1.0);
+    const double late = rms(r.left, 3.0, 3.5);
+    ASSERT_GT(early, 0.01);
+    EXPECT_NEAR(late / early, 1.0, 0.05);
+    EXPECT_NEAR(frequency(r.left, 3.0, 3.5), keyFrequency(60), keyFrequency(60) * 0.01);
+}
+
+TEST_F(SoundFontInFluidSynth, WithoutLoopTheNoteEndsWithItsSample)
+{
+    project->msl[0].keys[60].loopMode = 0;
+    FluidPlayer player(exportBank("noloop"));
+    ASSERT_TRUE(player.loaded());
+    const Rendering r = player.play(60, 4.0);
+    const double early = rms(r.left, 0.5, 1.0);
+    ASSERT_GT(early, 0.01);
+    EXPECT_LT(rms(r.left, 3.0, 3.5), early * 0.01);
+}
+
+TEST_F(SoundFontInFluidSynth, KeyBetweenKeySamplesPlaysTheNearerOneTransposed)
+{
+    FluidPlayer player(exportBank("zones"));
+    ASSERT_TRUE(player.loaded());
+    // 53 lies nearer 48 (amplitude 0.5), 57 nearer 60 (amplitude 0.25).
+    const Rendering low = player.play(53, 1.0);
+    const Rendering high = player.play(57, 1.0);
+    EXPECT_NEAR(frequency(low.left, 0.3, 0.9), keyFrequency(53), keyFrequency(53) * 0.01);
+    EXPECT_NEAR(frequency(high.left, 0.3, 0.9), keyFrequency(57), keyFrequency(57) * 0.01);
+    EXPECT_NEAR(rms(low.left, 0.3, 0.9) / rms(high.left, 0.3, 0.9), 2.0, 0.1);
+}
+
+TEST_F(SoundFontInFluidSynth, StereoPairPlaysItsLeftAndRightHalves)
+{
+    FluidPlayer player(exportBank("stereo"));
+    ASSERT_TRUE(player.loaded());
+    const Rendering r = player.play(72, 1.0);
+    const double f = loopableFrequency(72);
+    // No pan generator is written, so both halves sound on both outputs: the left half's
+    // tone at its amplitude 0.4, the right half's fifth above at 0.2.
+    for (const std::vector<float>* out : {&r.left, &r.right}) {
+        const double leftHalf = toneLevel(*out, f, 0.3, 0.9);
+        const double rightHalf = toneLevel(*out, 1.5 * f, 0.3, 0.9);
+        EXPECT_GT(rightHalf, 0.01);
+        EXPECT_NEAR(leftHalf / rightHalf, 2.0, 0.1);
+        EXPECT_LT(toneLevel(*out, 1.25 * f, 0.3, 0.9), rightHalf * 0.05);
+    }
+}
+
+TEST_F(SoundFontInFluidSynth, BankStructureAsWritten)
+{
+    const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(exportBank("layout")));
+    ASSERT_TRUE(sf2.ok) << sf2.error;
+    ASSERT_EQ(sf2.samples.size(), 5u); // 48, 60, 72 left and right, EOS
+    EXPECT_EQ(sf2.samples[0].name, "S_000_048_C3");
+    EXPECT_EQ(sf2.samples[0].loopStart, uint32_t(kLoopStart));
+    EXPECT_EQ(sf2.samples[0].loopEnd, uint32_t(kLoopEnd + 1));
+    EXPECT_EQ(sf2.samples[1].start, uint32_t(kFrames + 128));
+    EXPECT_EQ(sf2.samples[2].name, "S_000_072_C5_L");
+    EXPECT_EQ(sf2.samples[2].type, 4);
+    EXPECT_EQ(sf2.samples[2].link, 3);
+    EXPECT_EQ(sf2.samples[3].type, 2);
+    EXPECT_EQ(sf2.samples[3].link, 2);
+    EXPECT_EQ(sf2.samples[4].name, "EOS");
+    // Zones from the key-range mapping: 36-54, 55-66, 67-96 (both stereo halves).
+    ASSERT_EQ(sf2.igen.size(), 4u * 4 + 1);
+    EXPECT_EQ(sf2.igen[0].low(), 36);
+    EXPECT_EQ(sf2.igen[0].high(), 54);
+    EXPECT_EQ(sf2.igen[4].low(), 55);
+    EXPECT_EQ(sf2.igen[4].high(), 66);
+    EXPECT_EQ(sf2.igen[8].low(), 67);
+    EXPECT_EQ(sf2.igen[12].high(), 96);
+    EXPECT_EQ(sf2.igen[16].oper, 0);
+}

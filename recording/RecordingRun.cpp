@@ -327,7 +327,6 @@ void RecordingRun::onMidiOn()
         return;
     startTimer(kMidiOffTimer, int64_t(std::llround(noteLength_ * 1000.0)), true);
     sendChannelMessage(0x90, currentKey_, lastMsl_->MIDIoutAttackVelocity);
-    noteSounding_ = true;
     noteStartMs_ = clock_.nowMs();
     state_ = State::NoteSounding;
 }
@@ -339,7 +338,6 @@ void RecordingRun::onMidiOff()
     // A real Note Off with the release velocity: a Note On of velocity 0 has no release
     // velocity, and some instruments shape their release with it.
     sendChannelMessage(0x80, currentKey_, lastMsl_->MIDIoutReleaseVelocity);
-    noteSounding_ = false;
     measuredNoteMs_ = double(clock_.nowMs() - noteStartMs_);
     state_ = State::Release;
     startTimer(kRecordingTimer, kRecordingPollMs, false);
@@ -474,7 +472,6 @@ void RecordingRun::sendStopMessages()
     if (currentKey_ >= 0)
         sendChannelMessage(0x80, currentKey_, lastMsl_ ? lastMsl_->MIDIoutReleaseVelocity : 0);
     sendChannelMessage(0xB0, 123, 0);
-    noteSounding_ = false;
 }
 
 void RecordingRun::endOfRun()

@@ -53,6 +53,9 @@ class RunObserver {
     virtual void finished(bool close) { (void)close; }
 };
 
+// Thread rules: every call, and every call it makes to the take source and the observer,
+// happens on the one thread that drives the run (the GUI thread or the CLI's loop). The
+// take source's capture runs on the audio thread; the run only polls isRecording().
 class RecordingRun {
   public:
     enum class State {
@@ -158,7 +161,6 @@ class RecordingRun {
     int done_ = 0;
     int preparedEntry_ = -1;         // entry the devices were last prepared for
     const TGmsl* lastMsl_ = nullptr; // Multi-Sample whose channel the stop messages go to
-    bool noteSounding_ = false;
     double countdown_ = 0.0; // seconds
     int secondsToAnnounce_ = 0;
     double noteLength_ = 0.0;    // seconds

@@ -142,44 +142,47 @@ class RecordOnTheSynth : public ::testing::Test {
     TempDir folder;
 };
 
-// The input latency of the chain as a recording sees it: a calibration take through the
-// device layer with middle C sent half a second in; seconds from then to the onset.
-double measureInputLatency()
+// Records `seconds` of the synth's first channel through the device layer, with `actions`
+// at their times. Empty when the chain cannot be opened.
+std::vector<double> recordSynth(double seconds, std::vector<TimedAction> actions)
 {
     std::string msg;
-    // The note lands on a period boundary, which may lie just before the half second.
-    double latency = std::nan("");
+    std::vector<double> left;
     if (!audio::initialize(msg))
-        return latency;
+        return left;
     const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
     const AudioStreamConfig input{device, -1, -1, kRate, 16, 2, -1.0f};
     const AudioStreamConfig noOutput{-1, -1, -1, kRate, 16, 2, -1.0f};
     if (device >= 0 && openMidiOutByName(kSynthMidiPort, msg) &&
         audio::openStreams(input, noOutput, msg) && audio::startStreams(msg) &&
-        recordWithActions(1.0,
-                          {{0.0,
-                            [] {
-                                sendBytes({0xC0, 80});
-                            }},
-                           {0.5,
-                            [] {
-                                sendBytes({0x90, 60, 127});
-                            }},
-                           {0.9,
-                            [] {
-                                sendBytes({0x80, 60, 0});
-                            }}},
-                          msg)) {
+        recordWithActions(seconds, std::move(actions), msg)) {
         RecordedTake take = audio::recordBuffer();
-        const int64_t onset = firstFrameAbove(firstChannel(*take.data, 2, take.frames), 8.0);
-        if (onset > 0)
-            latency = double(onset) / kRate - 0.5;
+        left = firstChannel(*take.data, 2, take.frames);
     }
-    sendBytes({0xB0, 123, 0});
     audio::closeStreams(msg);
     audio::terminate();
     midi::destroyMidi();
-    return latency;
+    return left;
+}
+
+// The input latency of the chain as a recording sees it: a calibration take with middle C
+// sent half a second in; seconds from then to the onset. The note lands on a period
+// boundary, which may lie just before the half second.
+double measureInputLatency()
+{
+    const std::vector<double> left = recordSynth(1.0, {{0.0,
+                                                        [] {
+                                                            sendBytes({0xC0, 80});
+                                                        }},
+                                                       {0.5,
+                                                        [] {
+                                                            sendBytes({0x90, 60, 127});
+                                                        }},
+                                                       {0.9, [] {
+                                                            sendBytes({0x80, 60, 0});
+                                                        }}});
+    const int64_t onset = firstFrameAbove(left, 8.0);
+    return onset > 0 ? double(onset) / kRate - 0.5 : std::nan("");
 }
 
 TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
@@ -298,6 +301,11 @@ TEST_F(RecordOnTheSynth, InterruptStopsTheRunAndKeepsTheProject)
     kill(pid, SIGINT);
     EXPECT_EQ(waitCli(pid), 1);
     EXPECT_NE(fileText(log()).find("Recording stopped."), std::string::npos) << fileText(log());
+    // The square lead sustains for as long as its key is held: silence now means the stop
+    // sequence reached the synth.
+    const std::vector<double> heard = recordSynth(0.5, {});
+    ASSERT_FALSE(heard.empty());
+    EXPECT_LT(rmsBetween(heard, 0, int64_t(heard.size())), 2.0);
 
     Model after;
     ASSERT_TRUE(load(after));

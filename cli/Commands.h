@@ -20,6 +20,9 @@ void addDeviceCommands(CliApp& app);
 // auto, normalize, gain, levels, estimate
 void addAnalysisCommands(CliApp& app);
 
+// record: the automatic recording run (cli/RecordCommands.cpp)
+void addRecordCommands(CliApp& app);
+
 // export (cli/ExportCommands.cpp)
 void addExportCommands(CliApp& app);
 

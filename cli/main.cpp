@@ -9,6 +9,7 @@ int main(int argc, char** argv)
     tg::cli::addAudioFileCommands(app);
     tg::cli::addDeviceCommands(app);
     tg::cli::addProjectCommands(app);
+    tg::cli::addRecordCommands(app);
     tg::cli::addAnalysisCommands(app);
     tg::cli::addExportCommands(app);
     return app.run(argc, argv);

@@ -17,6 +17,10 @@ set -Eeuo pipefail
 
 SOUNDFONT=${TG_SOUNDFONT:-/usr/share/sounds/sf2/FluidR3_GM.sf2}
 RATE=44100
+# Frames per period. A MIDI event and the start of a recording each land on a period
+# boundary, so the period bounds how far a note can sit from where it was sent; 256 frames
+# (5.8 ms) keeps recorded note starts within a few milliseconds of their time.
+PERIOD=${TG_SOUND_CHAIN_PERIOD:-256}
 WAIT_SECONDS=${TG_SOUND_CHAIN_TIMEOUT:-20}
 
 usage() {
@@ -104,7 +108,7 @@ start_chain() {
     # Whatever fails from here on leaves nothing running behind.
     trap 'stop_chain' ERR INT TERM
 
-    jackd --no-realtime -n "$server" -d dummy -r "$RATE" >"$state/jackd.log" 2>&1 &
+    jackd --no-realtime -n "$server" -d dummy -r "$RATE" -p "$PERIOD" >"$state/jackd.log" 2>&1 &
     echo $! >"$state/jackd.pid"
     local deadline=$((SECONDS + WAIT_SECONDS))
     until jack_lsp >/dev/null 2>&1; do

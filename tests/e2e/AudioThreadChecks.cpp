@@ -95,3 +95,19 @@ void operator delete[](void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
+
+// The nothrow forms must come from the same allocator as the deletes above (the model
+// allocates its Projects with them).
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return tg::test::allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept
+{
+    return operator new(size, tag);
+}

@@ -1,0 +1,544 @@
+// The recording run against a fake clock and a fake synth: timing of arming and notes, the
+// order of keys across Multi-Samples, skipping, stopping, saving after every take, failures.
+#include "recording/RecordingRun.h"
+
+#include "audiofile/WavFile.h"
+#include "core/Model.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "recording/tests/FakeTakeSource.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+
+namespace tg::test {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+// A saved Project "Piano" with `layers` Multi-Samples, no key selected yet.
+class RunFixture : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        std::filesystem::create_directories(data());
+        ASSERT_TRUE(model.newProject().ok());
+        Project& p = project();
+        copyText(p.name, "Piano");
+        copyText(p.dataPath, data().c_str());
+    }
+
+    void addLayer(const char* name, int channel = 0)
+    {
+        ASSERT_TRUE(model.addMultiSample().ok());
+        TGmsl& m = project().msl[project().mslCount - 1];
+        copyText(m.name, name);
+        m.MIDIoutChannel = uint16_t(channel);
+        m.MIDIoutAttackVelocity = 100;
+        m.MIDIoutReleaseVelocity = 40;
+        m.recordsettings.notelength1 = 2.0;
+        m.recordsettings.releaselength1 = 1.0;
+        m.recordsettings.recpause = 1.0;
+        m.recordsettings.latency = 0;
+        m.KBrangeIn = 0;
+        m.KBrangeOut = 127;
+    }
+
+    void save()
+    {
+        std::string message;
+        ASSERT_EQ(saveProject(project(), folder.path(), "Piano", message), 1) << message;
+    }
+
+    Project& project() { return *model.currentProject(); }
+    TGmsl& layer(int i) { return project().msl[i]; }
+    std::string data() const { return folder.file("samples"); }
+
+    std::unique_ptr<RecordingRun> makeRun(RunOptions options = {})
+    {
+        options.verbose = verbose;
+        auto run = std::make_unique<RecordingRun>(model, options, source, clock, observer);
+        return run;
+    }
+
+    TempDir folder;
+    Model model;
+    FakeClock clock;
+    FakeTakeSource source{clock};
+    RecordingObserver observer;
+    bool verbose = false;
+};
+
+TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
+{
+    addLayer("Soft", 2);
+    layer(0).keys[60].keyState = 1;
+    save();
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    EXPECT_EQ(run->state(), RecordingRun::State::Countdown);
+    const int64_t startMs = clock.now;
+    runUntil(*run, clock, startMs + 1000 + 400); // countdown of 1 s, then armed
+    ASSERT_EQ(source.armedSeconds.size(), 1u);
+    EXPECT_DOUBLE_EQ(source.armedSeconds[0], 3.5);
+    const int64_t armedAt = source.armedAtMs[0];
+    EXPECT_EQ(armedAt, startMs + 1000);
+    EXPECT_TRUE(source.sent.empty()); // the note waits half a second into the take
+    runToEnd(*run, clock);
+    ASSERT_TRUE(run->finished());
+    ASSERT_GE(source.history.size(), 2u);
+    EXPECT_EQ(source.history[0].bytes, (Bytes{0x92, 60, 100}));
+    EXPECT_EQ(source.history[0].atMs - armedAt, 500);
+    // A real Note Off with the release velocity, not a Note On of velocity 0.
+    EXPECT_EQ(source.history[1].bytes, (Bytes{0x82, 60, 40}));
+    EXPECT_EQ(source.history[1].atMs - armedAt, 2500);
+    EXPECT_DOUBLE_EQ(run->measuredNoteMs(), 2000.0);
+    // The take is processed at the first poll after the armed 3.5 s.
+    const TGmsl_key& key = layer(0).keys[60];
+    EXPECT_EQ(key.hasAudio, 1);
+    EXPECT_TRUE(observer.logged("Recording NOTE 60 (C4), rec.dur. = 3 seconds"));
+    EXPECT_TRUE(observer.logged("\r\n\r\nFinished recording.\r\n\r\n"));
+    EXPECT_FALSE(run->failed());
+
+    WaveFormat format;
+    int32_t loopStart, loopEnd, root, frames;
+    std::string message;
+    ASSERT_EQ(readWavHeader(keySampleFileName(project(), layer(0), 60), format, loopStart, loopEnd,
+                            root, frames, message),
+              1)
+        << message;
+    // The recorder's buffer holds the armed frames; one more is asked for and cut to it.
+    EXPECT_EQ(frames, 3 * 44100 + 22050);
+    EXPECT_EQ(format.nChannels, 2);
+    // Note_Out = Release_In: the measured 2 s after Note_In (latency setting 0 here).
+    EXPECT_NEAR(key.Note_In, 22050 + 441, 10);
+    EXPECT_EQ(key.Note_Out, key.Note_In + 2 * 44100);
+    EXPECT_EQ(key.Release_In, key.Note_Out);
+    EXPECT_EQ(key.releaseOn, 0);
+}
+
+TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    layer(0).recordsettings.recpause = 3.5;
+    save();
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runUntil(*run, clock, clock.now + 3400);
+    EXPECT_EQ(observer.lines,
+              (std::vector<std::string>{
+                  "Press 'Start'", "init PROJECT \"Piano\"", "init MULTI-SAMPLE \"Soft\"",
+                  "recording starts in 3.5 second(s)", "recording starts in 3 second(s)",
+                  "recording starts in 2 second(s)", "recording starts in 1 second(s)"}));
+    EXPECT_TRUE(source.armedSeconds.empty());
+    runUntil(*run, clock, clock.now + 100);
+    EXPECT_EQ(source.armedSeconds.size(), 1u);
+}
+
+TEST_F(RunFixture, ReleaseZeroPutsTheReleaseAtTheLastFrame)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    layer(0).recordsettings.releaselength1 = 0.0;
+    save();
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runToEnd(*run, clock);
+    const TGmsl_key& key = layer(0).keys[60];
+    const int32_t lastFrame = 2 * 44100 + 22050 - 1;
+    EXPECT_EQ(key.Release_In, lastFrame);
+    EXPECT_EQ(key.Release_Out, lastFrame);
+    // Without a release the Note Off falls on the end of the take: the note sounds to the end.
+    EXPECT_EQ(key.Note_Out, lastFrame);
+    EXPECT_NEAR(key.Note_In, 22050 + 441, 10);
+}
+
+TEST_F(RunFixture, TakeWithoutANoteKeepsTheWholeRecording)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    layer(0).recordsettings.releaselength1 = 0.0;
+    save();
+    source.silent = true;
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runToEnd(*run, clock);
+    const TGmsl_key& key = layer(0).keys[60];
+    EXPECT_EQ(key.Note_In, 0);
+    EXPECT_EQ(key.Note_Out, 2 * 44100 + 22050 - 1);
+    EXPECT_EQ(key.hasAudio, 1);
+}
+
+TEST_F(RunFixture, KeyAfter127IsKeyZeroOfTheNextMultiSample)
+{
+    addLayer("Soft", 0);
+    addLayer("Loud", 1);
+    layer(0).keys[127].keyState = 1;
+    layer(1).keys[0].keyState = 1;
+    save();
+    RunOptions options;
+    options.command = kRecordSelectedProject;
+    auto run = makeRun(options);
+    ASSERT_TRUE(run->open().ok());
+    EXPECT_EQ(run->totalKeys(), 2);
+    run->start();
+    runToEnd(*run, clock);
+    ASSERT_TRUE(run->finished());
+    std::vector<Bytes> noteOns;
+    for (const SentMessage& m : source.history)
+        if ((m.bytes[0] & 0xF0) == 0x90)
+            noteOns.push_back(m.bytes);
+    EXPECT_EQ(noteOns, (std::vector<Bytes>{{0x90, 127, 100}, {0x91, 0, 100}}));
+    EXPECT_EQ(layer(0).keys[127].hasAudio, 1);
+    EXPECT_EQ(layer(1).keys[0].hasAudio, 1);
+    EXPECT_EQ(run->keysDone(), 2);
+    // Each Multi-Sample's devices were prepared once, when its first key came up.
+    EXPECT_EQ(source.prepareCount, 2);
+    EXPECT_EQ(observer.titles.back(), "Record selected Project (Automatic Mode) - 2 keys (2 done)");
+}
+
+TEST_F(RunFixture, KeysWithAudioAreSkippedWhenOnlyEmptyKeysAreRecorded)
+{
+    addLayer("Soft");
+    layer(0).keys[48].keyState = 1;
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[48].hasAudio = 1;
+    save();
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runToEnd(*run, clock);
+    EXPECT_TRUE(observer.logged("Skipping NOTE 48 (C3)"));
+    EXPECT_EQ(source.armedSeconds.size(), 1u);
+    EXPECT_EQ(run->keysDone(), 1);
+    EXPECT_EQ(observer.lastDone, 1);
+    EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 48)));
+}
+
+TEST_F(RunFixture, LockedKeysAreKeptOnlyWithTheLockOption)
+{
+    addLayer("Soft");
+    layer(0).keys[48].keyState = 1;
+    layer(0).keys[48].hasAudio = 1;
+    layer(0).keys[48].locked = 1;
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[60].hasAudio = 1;
+    save();
+    RunOptions options;
+    options.recordOnlyEmptyKeys = false;
+    options.keepLockedKeys = true;
+    auto run = makeRun(options);
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runToEnd(*run, clock);
+    EXPECT_TRUE(observer.logged("Skipping NOTE 48 (C3)"));
+    EXPECT_FALSE(observer.logged("Skipping NOTE 60 (C4)"));
+    EXPECT_EQ(run->keysDone(), 1);
+    EXPECT_EQ(layer(0).keys[48].locked, 1);
+}
+
+TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
+{
+    addLayer("Soft", 5);
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[62].keyState = 1;
+    save();
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runUntil(*run, clock, clock.now + 1000 + 1500); // one second into the note
+    ASSERT_EQ(run->state(), RecordingRun::State::NoteSounding);
+    source.history.clear();
+    run->stop();
+    EXPECT_TRUE(run->finished());
+    EXPECT_EQ(source.history.size(), 2u);
+    EXPECT_EQ(source.history[0].bytes, (Bytes{0x85, 60, 40}));
+    EXPECT_EQ(source.history[1].bytes, (Bytes{0xB5, 123, 0}));
+    EXPECT_EQ(run->nextDueMs(), -1); // nothing fires any more
+    EXPECT_EQ(layer(0).keys[60].hasAudio, 0);
+    EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 60)));
+}
+
+TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[72].keyState = 1;
+    save();
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    // Until the second key's countdown: the first take is done, the second not begun.
+    while (run->keysDone() < 1)
+        runUntil(*run, clock, clock.now + 100);
+    run->stop();
+
+    Model reloaded;
+    ProjectLoadOptions options;
+    ProjectLoadOutcome outcome;
+    std::string message;
+    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
+        << message;
+    const TGmsl& soft = reloaded.project(0).msl[0];
+    EXPECT_EQ(soft.keys[60].hasAudio, 1);
+    EXPECT_EQ(soft.keys[72].hasAudio, 0);
+    EXPECT_EQ(soft.keys[60].Note_In, layer(0).keys[60].Note_In);
+    EXPECT_GT(soft.keys[60].Note_In, 0);
+}
+
+TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[72].keyState = 1;
+    save();
+    // A folder where the second take's temporary file would go: the writer cannot open it.
+    const std::string second = keySampleFileName(project(), layer(0), 72);
+    std::filesystem::create_directories(second + ".part");
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    runToEnd(*run, clock);
+    ASSERT_TRUE(run->finished());
+    EXPECT_TRUE(run->failed());
+    ASSERT_EQ(observer.boxes.size(), 1u);
+    EXPECT_EQ(observer.boxes[0], "Error: unable to open " + second);
+    EXPECT_TRUE(std::filesystem::exists(keySampleFileName(project(), layer(0), 60)));
+    EXPECT_FALSE(std::filesystem::exists(second));
+    // The stop sequence ran.
+    EXPECT_EQ(source.history.back().bytes, (Bytes{0xB0, 123, 0}));
+
+    Model reloaded;
+    ProjectLoadOptions options;
+    ProjectLoadOutcome outcome;
+    std::string message;
+    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
+        << message;
+    EXPECT_EQ(reloaded.project(0).msl[0].keys[60].hasAudio, 1);
+}
+
+TEST_F(RunFixture, DevicesThatCannotOpenEndTheRunWithTheirMessage)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    save();
+    source.failPrepare = true;
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    EXPECT_TRUE(run->finished());
+    EXPECT_EQ(observer.boxes, (std::vector<std::string>{"Error: Invalid device"}));
+    EXPECT_TRUE(source.armedSeconds.empty());
+}
+
+TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
+{
+    addLayer("Soft");
+    copyText(layer(0).AudioInDevice, "fluidsynth");
+    copyText(layer(0).AudioInFormat, "44.1KHz, Stereo, 16bit");
+    layer(0).keys[60].keyState = 1;
+    layer(0).recordsettings.autoloop = 1;
+    save();
+    auto quiet = makeRun();
+    ASSERT_TRUE(quiet->open().ok());
+    quiet->start();
+    runToEnd(*quiet, clock);
+    EXPECT_TRUE(observer.logged("Loop Detection - This may take a bit..."));
+    EXPECT_FALSE(observer.logged("       setting loop-Out"));
+    EXPECT_FALSE(observer.logged("Opening Audio In Device \"fluidsynth\"\r\nwith \"44.1KHz, "
+                                 "Stereo, 16bit\""));
+
+    observer.lines.clear();
+    verbose = true;
+    RunOptions options;
+    options.recordOnlyEmptyKeys = false;
+    auto loud = makeRun(options);
+    ASSERT_TRUE(loud->open().ok());
+    loud->start();
+    runToEnd(*loud, clock);
+    EXPECT_TRUE(observer.logged("       setting loop-Out"));
+    EXPECT_TRUE(observer.logged("Opening Audio In Device \"fluidsynth\"\r\nwith \"44.1KHz, "
+                                "Stereo, 16bit\""));
+    const TGmsl_key& key = layer(0).keys[60];
+    EXPECT_EQ(key.loopMode, 1);
+    EXPECT_GT(key.Loop_Out, key.Loop_In);
+    EXPECT_GE(key.Loop_Out, key.LoopSearch_In);
+    EXPECT_LE(key.Loop_Out, key.LoopSearch_Out);
+}
+
+TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
+{
+    addLayer("Soft");
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[62].keyState = 1;
+    save();
+    RunOptions options;
+    options.automatic = false;
+    options.maxRecLength = 2;
+    auto run = makeRun(options);
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    EXPECT_EQ(run->state(), RecordingRun::State::Waiting);
+    // A stop before the countdown ended just waits again.
+    run->startCountdown();
+    runUntil(*run, clock, clock.now + 500);
+    run->stop();
+    EXPECT_EQ(run->state(), RecordingRun::State::Waiting);
+    EXPECT_TRUE(source.armedSeconds.empty());
+
+    run->startCountdown();
+    runUntil(*run, clock, clock.now + 1200);
+    ASSERT_EQ(run->state(), RecordingRun::State::Recording);
+    EXPECT_DOUBLE_EQ(source.armedSeconds.back(), 2.0);
+    EXPECT_TRUE(observer.logged("Recording NOTE 60 (C4), rec.dur. = manual (max. 2 seconds)"));
+    // The user stops the take after the countdown: it is processed and shown for checking.
+    run->stop();
+    EXPECT_EQ(run->state(), RecordingRun::State::Checking);
+    EXPECT_EQ(observer.checked, (std::vector<int>{60}));
+    EXPECT_EQ(layer(0).keys[60].hasAudio, 1);
+
+    run->discardTake();
+    EXPECT_EQ(run->state(), RecordingRun::State::Waiting);
+    EXPECT_EQ(run->currentKey(), 60);
+    run->startCountdown();
+    runToEnd(*run, clock, 4000); // the full 2 s end the take by themselves
+    ASSERT_EQ(run->state(), RecordingRun::State::Checking);
+    run->keepTake(std::string(60, 'x'));
+    EXPECT_EQ(std::string(layer(0).keys[60].name), std::string(47, 'x'));
+    EXPECT_EQ(run->currentKey(), 62);
+    EXPECT_EQ(run->keysDone(), 1);
+}
+
+} // namespace
+} // namespace tg::test
+
+namespace tg::test {
+namespace {
+
+// The fake keeps recording for ever: the run must not poll for ever.
+class StalledSource : public FakeTakeSource {
+  public:
+    using FakeTakeSource::FakeTakeSource;
+    bool isRecording() override { return true; }
+};
+
+TEST(StalledInput, RunEndsWhenTheTakeNeverCompletes)
+{
+    TempDir folder;
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    ASSERT_TRUE(model.addMultiSample().ok());
+    Project& p = *model.currentProject();
+    copyText(p.name, "P");
+    copyText(p.dataPath, folder.path().c_str());
+    p.msl[0].keys[60].keyState = 1;
+    p.msl[0].KBrangeIn = 0;
+    p.msl[0].KBrangeOut = 127;
+    FakeClock clock;
+    StalledSource source(clock);
+    RecordingObserver observer;
+    RecordingRun run(model, RunOptions{}, source, clock, observer);
+    ASSERT_TRUE(run.open().ok());
+    run.start();
+    runToEnd(run, clock, 60 * 1000);
+    EXPECT_TRUE(run.finished());
+    EXPECT_TRUE(run.failed());
+    EXPECT_EQ(observer.boxes, (std::vector<std::string>{
+                                  "Error: The audio input stopped delivering audio before the "
+                                  "take was complete."}));
+}
+
+} // namespace
+} // namespace tg::test
+
+namespace tg::test {
+namespace {
+
+// An instrument that renders each note at once: the take is complete as soon as it is
+// handed over, and its sound starts exactly at the lead-in.
+class OfflineSource : public FakeTakeSource, public OfflineNoteRenderer {
+  public:
+    explicit OfflineSource(const FakeClock& clock) : FakeTakeSource(clock), clock_(clock) {}
+    OfflineNoteRenderer* offlineRenderer() override { return this; }
+    bool isRecording() override { return false; }
+    void renderNote(const OfflineNote& note) override
+    {
+        notes.push_back(note);
+        // The fake synth places the tone by the times of these messages.
+        const int64_t armedAt = armedAtMs.back();
+        sent.push_back({armedAt + int64_t(note.leadIn * 1000), {0x90, 0, 0}});
+        sent.push_back({armedAt + int64_t((note.leadIn + note.noteLength) * 1000), {0x80, 0, 0}});
+        (void)clock_;
+    }
+    void resetNoteState() override { ++resets; }
+
+    std::vector<OfflineNote> notes;
+    int resets = 0;
+
+  private:
+    const FakeClock& clock_;
+};
+
+TEST(OfflineBounce, NotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNoteLength)
+{
+    TempDir folder;
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    ASSERT_TRUE(model.addMultiSample().ok());
+    Project& p = *model.currentProject();
+    copyText(p.name, "Bounce");
+    copyText(p.dataPath, folder.path().c_str());
+    TGmsl& msl = p.msl[0];
+    msl.keys[64].keyState = 1;
+    msl.KBrangeIn = 0;
+    msl.KBrangeOut = 127;
+    msl.MIDIoutChannel = 3;
+    msl.MIDIoutAttackVelocity = 90;
+    msl.MIDIoutReleaseVelocity = 30;
+    msl.recordsettings.notelength1 = 1.0;
+    msl.recordsettings.releaselength1 = 0.5;
+    msl.recordsettings.recpause = 3.5; // no pause when bouncing
+    msl.recordsettings.latency = 21;
+    FakeClock clock;
+    OfflineSource source(clock);
+    source.latencyFrames = 0;
+    RecordingObserver observer;
+    RecordingRun run(model, RunOptions{}, source, clock, observer);
+    ASSERT_TRUE(run.open().ok());
+    const int64_t start = clock.now;
+    run.start();
+    runToEnd(run, clock);
+    ASSERT_TRUE(run.finished());
+    EXPECT_FALSE(run.failed());
+    EXPECT_TRUE(observer.logged("recording starts in 0 second(s)"));
+    ASSERT_EQ(source.armedAtMs.size(), 1u);
+    EXPECT_EQ(source.armedAtMs[0], start + 50); // the first countdown tick
+    ASSERT_EQ(source.notes.size(), 1u);
+    const OfflineNote& note = source.notes[0];
+    EXPECT_EQ(note.note, 64);
+    EXPECT_EQ(note.attackVelocity, 90);
+    EXPECT_EQ(note.releaseVelocity, 30);
+    EXPECT_EQ(note.channel, 3);
+    EXPECT_DOUBLE_EQ(note.noteLength, 1.0);
+    EXPECT_DOUBLE_EQ(note.releaseLength, 0.5);
+    EXPECT_DOUBLE_EQ(note.leadIn, 0.5);
+    // Only the stop sequence went out as MIDI; the renderer's note state was reset.
+    EXPECT_EQ(source.history.size(), 1u);
+    EXPECT_EQ(source.history[0].bytes, (std::vector<uint8_t>{0xB3, 123, 0}));
+    EXPECT_EQ(source.resets, 1);
+    // The note end comes from the note length itself, less the latency setting.
+    const TGmsl_key& key = msl.keys[64];
+    EXPECT_NEAR(key.Note_In, 22050, 3);
+    EXPECT_EQ(key.Note_Out - key.Note_In, 43173); // floor(44100 x 0.979)
+}
+
+} // namespace
+} // namespace tg::test

@@ -20,11 +20,11 @@ void addDeviceCommands(CliApp& app);
 // auto, normalize, gain, levels, estimate
 void addAnalysisCommands(CliApp& app);
 
-// export (cli/ExportCommands.cpp)
-void addExportCommands(CliApp& app);
-
 // record: the automatic recording run (cli/RecordCommands.cpp)
 void addRecordCommands(CliApp& app);
+
+// export (cli/ExportCommands.cpp)
+void addExportCommands(CliApp& app);
 
 // demo: the main job on the embedded default (cli/DemoCommands.cpp)
 void addDemoCommands(CliApp& app);

@@ -6,6 +6,7 @@
 
 #include "core/IniKeys.h"
 #include "core/Model.h"
+#include "core/Preferences.h"
 #include "core/ProjectFile.h"
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
@@ -97,6 +98,56 @@ void drive(RecordingRun& run, const RunClock& clock)
     }
 }
 
+// Loads the project files into `model` and selects the first one (and the Multi-Sample).
+// Returns kExitOk, or the status of the failure (reported).
+int openProjects(Model& model, const RecordOptions& options)
+{
+    std::string message;
+    int first = -1;
+    for (const std::string& path : options.projects) {
+        if (!openProjectFile(model, path, message))
+            return fail(message, false);
+        if (first < 0)
+            first = model.currentProjectIndex();
+    }
+    model.selectProject(first);
+    if (options.multisample >= 0) {
+        if (options.multisample >= model.currentProject()->mslCount) {
+            std::cerr << "Bad argument --multisample " << options.multisample
+                      << ": the project has " << model.currentProject()->mslCount
+                      << " Multi-Sample(s).\n";
+            return kExitBadUsage;
+        }
+        model.selectMultiSample(options.multisample);
+    }
+    return kExitOk;
+}
+
+// The refusals of the record list need no device: they come before the devices are opened,
+// as quickly as the user can read them.
+int checkBeforeDevices(const RecordOptions& options, int command, const std::string& output)
+{
+    auto model = std::make_unique<Model>();
+    loadPreferences(model->preferences());
+    if (const int status = openProjects(*model, options); status != kExitOk)
+        return status;
+    RecordList list;
+    Result result = buildRecordList(*model, command, list);
+    std::string title;
+    if (result.ok())
+        result = checkRecordList(list, output, title);
+    return result.ok() ? kExitOk : fail(result.message, false);
+}
+
+// The audio output the hosted instrument is heard on in real time (the user's choice in
+// Tonegrabber.ini), or "-No Audio Out-".
+std::string hostedOutputDevice()
+{
+    const QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
+    const std::string output = ini.value(ini::kOutputAudioDeviceName).toString().toStdString();
+    return output.empty() ? std::string(kNoAudioOutEntry) : output;
+}
+
 int runRecord(const RecordOptions& options)
 {
     int command = kRecordSelectedProject;
@@ -127,6 +178,13 @@ int runRecord(const RecordOptions& options)
         if (!options.instrument.empty() && !storeInstrumentSpec(options.instrument, specMessage))
             return fail(specMessage, false);
     }
+    // Bouncing needs no output: the instrument itself stands in for it (as the offline run
+    // does). In real time the hosted instrument is taken from the user's output.
+    const std::string output = options.offline ? std::string(kVstPluginEntry)
+                               : hosted        ? hostedOutputDevice()
+                                               : std::string(kNoAudioOutEntry);
+    if (const int status = checkBeforeDevices(options, command, output); status != kExitOk)
+        return status;
 
     int argc = 1;
     char name[] = "tonegrabber-cli";
@@ -141,23 +199,8 @@ int runRecord(const RecordOptions& options)
                         : initializeWithDevices(*model, determineCoreFolders(), message);
     if (!initialized)
         return fail(message, false);
-    int first = -1;
-    for (const std::string& path : options.projects) {
-        if (!openProjectFile(*model, path, message))
-            return fail(message, false);
-        if (first < 0)
-            first = model->currentProjectIndex();
-    }
-    model->selectProject(first);
-    if (options.multisample >= 0) {
-        if (options.multisample >= model->currentProject()->mslCount) {
-            std::cerr << "Bad argument --multisample " << options.multisample
-                      << ": the project has " << model->currentProject()->mslCount
-                      << " Multi-Sample(s).\n";
-            return kExitBadUsage;
-        }
-        model->selectMultiSample(options.multisample);
-    }
+    if (const int status = openProjects(*model, options); status != kExitOk)
+        return status;
 
     StderrObserver observer(options.quiet);
     RunOptions runOptions;
@@ -166,7 +209,7 @@ int runRecord(const RecordOptions& options)
     runOptions.recordOnlyEmptyKeys = options.onlyEmpty;
     runOptions.keepLockedKeys = options.keepLocked;
     runOptions.verbose = options.verbose;
-    runOptions.audioOutputDevice = kNoAudioOutEntry;
+    runOptions.audioOutputDevice = output;
 
     if (options.offline) {
         OfflineTakeSource offline(spec);
@@ -192,10 +235,7 @@ int runRecord(const RecordOptions& options)
     if (hosted) {
         // The hosted instrument in real time is heard on the user's audio output, and it is
         // from that output that the recorder takes it.
-        const QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
-        const std::string output = ini.value(ini::kOutputAudioDeviceName).toString().toStdString();
         audioManager.setOutputDeviceName(output);
-        runOptions.audioOutputDevice = output.empty() ? kNoAudioOutEntry : output;
         source = std::make_unique<PluginTakeSource>(audioManager, spec);
     } else {
         // Nothing is played back here; without an output the hosted instrument cannot be

@@ -57,9 +57,9 @@ TakeAudio RealTimeTakeSource::take()
 {
     const RecordedTake recorded = audio::recordBuffer();
     TakeAudio take;
-    take.format = makeWaveFormat(uint32_t(recorded.format.sampleRate),
-                                 uint16_t(recorded.format.channels),
-                                 uint16_t(recorded.format.bits));
+    take.format =
+        makeWaveFormat(uint32_t(recorded.format.sampleRate), uint16_t(recorded.format.channels),
+                       uint16_t(recorded.format.bits));
     take.data = recorded.data;
     take.frames = recorded.frames;
     return take;

@@ -26,13 +26,13 @@ const char* recordCommandText(int command);
 
 // One Multi-Sample taking part in a run.
 struct RecordEntry {
-    int projectIndex = 0;          // index in the model
-    Project* project = nullptr;    // the model's record
-    int mslIndex = 0;              // index in the Project
-    TGmsl* msl = nullptr;          // the model's record
-    std::bitset<kKeyCount> keys;   // keys to record, by MIDI note
-    int keyCount = 0;              // keys set in the mask
-    int keysWithoutAudio = 0;      // of those, keys that have no audio yet
+    int projectIndex = 0;        // index in the model
+    Project* project = nullptr;  // the model's record
+    int mslIndex = 0;            // index in the Project
+    TGmsl* msl = nullptr;        // the model's record
+    std::bitset<kKeyCount> keys; // keys to record, by MIDI note
+    int keyCount = 0;            // keys set in the mask
+    int keysWithoutAudio = 0;    // of those, keys that have no audio yet
 };
 
 struct RecordList {

@@ -22,7 +22,7 @@ constexpr int64_t kCountdownTickMs = 50;
 constexpr int64_t kNoteOnDelayMs = 500;
 constexpr int64_t kRecordingPollMs = 500;
 constexpr int64_t kUpdateTickMs = 50;
-constexpr double kNoteLeadIn = 0.5; // seconds of the take before the Note On
+constexpr double kNoteLeadIn = 0.5;        // seconds of the take before the Note On
 constexpr int64_t kStalledInputMs = 10000; // grace after the armed length
 
 // Numbers in the log read as the user typed them: 3.5, 2, 0.25.
@@ -189,9 +189,9 @@ void RecordingRun::advance()
 void RecordingRun::beginKey()
 {
     const RecordEntry& entry = list_.entries[entry_];
-    observer_.progress(formatText("%s - %d keys (%d done)", title().c_str(), list_.totalKeys,
-                                  done_),
-                       done_, list_.totalKeys);
+    observer_.progress(
+        formatText("%s - %d keys (%d done)", title().c_str(), list_.totalKeys, done_), done_,
+        list_.totalKeys);
     observer_.log(formatText("init PROJECT \"%s\"", entry.project->name));
     observer_.log(formatText("init MULTI-SAMPLE \"%s\"", entry.msl->name));
     if (model_.currentProjectIndex() != entry.projectIndex)
@@ -327,7 +327,6 @@ void RecordingRun::onMidiOn()
         return;
     startTimer(kMidiOffTimer, int64_t(std::llround(noteLength_ * 1000.0)), true);
     sendChannelMessage(0x90, currentKey_, lastMsl_->MIDIoutAttackVelocity);
-    noteSounding_ = true;
     noteStartMs_ = clock_.nowMs();
     state_ = State::NoteSounding;
 }
@@ -339,7 +338,6 @@ void RecordingRun::onMidiOff()
     // A real Note Off with the release velocity: a Note On of velocity 0 has no release
     // velocity, and some instruments shape their release with it.
     sendChannelMessage(0x80, currentKey_, lastMsl_->MIDIoutReleaseVelocity);
-    noteSounding_ = false;
     measuredNoteMs_ = double(clock_.nowMs() - noteStartMs_);
     state_ = State::Release;
     startTimer(kRecordingTimer, kRecordingPollMs, false);
@@ -404,8 +402,7 @@ void RecordingRun::processTake()
     key.hasAudio = 1;
 
     const RecordSettings& rs = msl.recordsettings;
-    const double noteSeconds =
-        source_.offlineRenderer() ? noteLength_ : measuredNoteMs_ / 1000.0;
+    const double noteSeconds = source_.offlineRenderer() ? noteLength_ : measuredNoteMs_ / 1000.0;
     setTakeNoteMarkers(key, take.format, data, bytes, rs, releaseLength_, noteSeconds);
     setUpTakeLoop(key, rs);
     if (rs.autoloop) {
@@ -430,9 +427,9 @@ void RecordingRun::processTake()
         fail(message);
         return;
     }
-    observer_.progress(formatText("%s - %d keys (%d done)", title().c_str(), list_.totalKeys,
-                                  done_),
-                       done_, list_.totalKeys);
+    observer_.progress(
+        formatText("%s - %d keys (%d done)", title().c_str(), list_.totalKeys, done_), done_,
+        list_.totalKeys);
     if (options_.automatic) {
         advance();
     } else {
@@ -475,7 +472,6 @@ void RecordingRun::sendStopMessages()
     if (currentKey_ >= 0)
         sendChannelMessage(0x80, currentKey_, lastMsl_ ? lastMsl_->MIDIoutReleaseVelocity : 0);
     sendChannelMessage(0xB0, 123, 0);
-    noteSounding_ = false;
 }
 
 void RecordingRun::endOfRun()

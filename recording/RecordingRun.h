@@ -16,13 +16,13 @@ class Model;
 
 struct RunOptions {
     int command = kRecordSelectedMultiSample;
-    bool automatic = true;          // false: semi-automatic, the user starts and stops takes
+    bool automatic = true;           // false: semi-automatic, the user starts and stops takes
     bool recordOnlyEmptyKeys = true; // skip keys that already have audio
-    bool keepLockedKeys = true;     // skip keys that have audio and are locked
+    bool keepLockedKeys = true;      // skip keys that have audio and are locked
     bool closeAfterRecording = true;
     bool verbose = true;
-    int maxRecLength = 20;          // seconds, 0..1000: the armed length in semi-automatic mode
-    std::string audioOutputDevice;  // the preferences' audio output device
+    int maxRecLength = 20;         // seconds, 0..1000: the armed length in semi-automatic mode
+    std::string audioOutputDevice; // the preferences' audio output device
 };
 
 // What the run shows. Every call comes from the thread that drives the run.
@@ -53,11 +53,14 @@ class RunObserver {
     virtual void finished(bool close) { (void)close; }
 };
 
+// Thread rules: every call, and every call it makes to the take source and the observer,
+// happens on the one thread that drives the run (the GUI thread or the CLI's loop). The
+// take source's capture runs on the audio thread; the run only polls isRecording().
 class RecordingRun {
   public:
     enum class State {
-        Idle,         // "Press 'Start'"
-        Waiting,      // semi-automatic: the next key waits for "Start Countdown"
+        Idle,    // "Press 'Start'"
+        Waiting, // semi-automatic: the next key waits for "Start Countdown"
         Countdown,
         Armed,        // waiting for the Note On, half a second into the take
         NoteSounding, // until the Note Off
@@ -67,8 +70,8 @@ class RecordingRun {
         Finished,
     };
 
-    RecordingRun(Model& model, const RunOptions& options, TakeSource& source,
-                 const RunClock& clock, RunObserver& observer);
+    RecordingRun(Model& model, const RunOptions& options, TakeSource& source, const RunClock& clock,
+                 RunObserver& observer);
     RecordingRun(const RecordingRun&) = delete;
     RecordingRun& operator=(const RecordingRun&) = delete;
 
@@ -115,8 +118,14 @@ class RecordingRun {
         int64_t intervalMs = 0;
         int64_t dueMs = 0;
     };
-    enum TimerId { kCountdownTimer, kMidiOnTimer, kMidiOffTimer, kRecordingTimer, kUpdateTimer,
-                   kTimerCount };
+    enum TimerId {
+        kCountdownTimer,
+        kMidiOnTimer,
+        kMidiOffTimer,
+        kRecordingTimer,
+        kUpdateTimer,
+        kTimerCount
+    };
 
     void startTimer(TimerId id, int64_t intervalMs, bool singleShot);
     void stopTimer(TimerId id) { timers_[id].active = false; }
@@ -147,16 +156,15 @@ class RecordingRun {
 
     State state_ = State::Idle;
     bool failed_ = false;
-    size_t entry_ = 0;      // current record-list entry
-    int currentKey_ = -1;   // MIDI note, -1 before the first
+    size_t entry_ = 0;    // current record-list entry
+    int currentKey_ = -1; // MIDI note, -1 before the first
     int done_ = 0;
-    int preparedEntry_ = -1; // entry the devices were last prepared for
+    int preparedEntry_ = -1;         // entry the devices were last prepared for
     const TGmsl* lastMsl_ = nullptr; // Multi-Sample whose channel the stop messages go to
-    bool noteSounding_ = false;
-    double countdown_ = 0.0;        // seconds
+    double countdown_ = 0.0; // seconds
     int secondsToAnnounce_ = 0;
-    double noteLength_ = 0.0;       // seconds
-    double releaseLength_ = 0.0;    // seconds
+    double noteLength_ = 0.0;    // seconds
+    double releaseLength_ = 0.0; // seconds
     double measuredNoteMs_ = 0.0;
     int64_t countdownStartMs_ = 0;
     int64_t noteStartMs_ = 0;

@@ -18,9 +18,8 @@ int32_t percentOf(double percent, int64_t length)
 
 } // namespace
 
-void setTakeNoteMarkers(TGmsl_key& key, const WaveFormat& format, const uint8_t* data,
-                        size_t bytes, const RecordSettings& settings, double releaseLength,
-                        double noteSeconds)
+void setTakeNoteMarkers(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, size_t bytes,
+                        const RecordSettings& settings, double releaseLength, double noteSeconds)
 {
     const uint32_t rate = format.nSamplesPerSec;
     const int64_t frames = format.nBlockAlign ? int64_t(bytes / format.nBlockAlign) : 0;

@@ -13,9 +13,8 @@ namespace tg {
 // Silence, note and release markers of `key` from its take (`bytes` of `data` in `format`).
 // `noteSeconds` is the time from Note On to Note Off as it was measured (or as rendered
 // offline); it places Note_Out when the Multi-Sample has a release length.
-void setTakeNoteMarkers(TGmsl_key& key, const WaveFormat& format, const uint8_t* data,
-                        size_t bytes, const RecordSettings& settings, double releaseLength,
-                        double noteSeconds);
+void setTakeNoteMarkers(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, size_t bytes,
+                        const RecordSettings& settings, double releaseLength, double noteSeconds);
 
 // The loop markers from the note markers and the record settings' percentages, before any
 // search: loop mode, loop start, search region and length, crossfade lengths and curves.

@@ -59,8 +59,8 @@ TakeAudio FakeTakeSource::take()
             double level = 16000.0;
             if (f > offFrame)
                 level *= 1.0 - double(f - offFrame) / double(fade);
-            const double value = level * std::sin(2.0 * M_PI * 440.0 * double(f - onFrame) /
-                                                  format.nSamplesPerSec);
+            const double value =
+                level * std::sin(2.0 * M_PI * 440.0 * double(f - onFrame) / format.nSamplesPerSec);
             const int16_t sample = int16_t(std::lrint(value));
             for (int c = 0; c < format.nChannels; ++c) {
                 uint8_t* at = &buffer_[size_t(f) * format.nBlockAlign + size_t(c) * 2];
@@ -72,9 +72,9 @@ TakeAudio FakeTakeSource::take()
     TakeAudio audio;
     audio.format = format;
     audio.data = &buffer_;
-    audio.frames = stopped_ ? std::min<int64_t>(frames, (clock_.now - armedAt) *
-                                                            format.nSamplesPerSec / 1000)
-                            : frames;
+    audio.frames =
+        stopped_ ? std::min<int64_t>(frames, (clock_.now - armedAt) * format.nSamplesPerSec / 1000)
+                 : frames;
     return audio;
 }
 

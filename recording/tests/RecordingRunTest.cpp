@@ -107,8 +107,8 @@ TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
     WaveFormat format;
     int32_t loopStart, loopEnd, root, frames;
     std::string message;
-    ASSERT_EQ(readWavHeader(keySampleFileName(project(), layer(0), 60), format, loopStart,
-                            loopEnd, root, frames, message),
+    ASSERT_EQ(readWavHeader(keySampleFileName(project(), layer(0), 60), format, loopStart, loopEnd,
+                            root, frames, message),
               1)
         << message;
     // The recorder's buffer holds the armed frames; one more is asked for and cut to it.
@@ -132,12 +132,10 @@ TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
     run->start();
     runUntil(*run, clock, clock.now + 3400);
     EXPECT_EQ(observer.lines,
-              (std::vector<std::string>{"Press 'Start'", "init PROJECT \"Piano\"",
-                                        "init MULTI-SAMPLE \"Soft\"",
-                                        "recording starts in 3.5 second(s)",
-                                        "recording starts in 3 second(s)",
-                                        "recording starts in 2 second(s)",
-                                        "recording starts in 1 second(s)"}));
+              (std::vector<std::string>{
+                  "Press 'Start'", "init PROJECT \"Piano\"", "init MULTI-SAMPLE \"Soft\"",
+                  "recording starts in 3.5 second(s)", "recording starts in 3 second(s)",
+                  "recording starts in 2 second(s)", "recording starts in 1 second(s)"}));
     EXPECT_TRUE(source.armedSeconds.empty());
     runUntil(*run, clock, clock.now + 100);
     EXPECT_EQ(source.armedSeconds.size(), 1u);
@@ -287,8 +285,7 @@ TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
     ProjectLoadOptions options;
     ProjectLoadOutcome outcome;
     std::string message;
-    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message),
-              1)
+    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
         << message;
     const TGmsl& soft = reloaded.project(0).msl[0];
     EXPECT_EQ(soft.keys[60].hasAudio, 1);
@@ -323,8 +320,7 @@ TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
     ProjectLoadOptions options;
     ProjectLoadOutcome outcome;
     std::string message;
-    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message),
-              1)
+    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
         << message;
     EXPECT_EQ(reloaded.project(0).msl[0].keys[60].hasAudio, 1);
 }
@@ -458,6 +454,90 @@ TEST(StalledInput, RunEndsWhenTheTakeNeverCompletes)
     EXPECT_EQ(observer.boxes, (std::vector<std::string>{
                                   "Error: The audio input stopped delivering audio before the "
                                   "take was complete."}));
+}
+
+} // namespace
+} // namespace tg::test
+
+namespace tg::test {
+namespace {
+
+// An instrument that renders each note at once: the take is complete as soon as it is
+// handed over, and its sound starts exactly at the lead-in.
+class OfflineSource : public FakeTakeSource, public OfflineNoteRenderer {
+  public:
+    explicit OfflineSource(const FakeClock& clock) : FakeTakeSource(clock), clock_(clock) {}
+    OfflineNoteRenderer* offlineRenderer() override { return this; }
+    bool isRecording() override { return false; }
+    void renderNote(const OfflineNote& note) override
+    {
+        notes.push_back(note);
+        // The fake synth places the tone by the times of these messages.
+        const int64_t armedAt = armedAtMs.back();
+        sent.push_back({armedAt + int64_t(note.leadIn * 1000), {0x90, 0, 0}});
+        sent.push_back({armedAt + int64_t((note.leadIn + note.noteLength) * 1000), {0x80, 0, 0}});
+        (void)clock_;
+    }
+    void resetNoteState() override { ++resets; }
+
+    std::vector<OfflineNote> notes;
+    int resets = 0;
+
+  private:
+    const FakeClock& clock_;
+};
+
+TEST(OfflineBounce, NotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNoteLength)
+{
+    TempDir folder;
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    ASSERT_TRUE(model.addMultiSample().ok());
+    Project& p = *model.currentProject();
+    copyText(p.name, "Bounce");
+    copyText(p.dataPath, folder.path().c_str());
+    TGmsl& msl = p.msl[0];
+    msl.keys[64].keyState = 1;
+    msl.KBrangeIn = 0;
+    msl.KBrangeOut = 127;
+    msl.MIDIoutChannel = 3;
+    msl.MIDIoutAttackVelocity = 90;
+    msl.MIDIoutReleaseVelocity = 30;
+    msl.recordsettings.notelength1 = 1.0;
+    msl.recordsettings.releaselength1 = 0.5;
+    msl.recordsettings.recpause = 3.5; // no pause when bouncing
+    msl.recordsettings.latency = 21;
+    FakeClock clock;
+    OfflineSource source(clock);
+    source.latencyFrames = 0;
+    RecordingObserver observer;
+    RecordingRun run(model, RunOptions{}, source, clock, observer);
+    ASSERT_TRUE(run.open().ok());
+    const int64_t start = clock.now;
+    run.start();
+    runToEnd(run, clock);
+    ASSERT_TRUE(run.finished());
+    EXPECT_FALSE(run.failed());
+    EXPECT_TRUE(observer.logged("recording starts in 0 second(s)"));
+    ASSERT_EQ(source.armedAtMs.size(), 1u);
+    EXPECT_EQ(source.armedAtMs[0], start + 50); // the first countdown tick
+    ASSERT_EQ(source.notes.size(), 1u);
+    const OfflineNote& note = source.notes[0];
+    EXPECT_EQ(note.note, 64);
+    EXPECT_EQ(note.attackVelocity, 90);
+    EXPECT_EQ(note.releaseVelocity, 30);
+    EXPECT_EQ(note.channel, 3);
+    EXPECT_DOUBLE_EQ(note.noteLength, 1.0);
+    EXPECT_DOUBLE_EQ(note.releaseLength, 0.5);
+    EXPECT_DOUBLE_EQ(note.leadIn, 0.5);
+    // Only the stop sequence went out as MIDI; the renderer's note state was reset.
+    EXPECT_EQ(source.history.size(), 1u);
+    EXPECT_EQ(source.history[0].bytes, (std::vector<uint8_t>{0xB3, 123, 0}));
+    EXPECT_EQ(source.resets, 1);
+    // The note end comes from the note length itself, less the latency setting.
+    const TGmsl_key& key = msl.keys[64];
+    EXPECT_NEAR(key.Note_In, 22050, 3);
+    EXPECT_EQ(key.Note_Out - key.Note_In, 43173); // floor(44100 x 0.979)
 }
 
 } // namespace

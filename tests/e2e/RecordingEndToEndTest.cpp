@@ -25,9 +25,9 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <fcntl.h>
 #include <sys/wait.h>
 
 extern char** environ;
@@ -87,11 +87,30 @@ class RecordOnTheSynth : public ::testing::Test {
     void SetUp() override
     {
         std::filesystem::create_directories(dataPath());
-        ASSERT_EQ(runCli({"new", project(), "--data-path", dataPath(), "--audio-in",
-                          kSynthAudioDevice, "--midi-out", kSynthMidiPort, "--format",
-                          "44.1KHz, Stereo, 16bit", "--program", "80", "--layers",
-                          std::to_string(layers), "--keys", "37", "--step", "12", "--note-length",
-                          "1.5", "--release-length", "0.5", "--autoloop", "intermediate"},
+        ASSERT_EQ(runCli({"new",
+                          project(),
+                          "--data-path",
+                          dataPath(),
+                          "--audio-in",
+                          kSynthAudioDevice,
+                          "--midi-out",
+                          kSynthMidiPort,
+                          "--format",
+                          "44.1KHz, Stereo, 16bit",
+                          "--program",
+                          "80",
+                          "--layers",
+                          std::to_string(layers),
+                          "--keys",
+                          "37",
+                          "--step",
+                          "12",
+                          "--note-length",
+                          "1.5",
+                          "--release-length",
+                          "0.5",
+                          "--autoloop",
+                          "intermediate"},
                          log()),
                   0)
             << fileText(log());
@@ -109,8 +128,8 @@ class RecordOnTheSynth : public ::testing::Test {
         ProjectLoadOptions options;
         ProjectLoadOutcome outcome;
         std::string message;
-        const int ok = loadProjects(model, folder.path(), {"Synth.TGprj"}, options, outcome,
-                                    message);
+        const int ok =
+            loadProjects(model, folder.path(), {"Synth.TGprj"}, options, outcome, message);
         EXPECT_EQ(ok, 1) << message;
         return ok == 1;
     }
@@ -123,35 +142,47 @@ class RecordOnTheSynth : public ::testing::Test {
     TempDir folder;
 };
 
-// The input latency of the chain as a recording sees it: a calibration take through the
-// device layer with middle C sent half a second in; seconds from then to the onset.
-double measureInputLatency()
+// Records `seconds` of the synth's first channel through the device layer, with `actions`
+// at their times. Empty when the chain cannot be opened.
+std::vector<double> recordSynth(double seconds, std::vector<TimedAction> actions)
 {
     std::string msg;
-    // The note lands on a period boundary, which may lie just before the half second.
-    double latency = std::nan("");
+    std::vector<double> left;
     if (!audio::initialize(msg))
-        return latency;
+        return left;
     const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
     const AudioStreamConfig input{device, -1, -1, kRate, 16, 2, -1.0f};
     const AudioStreamConfig noOutput{-1, -1, -1, kRate, 16, 2, -1.0f};
     if (device >= 0 && openMidiOutByName(kSynthMidiPort, msg) &&
         audio::openStreams(input, noOutput, msg) && audio::startStreams(msg) &&
-        recordWithActions(1.0,
-                          {{0.0, [] { sendBytes({0xC0, 80}); }},
-                           {0.5, [] { sendBytes({0x90, 60, 127}); }},
-                           {0.9, [] { sendBytes({0x80, 60, 0}); }}},
-                          msg)) {
+        recordWithActions(seconds, std::move(actions), msg)) {
         RecordedTake take = audio::recordBuffer();
-        const int64_t onset = firstFrameAbove(firstChannel(*take.data, 2, take.frames), 8.0);
-        if (onset > 0)
-            latency = double(onset) / kRate - 0.5;
+        left = firstChannel(*take.data, 2, take.frames);
     }
-    sendBytes({0xB0, 123, 0});
     audio::closeStreams(msg);
     audio::terminate();
     midi::destroyMidi();
-    return latency;
+    return left;
+}
+
+// The input latency of the chain as a recording sees it: a calibration take with middle C
+// sent half a second in; seconds from then to the onset. The note lands on a period
+// boundary, which may lie just before the half second.
+double measureInputLatency()
+{
+    const std::vector<double> left = recordSynth(1.0, {{0.0,
+                                                        [] {
+                                                            sendBytes({0xC0, 80});
+                                                        }},
+                                                       {0.5,
+                                                        [] {
+                                                            sendBytes({0x90, 60, 127});
+                                                        }},
+                                                       {0.9, [] {
+                                                            sendBytes({0x80, 60, 0});
+                                                        }}});
+    const int64_t onset = firstFrameAbove(left, 8.0);
+    return onset > 0 ? double(onset) / kRate - 0.5 : std::nan("");
 }
 
 TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
@@ -188,8 +219,8 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
             EXPECT_EQ(key.hasAudio, 1);
 
             const double noteIn = double(key.Note_In) / kRate;
-            std::fprintf(stderr, "%s key %d: Note_In %d (%.4f s), latency %.4f s\n", msl.name,
-                         note, key.Note_In, noteIn, latency);
+            std::fprintf(stderr, "%s key %d: Note_In %d (%.4f s), latency %.4f s\n", msl.name, note,
+                         key.Note_In, noteIn, latency);
             EXPECT_NEAR(noteIn, 0.5 + latency, 0.030);
             // Note_Out = Release_In: the measured note length less the latency setting.
             EXPECT_NEAR(double(key.Note_Out - key.Note_In) / kRate,
@@ -243,8 +274,7 @@ TEST_F(RecordOnTheSynth, KilledRunLeavesALoadableProjectAndItsFinishedTakes)
         WaveFormat format;
         std::vector<uint8_t> data;
         std::string message;
-        ASSERT_EQ(readWav(keySampleFileName(after.project(0), msl, note), format, data, message),
-                  1)
+        ASSERT_EQ(readWav(keySampleFileName(after.project(0), msl, note), format, data, message), 1)
             << message;
         EXPECT_EQ(int64_t(data.size() / format.nBlockAlign), int64_t(kRate * 2.5));
         // Its markers were saved with it.
@@ -271,6 +301,11 @@ TEST_F(RecordOnTheSynth, InterruptStopsTheRunAndKeepsTheProject)
     kill(pid, SIGINT);
     EXPECT_EQ(waitCli(pid), 1);
     EXPECT_NE(fileText(log()).find("Recording stopped."), std::string::npos) << fileText(log());
+    // The square lead sustains for as long as its key is held: silence now means the stop
+    // sequence reached the synth.
+    const std::vector<double> heard = recordSynth(0.5, {});
+    ASSERT_FALSE(heard.empty());
+    EXPECT_LT(rmsBetween(heard, 0, int64_t(heard.size())), 2.0);
 
     Model after;
     ASSERT_TRUE(load(after));

@@ -1,0 +1,101 @@
+// `record` refusals as a user meets them: the run's own messages on stderr with status 1
+// before anything is recorded, and bad usage with status 2. (Recording itself is proven
+// against the real synth in tests/e2e.)
+#include "cli/CliApp.h"
+#include "cli/Commands.h"
+#include "core/Model.h"
+#include "core/ProjectFile.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct CommandRun {
+    int status = -1;
+    std::string err;
+};
+
+CommandRun run(std::vector<std::string> words)
+{
+    tg::cli::CliApp app;
+    tg::cli::addProjectCommands(app);
+    tg::cli::addRecordCommands(app);
+    std::string program = "tonegrabber-cli";
+    std::vector<char*> argv{program.data()};
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    CommandRun r;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    r.status = app.run(static_cast<int>(argv.size()), argv.data());
+    testing::internal::GetCapturedStdout();
+    r.err = testing::internal::GetCapturedStderr();
+    return r;
+}
+
+class RecordCommand : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        std::filesystem::create_directories(data());
+        const CommandRun made = run({"new", path(), "--data-path", data(), "--keys", "37", "--step",
+                                     "12", "--layers", "2"});
+        ASSERT_EQ(made.status, 0) << made.err;
+    }
+    std::string path() const { return dir.file("Organ.TGprj"); }
+    std::string data() const { return dir.file("samples"); }
+    tg::test::TempDir dir;
+};
+
+TEST_F(RecordCommand, NoSelectedKeyIsRefusedWithTheRunsMessage)
+{
+    {
+        tg::Model model;
+        tg::ProjectLoadOptions options;
+        tg::ProjectLoadOutcome outcome;
+        std::string message;
+        ASSERT_EQ(tg::loadProjects(model, dir.path(), {"Organ.TGprj"}, options, outcome, message),
+                  1)
+            << message;
+        for (int m = 0; m < 2; ++m)
+            for (tg::TGmsl_key& key : model.project(0).msl[m].keys)
+                key.keyState = 0;
+        ASSERT_EQ(tg::saveProjectAgain(model.project(0), message), 1) << message;
+    }
+    const CommandRun r = run({"record", path()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("There aren't any Keys that need to be recorded.\nPlease click on "
+                         "\"All\" or \"Step\" on the left Keyboard Range Selector.\nYou can "
+                         "select single Keys to be recorded by Ctrl-clicking on them.\n"),
+              std::string::npos)
+        << r.err;
+}
+
+TEST_F(RecordCommand, MissingDataPathIsRefusedBeforeRecording)
+{
+    std::filesystem::remove_all(data());
+    const CommandRun r = run({"record", path(), "--scope", "multisample", "--multisample", "1"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("The path \"" + data() +
+                         "\" doesn't exist.\n\nCheck the datapath in the project settings\nof "
+                         "the project \"Organ\""),
+              std::string::npos)
+        << r.err;
+}
+
+TEST_F(RecordCommand, BadUsage)
+{
+    EXPECT_EQ(run({"record", path(), path(), "--scope", "project"}).status, 2);
+    EXPECT_EQ(run({"record", path(), "--scope", "sample"}).status, 2);
+    const CommandRun tooFar =
+        run({"record", path(), "--scope", "multisample", "--multisample", "2"});
+    EXPECT_EQ(tooFar.status, 2);
+    EXPECT_NE(tooFar.err.find("--multisample 2"), std::string::npos) << tooFar.err;
+}
+
+} // namespace

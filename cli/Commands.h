@@ -26,4 +26,7 @@ void addRecordCommands(CliApp& app);
 // export (cli/ExportCommands.cpp)
 void addExportCommands(CliApp& app);
 
+// demo: the main job on the embedded default (cli/DemoCommands.cpp)
+void addDemoCommands(CliApp& app);
+
 } // namespace tg::cli

@@ -4,19 +4,24 @@
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
 
+#include "core/IniKeys.h"
 #include "core/Model.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceTables.h"
+#include "devices/InstrumentSpec.h"
 #include "devices/MidiManager.h"
 #include "devices/MidiPorts.h"
+#include "recording/OfflineTakeSource.h"
+#include "recording/PluginTakeSource.h"
 #include "recording/RealTimeTakeSource.h"
 #include "recording/RecordingRun.h"
 #include "recording/StartupWiring.h"
 
 #include <QCoreApplication>
+#include <QSettings>
 
 #include <algorithm>
 #include <atomic>
@@ -45,6 +50,8 @@ struct RecordOptions {
     bool keepLocked = false;
     bool verbose = false;
     bool quiet = false;
+    bool offline = false;   // bounce from the hosted instrument, no audio device
+    std::string instrument; // instrument spec; empty: the one stored for the user
 };
 
 // The log's line breaks are the dialog's (\r\n); a terminal wants plain ones.
@@ -118,7 +125,7 @@ int openProjects(Model& model, const RecordOptions& options)
 
 // The refusals of the record list need no device: they come before the devices are opened,
 // as quickly as the user can read them.
-int checkBeforeDevices(const RecordOptions& options, int command)
+int checkBeforeDevices(const RecordOptions& options, int command, const std::string& output)
 {
     auto model = std::make_unique<Model>();
     loadPreferences(model->preferences());
@@ -128,8 +135,17 @@ int checkBeforeDevices(const RecordOptions& options, int command)
     Result result = buildRecordList(*model, command, list);
     std::string title;
     if (result.ok())
-        result = checkRecordList(list, kNoAudioOutEntry, title);
+        result = checkRecordList(list, output, title);
     return result.ok() ? kExitOk : fail(result.message, false);
+}
+
+// The audio output the hosted instrument is heard on in real time (the user's choice in
+// Tonegrabber.ini), or "-No Audio Out-".
+std::string hostedOutputDevice()
+{
+    const QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
+    const std::string output = ini.value(ini::kOutputAudioDeviceName).toString().toStdString();
+    return output.empty() ? std::string(kNoAudioOutEntry) : output;
 }
 
 int runRecord(const RecordOptions& options)
@@ -144,7 +160,30 @@ int runRecord(const RecordOptions& options)
         return kExitBadUsage;
     }
 
-    if (const int status = checkBeforeDevices(options, command); status != kExitOk)
+    // The hosted instrument: given here (and kept for the user), or the one kept last time.
+    InstrumentSpec spec;
+    const bool hosted = options.offline || !options.instrument.empty();
+    if (hosted) {
+        std::string text = options.instrument.empty() ? storedInstrumentSpec() : options.instrument;
+        std::string specMessage;
+        if (text.empty()) {
+            std::cerr << "Bad argument --offline: no instrument was chosen yet; give --instrument "
+                         "SPEC (a .sf2 path or lv2:URI).\n";
+            return kExitBadUsage;
+        }
+        if (!parseInstrumentSpec(text, spec, specMessage)) {
+            std::cerr << "Bad argument --instrument '" << text << "': " << specMessage << "\n";
+            return kExitBadUsage;
+        }
+        if (!options.instrument.empty() && !storeInstrumentSpec(options.instrument, specMessage))
+            return fail(specMessage, false);
+    }
+    // Bouncing needs no output: the instrument itself stands in for it (as the offline run
+    // does). In real time the hosted instrument is taken from the user's output.
+    const std::string output = options.offline ? std::string(kVstPluginEntry)
+                               : hosted        ? hostedOutputDevice()
+                                               : std::string(kNoAudioOutEntry);
+    if (const int status = checkBeforeDevices(options, command, output); status != kExitOk)
         return status;
 
     int argc = 1;
@@ -154,18 +193,15 @@ int runRecord(const RecordOptions& options)
 
     auto model = std::make_unique<Model>();
     std::string message;
-    if (!initializeWithDevices(*model, determineCoreFolders(), message))
+    // Offline bouncing needs no device at all: the core starts without the device steps.
+    const int initialized =
+        options.offline ? initializeCore(*model, determineCoreFolders(), StartupHooks{}, message)
+                        : initializeWithDevices(*model, determineCoreFolders(), message);
+    if (!initialized)
         return fail(message, false);
     if (const int status = openProjects(*model, options); status != kExitOk)
         return status;
 
-    AudioManager audioManager;
-    // Nothing is played back here; without an output the hosted instrument cannot be
-    // sampled in real time, and the run says so.
-    audioManager.setOutputDeviceName(kNoAudioOutEntry);
-    MidiManager midiManager;
-    RealTimeTakeSource source(audioManager, midiManager);
-    SteadyRunClock clock;
     StderrObserver observer(options.quiet);
     RunOptions runOptions;
     runOptions.command = command;
@@ -173,8 +209,42 @@ int runRecord(const RecordOptions& options)
     runOptions.recordOnlyEmptyKeys = options.onlyEmpty;
     runOptions.keepLockedKeys = options.keepLocked;
     runOptions.verbose = options.verbose;
-    runOptions.audioOutputDevice = kNoAudioOutEntry;
-    RecordingRun run(*model, runOptions, source, clock, observer);
+    runOptions.audioOutputDevice = output;
+
+    if (options.offline) {
+        OfflineTakeSource offline(spec);
+        const auto begin = std::chrono::steady_clock::now();
+        int status = kExitOk;
+        if (!runOfflineRecording(*model, runOptions, offline, observer, message))
+            status = fail(message, false);
+        const double wall =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+        // Every take was saved as it was made; this saves what a failure left changed.
+        for (int i = 0; i < model->projectCount(); ++i)
+            if (!saveProjectAgain(model->project(i), message))
+                status = fail(message, false);
+        if (status == kExitOk && !options.quiet)
+            std::cerr << "Bounced " << offline.secondsRendered() << " s of audio from "
+                      << offline.description() << " in " << wall << " s\n";
+        return status;
+    }
+
+    AudioManager audioManager;
+    MidiManager midiManager;
+    std::unique_ptr<TakeSource> source;
+    if (hosted) {
+        // The hosted instrument in real time is heard on the user's audio output, and it is
+        // from that output that the recorder takes it.
+        audioManager.setOutputDeviceName(output);
+        source = std::make_unique<PluginTakeSource>(audioManager, spec);
+    } else {
+        // Nothing is played back here; without an output the hosted instrument cannot be
+        // sampled in real time, and the run says so.
+        audioManager.setOutputDeviceName(kNoAudioOutEntry);
+        source = std::make_unique<RealTimeTakeSource>(audioManager, midiManager);
+    }
+    SteadyRunClock clock;
+    RecordingRun run(*model, runOptions, *source, clock, observer);
 
     stopSignal.store(0);
     std::signal(SIGINT, onStopSignal);
@@ -224,6 +294,12 @@ void addRecordCommands(CliApp& app)
                      "Skip keys that have audio and are locked");
     record->add_flag("--verbose", options->verbose, "Write the detailed steps to the log");
     record->add_flag("--quiet", options->quiet, "No progress lines");
+    record->add_flag(
+        "--offline", options->offline,
+        "Bounce from the hosted instrument as fast as the CPU allows (no audio device)");
+    record->add_option("--instrument", options->instrument,
+                       "Hosted instrument: PATH.sf2[?bank=B&preset=P&gain=G] or "
+                       "lv2:URI[?symbol=value&...]; kept for the next time");
 }
 
 } // namespace tg::cli

@@ -12,5 +12,6 @@ int main(int argc, char** argv)
     tg::cli::addRecordCommands(app);
     tg::cli::addAnalysisCommands(app);
     tg::cli::addExportCommands(app);
+    tg::cli::addDemoCommands(app);
     return app.run(argc, argv);
 }

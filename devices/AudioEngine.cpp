@@ -5,6 +5,7 @@
 #include "devices/AlsaMessages.h"
 #include "devices/PeakLevel.h"
 
+#include <atomic>
 #include <pa_jack.h>
 #include <portaudio.h>
 
@@ -31,7 +32,14 @@ struct EngineState {
     Recorder recorder;
     LevelListenerList listeners;
     Player player;
+    // The audio input is the hosted instrument: the output block, which plays the
+    // instrument's ring buffer, is also what the recorder and the meters take.
+    std::atomic<bool> pluginInput{false};
 };
+
+// Bytes of the ring buffer between the hosted instrument and the output: frames enough for
+// the render thread's lead and a generous margin for a late wake-up.
+constexpr size_t kPluginRingFrames = 16384;
 
 EngineState& engine()
 {
@@ -62,6 +70,15 @@ void playSide(EngineState& state, void* output, unsigned long frames)
         const size_t count = frames * size_t(state.output.channels);
         for (size_t i = 0; i < count; ++i)
             bytes[i] ^= 0x80u;
+    }
+    if (state.pluginInput.load(std::memory_order_acquire) && state.player.pluginMode()) {
+        if (!state.listeners.empty()) {
+            float first = 0.0f;
+            float second = 0.0f;
+            blockPeaks(output, frames, state.output.channels, state.output.bits, first, second);
+            state.listeners.notify(first, second);
+        }
+        state.recorder.processBlock(output, frames, state.output.channels);
     }
 }
 
@@ -339,6 +356,8 @@ int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output,
     closeStreams(closeMessage);
     state.input = input;
     state.output = output;
+    if (output.device >= 0)
+        state.player.resizePluginRing(kPluginRingFrames * size_t(bytesPerFrame(output)));
 
     const bool useInput = input.device >= 0;
     const bool useOutput = output.device >= 0;
@@ -464,6 +483,18 @@ void removeLevelListener(LevelListener* listener)
 Player& player()
 {
     return engine().player;
+}
+
+void setPluginInput(bool on)
+{
+    EngineState& state = engine();
+    state.pluginInput.store(on, std::memory_order_release);
+    state.player.setPluginMode(on);
+}
+
+bool pluginInput()
+{
+    return engine().pluginInput.load(std::memory_order_acquire);
 }
 
 } // namespace tg::audio

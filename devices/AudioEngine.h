@@ -76,6 +76,13 @@ void removeLevelListener(LevelListener* listener);
 // The player the output callback plays from.
 Player& player();
 
+// "-Vst Plugin-" as the audio input: the output plays the hosted instrument's ring buffer,
+// and the recorder and level meters take that same output block (in the output's channels,
+// a mono take keeping the mean of both). The input side then opens no device. The output
+// must be open for a take to fill, as it is the output callback that feeds the recorder.
+void setPluginInput(bool on);
+bool pluginInput();
+
 } // namespace tg::audio
 
 namespace tg {

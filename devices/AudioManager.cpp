@@ -63,6 +63,7 @@ int AudioManager::apply(const TGmsl& msl, std::string& msg)
 {
     const AudioStreamConfig input = buildInputConfig(msl);
     const AudioStreamConfig output = buildOutputConfig(input);
+    audio::setPluginInput(std::string(msl.AudioInDevice) == kVstPluginEntry);
     if (sameConfig(input, audio::currentInputConfig()) &&
         sameConfig(output, audio::currentOutputConfig()))
         return 1;

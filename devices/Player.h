@@ -81,6 +81,9 @@ class Player {
     // bytes taken. Guarded by the recursive ring lock against clearing, never against the
     // audio thread, which reads without locking.
     size_t writePluginAudio(const uint8_t* data, size_t bytes);
+    // Producer side: bytes waiting for the output, i.e. how far the instrument is ahead.
+    size_t pluginAudioHeld() const { return ring_.readAvailable(); }
+    size_t pluginRingCapacity() const { return ring_.capacity(); }
     // With the streams stopped: sizes (bytes) or empties the ring buffer.
     void resizePluginRing(size_t bytes);
     void clearPluginRing();

@@ -40,6 +40,10 @@ class Recorder {
     // write position. Null input (the driver had none) records silence. Takes the flag lock
     // only to read and, at the end of the take, to clear the flag; never allocates.
     void processBlock(const void* input, unsigned long frames);
+    // Audio thread: the same for a block of `sourceChannels` channels in the take's sample
+    // format (the output block that carries the hosted instrument). A stereo block recorded
+    // mono keeps the mean of both sides.
+    void processBlock(const void* input, unsigned long frames, int sourceChannels);
 
   private:
     QMutex flagLock_;

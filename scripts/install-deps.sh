@@ -15,6 +15,8 @@ packages=(
     # libraries the program links
     qtbase5-dev qttools5-dev-tools libcli11-dev nlohmann-json3-dev libsoxr-dev libzip-dev
     portaudio19-dev libasound2-dev librtmidi-dev libfluidsynth-dev liblilv-dev lv2-dev
+    # the LV2 instruments the hosted-instrument tests bounce (MDA ePiano and friends)
+    mda-lv2
     # tests: frameworks, third-party readers and the real sound chain
     libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev sndfile-programs
     unzip libxml2-utils jackd2 fluidsynth fluid-soundfont-gm sox

@@ -165,3 +165,57 @@ TEST_F(ExportCommand, ExporterMessageAndExitOneOnFailure)
               std::string::npos)
         << r.out;
 }
+
+namespace {
+
+int shell(const std::string& command, std::string& output)
+{
+    output.clear();
+    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+    if (pipe == nullptr)
+        return -1;
+    char buffer[4096];
+    size_t got = 0;
+    while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
+        output.append(buffer, got);
+    const int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace
+
+TEST_F(ExportCommand, BitwigArchiveHoldsEveryKeyWithItsLoopAndPassesUnzip)
+{
+    CommandRun r = run({"export", path, "--format", "bitwig", "--dest",
+                        dir.file("out/Kit.multisample"), "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    const std::string zip = dir.file("out/Kit.multisample");
+    std::string output;
+    ASSERT_EQ(shell("unzip -t '" + zip + "'", output), 0) << output;
+    ASSERT_EQ(shell("unzip -Z1 '" + zip + "'", output), 0) << output;
+    int wavFiles = 0;
+    for (size_t at = output.find(".wav"); at != std::string::npos; at = output.find(".wav", at + 1))
+        ++wavFiles;
+    EXPECT_EQ(wavFiles, 4) << output; // two keys of two layers
+    EXPECT_NE(output.find("multisample.xml"), std::string::npos) << output;
+
+    // The files inside carry the rendered loop: 4000 frames from Loop_In - Note_In.
+    ASSERT_EQ(shell("cd '" + dir.file("out") + "' && unzip -q -o Kit.multisample -d x", output), 0)
+        << output;
+    int checked = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.file("out/x"))) {
+        if (entry.path().extension() != ".wav")
+            continue;
+        WaveFormat format;
+        int32_t loopStart = 0, loopEnd = 0, rootKey = 0, frames = 0;
+        std::string message;
+        ASSERT_EQ(readWavHeader(entry.path().string(), format, loopStart, loopEnd, rootKey, frames,
+                                message),
+                  1)
+            << message;
+        EXPECT_EQ(loopEnd - loopStart + 1, 4000) << entry.path();
+        EXPECT_TRUE(rootKey == 60 || rootKey == 67) << rootKey;
+        ++checked;
+    }
+    EXPECT_EQ(checked, 4);
+}

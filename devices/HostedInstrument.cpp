@@ -1,0 +1,23 @@
+// Picks the implementation that plays an instrument spec.
+#include "devices/HostedInstrument.h"
+
+#include "devices/Lv2Instrument.h"
+#include "devices/SoundFontInstrument.h"
+
+#include "core/Message.h"
+
+namespace tg {
+
+std::unique_ptr<HostedInstrument> openHostedInstrument(const InstrumentSpec& spec,
+                                                       int32_t sampleRate, std::string& msg)
+{
+    if (sampleRate < 8000 || sampleRate > 192000) {
+        setMessage(msg, "Cannot host an instrument at %d Hz", int(sampleRate));
+        return nullptr;
+    }
+    if (spec.kind == InstrumentSpec::Kind::Lv2)
+        return openLv2Instrument(spec, sampleRate, msg);
+    return openSoundFontInstrument(spec, sampleRate, msg);
+}
+
+} // namespace tg

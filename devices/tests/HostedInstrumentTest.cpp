@@ -1,0 +1,166 @@
+// The two hosted instruments against the real libraries: a General MIDI SoundFont through
+// FluidSynth and an LV2 synth through lilv, checked for pitch, level and their faults.
+#include "devices/tests/InstrumentTestSupport.h"
+
+#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace tg {
+namespace {
+
+using test::MeasuredTake;
+
+BounceNote shortNote(int key, int velocity = 100)
+{
+    BounceNote note;
+    note.note = key;
+    note.attackVelocity = velocity;
+    note.noteLength = 1.0;
+    note.releaseLength = 0.5;
+    return note;
+}
+
+// Pitch of the sounding part of a take, searched within a fifth of the expected note so
+// that an octave error cannot pass.
+double measuredPitch(const MeasuredTake& take, int key)
+{
+    const double expected = test::noteHz(key);
+    return test::pitchHz(take.samples, 22050 + 4410, 22050 + 4410 + 8192, 44100.0, expected / 1.4,
+                         expected * 1.4);
+}
+
+TEST(SoundFontInstrument, OrganPresetPlaysEachNoteAtItsPitch)
+{
+    std::string msg;
+    auto organ = test::openInstrument(std::string(test::kGeneralMidiFont) + "?preset=19", msg);
+    ASSERT_NE(organ, nullptr) << msg;
+    EXPECT_NE(organ->description().find("preset 19"), std::string::npos) << organ->description();
+    for (int key : {45, 60, 69, 81}) {
+        MeasuredTake take;
+        ASSERT_TRUE(test::bounce(*organ, shortNote(key), take, msg)) << msg;
+        const double hz = measuredPitch(take, key);
+        EXPECT_NEAR(hz / test::noteHz(key), 1.0, 0.005) << "note " << key << ": " << hz << " Hz";
+        EXPECT_GT(test::peakBetween(take.samples, 22050, 44100), 1000.0) << "note " << key;
+        EXPECT_LT(test::peakBetween(take.samples, 0, 22000), 2.0) << "lead-in of note " << key;
+    }
+}
+
+TEST(SoundFontInstrument, PianoPresetPlaysCloseToThePitchOfTheNote)
+{
+    // The General MIDI grand is tuned a little sharp and stretched, as real pianos are: it
+    // is held to a quarter tone, enough to catch a wrong note or a wrong rate.
+    std::string msg;
+    auto piano = test::openInstrument(test::kGeneralMidiFont, msg);
+    ASSERT_NE(piano, nullptr) << msg;
+    for (int key : {45, 69}) {
+        MeasuredTake take;
+        ASSERT_TRUE(test::bounce(*piano, shortNote(key), take, msg)) << msg;
+        const double hz = measuredPitch(take, key);
+        EXPECT_NEAR(hz / test::noteHz(key), 1.0, 0.029) << "note " << key << ": " << hz << " Hz";
+    }
+}
+
+TEST(SoundFontInstrument, HarderVelocityPlaysLouder)
+{
+    std::string msg;
+    auto piano = test::openInstrument(test::kGeneralMidiFont, msg);
+    ASSERT_NE(piano, nullptr) << msg;
+    MeasuredTake soft;
+    MeasuredTake hard;
+    ASSERT_TRUE(test::bounce(*piano, shortNote(60, 40), soft, msg)) << msg;
+    ASSERT_TRUE(test::bounce(*piano, shortNote(60, 127), hard, msg)) << msg;
+    const double softRms = test::rmsBetween(soft.samples, 22050, 44100);
+    const double hardRms = test::rmsBetween(hard.samples, 22050, 44100);
+    EXPECT_GT(20.0 * std::log10(hardRms / softRms), 6.0) << softRms << " vs " << hardRms;
+}
+
+TEST(SoundFontInstrument, OrganHoldsWhilePianoDiesAway)
+{
+    std::string msg;
+    auto organ = test::openInstrument(std::string(test::kGeneralMidiFont) + "?preset=19", msg);
+    auto piano = test::openInstrument(test::kGeneralMidiFont, msg);
+    ASSERT_NE(organ, nullptr);
+    ASSERT_NE(piano, nullptr);
+    BounceNote note = shortNote(60);
+    note.noteLength = 2.0;
+    auto change = [&](HostedInstrument& instrument) {
+        MeasuredTake take;
+        EXPECT_TRUE(test::bounce(instrument, note, take, msg)) << msg;
+        const double early = test::rmsBetween(take.samples, 22050 + 4410, 22050 + 8820);
+        const double late = test::rmsBetween(take.samples, 22050 + 79380, 22050 + 83790);
+        return 20.0 * std::log10(late / early);
+    };
+    EXPECT_NEAR(change(*organ), 0.0, 3.0);
+    EXPECT_LT(change(*piano), -6.0);
+}
+
+TEST(SoundFontInstrument, BadFilesAndPresetsAreRefusedByName)
+{
+    test::TempDir dir;
+    const std::string junk = dir.file("junk.sf2");
+    ASSERT_TRUE(test::writeFileBytes(junk, std::string(4096, 'x')));
+    std::string msg;
+    EXPECT_EQ(test::openInstrument(dir.file("missing.sf2"), msg), nullptr);
+    EXPECT_EQ(msg, "SoundFont '" + dir.file("missing.sf2") + "' cannot be read");
+    EXPECT_EQ(test::openInstrument(junk, msg), nullptr);
+    EXPECT_EQ(msg.rfind("SoundFont '" + junk + "' cannot be loaded", 0), 0u) << msg;
+    EXPECT_EQ(test::openInstrument(std::string(test::kGeneralMidiFont) + "?bank=5&preset=100", msg),
+              nullptr);
+    EXPECT_EQ(msg, std::string("SoundFont '") + test::kGeneralMidiFont +
+                       "' has no preset 100 in bank 5");
+}
+
+TEST(Lv2Instrument, ShippedSynthPlaysAtThePitchOfTheNote)
+{
+    std::string msg;
+    auto synth = test::openInstrument(test::kLv2PianoSteady, msg);
+    ASSERT_NE(synth, nullptr) << msg;
+    EXPECT_NE(synth->description().find("MDA ePiano"), std::string::npos);
+    for (int key : {48, 57, 69}) {
+        MeasuredTake take;
+        ASSERT_TRUE(test::bounce(*synth, shortNote(key, 110), take, msg)) << msg;
+        EXPECT_GT(test::rmsBetween(take.samples, 22050, 44100), 300.0) << "note " << key;
+        const double hz = measuredPitch(take, key);
+        EXPECT_NEAR(hz / test::noteHz(key), 1.0, 0.01) << "note " << key << ": " << hz << " Hz";
+    }
+}
+
+TEST(Lv2Instrument, ControlValuesReachThePlugin)
+{
+    // The fine tuning control moves the pitch: from its lowest to its highest setting the
+    // same note must come out clearly higher.
+    std::string msg;
+    auto low = test::openInstrument(std::string(test::kLv2PianoSteady) + "&fine_tuning=0", msg);
+    auto high = test::openInstrument(std::string(test::kLv2PianoSteady) + "&fine_tuning=1", msg);
+    ASSERT_NE(low, nullptr) << msg;
+    ASSERT_NE(high, nullptr) << msg;
+    MeasuredTake lowTake;
+    MeasuredTake highTake;
+    ASSERT_TRUE(test::bounce(*low, shortNote(69), lowTake, msg)) << msg;
+    ASSERT_TRUE(test::bounce(*high, shortNote(69), highTake, msg)) << msg;
+    const double lowHz = measuredPitch(lowTake, 69);
+    const double highHz = measuredPitch(highTake, 69);
+    EXPECT_GT(1200.0 * std::log2(highHz / lowHz), 50.0) << lowHz << " / " << highHz;
+}
+
+TEST(Lv2Instrument, UnknownPluginsAndControlsAreRefusedByName)
+{
+    std::string msg;
+    EXPECT_EQ(test::openInstrument("lv2:urn:nobody:nothing", msg), nullptr);
+    EXPECT_EQ(msg, "LV2 instrument 'urn:nobody:nothing' is not installed");
+    EXPECT_EQ(test::openInstrument(std::string("lv2:") + test::kLv2Piano + "?wobble=1", msg),
+              nullptr);
+    EXPECT_EQ(msg, std::string("LV2 instrument '") + test::kLv2Piano +
+                       "' has no control input 'wobble'");
+    InstrumentSpec spec;
+    ASSERT_EQ(parseInstrumentSpec(std::string("lv2:") + test::kLv2Piano, spec, msg), 1);
+    EXPECT_EQ(openHostedInstrument(spec, 1000, msg), nullptr);
+    EXPECT_EQ(msg, "Cannot host an instrument at 1000 Hz");
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,114 @@
+// The one-line instrument description: its two forms, its faults, and keeping it per user.
+#include "devices/InstrumentSpec.h"
+
+#include "core/IniKeys.h"
+
+#include <gtest/gtest.h>
+
+#include <QSettings>
+#include <QString>
+
+namespace tg {
+namespace {
+
+TEST(InstrumentSpec, SoundFontPathAloneTakesFirstPresetOfFirstBank)
+{
+    InstrumentSpec spec;
+    std::string msg;
+    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2", spec, msg), 1) << msg;
+    EXPECT_EQ(spec.kind, InstrumentSpec::Kind::SoundFont);
+    EXPECT_EQ(spec.path, "/usr/share/sounds/sf2/FluidR3_GM.sf2");
+    EXPECT_EQ(spec.bank, 0);
+    EXPECT_EQ(spec.preset, 0);
+}
+
+TEST(InstrumentSpec, SoundFontOptionsAndPrefix)
+{
+    InstrumentSpec spec;
+    std::string msg;
+    ASSERT_EQ(parseInstrumentSpec("sf2:/a/b:c.sf2?bank=128&preset=19&gain=0.8", spec, msg), 1)
+        << msg;
+    EXPECT_EQ(spec.path, "/a/b:c.sf2");
+    EXPECT_EQ(spec.bank, 128);
+    EXPECT_EQ(spec.preset, 19);
+    EXPECT_DOUBLE_EQ(spec.gain, 0.8);
+}
+
+TEST(InstrumentSpec, Lv2UriKeepsHashAndColonsAndReadsControls)
+{
+    InstrumentSpec spec;
+    std::string msg;
+    ASSERT_EQ(
+        parseInstrumentSpec("lv2:http://example.org/organ#synth?cutoff=0.25&channel=3", spec, msg),
+        1)
+        << msg;
+    EXPECT_EQ(spec.kind, InstrumentSpec::Kind::Lv2);
+    EXPECT_EQ(spec.uri, "http://example.org/organ#synth");
+    ASSERT_EQ(spec.controls.size(), 2u);
+    EXPECT_EQ(spec.controls[0].first, "cutoff");
+    EXPECT_FLOAT_EQ(spec.controls[0].second, 0.25f);
+    EXPECT_EQ(spec.controls[1].first, "channel");
+    EXPECT_FLOAT_EQ(spec.controls[1].second, 3.0f);
+}
+
+TEST(InstrumentSpec, TextFormReadsBackToTheSameRecord)
+{
+    for (const char* text :
+         {"sf2:/x/y.sf2?bank=1&preset=127&gain=1.25",
+          "lv2:http://drobilla.net/plugins/mda/EPiano?cutoff=0.3&volume=90", "lv2:urn:x"}) {
+        InstrumentSpec first;
+        InstrumentSpec second;
+        std::string msg;
+        ASSERT_EQ(parseInstrumentSpec(text, first, msg), 1) << text << ": " << msg;
+        ASSERT_EQ(parseInstrumentSpec(instrumentSpecText(first), second, msg), 1) << msg;
+        EXPECT_EQ(instrumentSpecText(first), instrumentSpecText(second));
+        EXPECT_EQ(first.path, second.path);
+        EXPECT_EQ(first.uri, second.uri);
+        EXPECT_EQ(first.preset, second.preset);
+        EXPECT_EQ(first.controls, second.controls);
+    }
+}
+
+TEST(InstrumentSpec, FaultsAreNamed)
+{
+    struct Case {
+        const char* text;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"", "No instrument given: a SoundFont path or lv2:URI is needed"},
+        {"lv2:", "Instrument \"lv2:\" names no LV2 plug-in URI"},
+        {"a.sf2?preset=128", "SoundFont preset 128 is not a whole number from 0 to 127"},
+        {"a.sf2?bank=-1", "SoundFont bank -1 is not a whole number from 0 to 16383"},
+        {"a.sf2?preset=1.5", "SoundFont preset 1.5 is not a whole number from 0 to 127"},
+        {"a.sf2?gain=11", "SoundFont gain 11 is not between 0 and 10"},
+        {"a.sf2?preset=x", "Instrument option \"preset\" needs a number, not \"x\""},
+        {"a.sf2?volume=3", "SoundFont instruments have no option \"volume\" (bank, preset, gain)"},
+        {"a.sf2?preset", "Instrument option \"preset\" is not NAME=VALUE"},
+        {"a.sf2?", "Instrument option \"\" is not NAME=VALUE"},
+        {"lv2:urn:x?cutoff=nan", "LV2 control \"cutoff\" needs a number, not \"nan\""},
+        {"lv2:urn:x?=1", "Instrument option \"=1\" is not NAME=VALUE"},
+        {"lv2:urn:x?g=5e56", "LV2 control \"g\" value 5e56 is out of range"},
+    };
+    for (const Case& c : cases) {
+        InstrumentSpec spec;
+        std::string msg;
+        EXPECT_EQ(parseInstrumentSpec(c.text, spec, msg), 0) << c.text;
+        EXPECT_EQ(msg, c.message) << c.text;
+    }
+}
+
+TEST(InstrumentSpec, StoredPerUserInTheIniFile)
+{
+    EXPECT_EQ(storedInstrumentSpec(), "");
+    std::string msg;
+    ASSERT_EQ(storeInstrumentSpec("lv2:http://drobilla.net/plugins/mda/EPiano?volume=90", msg), 1)
+        << msg;
+    EXPECT_EQ(storedInstrumentSpec(), "lv2:http://drobilla.net/plugins/mda/EPiano?volume=90");
+    QSettings settings(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
+    EXPECT_EQ(settings.value("VstHostWidget/PluginPath").toString().toStdString(),
+              "lv2:http://drobilla.net/plugins/mda/EPiano?volume=90");
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,34 @@
+// Opening the shipped instruments and bouncing measured takes for the tests.
+#include "devices/tests/InstrumentTestSupport.h"
+
+#include "tests/e2e/ToneAnalysis.h"
+
+#include <cmath>
+
+namespace tg::test {
+
+std::unique_ptr<HostedInstrument> openInstrument(const std::string& text, std::string& msg)
+{
+    InstrumentSpec spec;
+    if (!parseInstrumentSpec(text, spec, msg))
+        return nullptr;
+    return openHostedInstrument(spec, 44100, msg);
+}
+
+double noteHz(int note)
+{
+    return 440.0 * std::pow(2.0, (note - 69) / 12.0);
+}
+
+bool bounce(HostedInstrument& instrument, const BounceNote& note, MeasuredTake& take,
+            std::string& msg, int channels)
+{
+    const AudioStreamConfig format{-1, -1, -1, 44100, 16, channels, -1.0f};
+    if (!bounceNote(instrument, note, format, take.bytes, msg))
+        return false;
+    take.frames = int64_t(take.bytes.size()) / (2 * channels);
+    take.samples = firstChannel(take.bytes, channels, take.frames);
+    return true;
+}
+
+} // namespace tg::test

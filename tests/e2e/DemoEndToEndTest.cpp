@@ -1,0 +1,116 @@
+// The main job as a user runs it: `tonegrabber-cli demo OUTDIR` with no sound card and no
+// JACK server. Every file its table names exists, the SoundFont loads and plays in
+// FluidSynth, the Bitwig archive passes `unzip -t`, and the SFZ finds its samples.
+#include "devices/HostedInstrument.h"
+#include "devices/OfflineBouncer.h"
+#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+
+#include <sys/wait.h>
+
+namespace tg::test {
+namespace {
+
+int runCommand(const std::string& command, std::string& output)
+{
+    output.clear();
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return -1;
+    char buffer[4096];
+    size_t got = 0;
+    while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
+        output.append(buffer, got);
+    const int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// The first file path of each table row ("... /path/file.ext (12.3 MB)" or a bare path).
+std::vector<std::string> madeFiles(const std::string& table)
+{
+    std::vector<std::string> files;
+    const std::regex path(R"((/\S+\.(TGprj|sfz|sf2|multisample)))");
+    std::istringstream lines(table);
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch match;
+        if (std::regex_search(line, match, path))
+            files.push_back(match[1]);
+    }
+    return files;
+}
+
+TEST(Demo, MakesTwoProjectsInThreeFormatsThatLoad)
+{
+    TempDir dir;
+    const std::string out = dir.file("demo");
+    std::string table;
+    const std::string command = "TONEGRABBER_HOME='" + dir.file("home") +
+                                "' JACK_NO_START_SERVER=1 '" + TG_CLI_PATH + "' demo '" + out +
+                                "' --quiet 2>&1";
+    ASSERT_EQ(runCommand(command, table), 0) << table;
+    std::fprintf(stderr, "%s", table.c_str());
+
+    const std::vector<std::string> files = madeFiles(table);
+    ASSERT_EQ(files.size(), 10u) << table; // per Project: file (twice), SFZ, SF2, Bitwig
+    int soundFonts = 0;
+    int archives = 0;
+    int sfzFiles = 0;
+    for (const std::string& file : files) {
+        ASSERT_TRUE(std::filesystem::exists(file)) << file;
+        const std::string extension = std::filesystem::path(file).extension().string();
+        std::string output;
+        if (extension == ".multisample") {
+            EXPECT_EQ(runCommand("unzip -t '" + file + "' 2>&1", output), 0) << output;
+            ++archives;
+        } else if (extension == ".sf2") {
+            InstrumentSpec spec;
+            std::string msg;
+            ASSERT_EQ(parseInstrumentSpec(file, spec, msg), 1) << msg;
+            auto bank = openHostedInstrument(spec, 44100, msg);
+            ASSERT_NE(bank, nullptr) << msg;
+            BounceNote note;
+            note.note = 60;
+            note.noteLength = 0.5;
+            std::vector<uint8_t> take;
+            ASSERT_EQ(bounceNote(*bank, note, AudioStreamConfig{-1, -1, -1, 44100, 16, 2, -1.0f},
+                                 take, msg),
+                      1)
+                << msg;
+            const std::vector<double> left = firstChannel(take, 2, int64_t(take.size() / 4));
+            EXPECT_GT(rmsBetween(left, 22050, 33075), 100.0) << file << " plays silence";
+            ++soundFonts;
+        } else if (extension == ".sfz") {
+            std::ifstream text(file);
+            const std::regex sample(R"(sample=(.+\.wav))");
+            int samples = 0;
+            for (std::string line; std::getline(text, line);) {
+                std::smatch match;
+                if (std::regex_search(line, match, sample)) {
+                    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(file).parent_path() /
+                                                        std::string(match[1])))
+                        << match[1];
+                    ++samples;
+                }
+            }
+            EXPECT_EQ(samples, 63) << file; // 21 keys in each of 3 layers
+            ++sfzFiles;
+        }
+    }
+    EXPECT_EQ(soundFonts, 2);
+    EXPECT_EQ(archives, 2);
+    EXPECT_EQ(sfzFiles, 2);
+    EXPECT_NE(table.find("offline bouncing: 567.0 s of audio rendered in"), std::string::npos)
+        << table;
+}
+
+} // namespace
+} // namespace tg::test

@@ -1,8 +1,8 @@
 // The analysis commands: auto (batch auto-note/auto-loop), normalize, gain, levels, estimate.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
-#include "cli/ProjectAccess.h"
 #include "cli/Progress.h"
+#include "cli/ProjectAccess.h"
 
 #include "analysis/BatchAuto.h"
 #include "analysis/Estimate.h"
@@ -111,48 +111,50 @@ void addAuto(CliApp& app)
         std::string loopSource = "settings";
     };
     auto args = std::make_shared<Args>();
-    CLI::App* c = app.addCommand("auto", "batch auto-note/auto-loop", [args]() {
-        if (!args->note && !args->loop) {
-            std::cerr << "auto: give --note, --loop or both\n";
-            return kExitBadUsage;
-        }
-        int status = kExitOk;
-        Project* project = loadProject(*args, status);
-        if (project == nullptr)
-            return status;
-        const int msl = chosenMultiSample(*project, *args);
-        BatchAutoOptions options;
-        options.autoNote = args->note;
-        options.autoLoop = args->loop;
-        options.loopSource =
-            args->loopSource == "loaded" ? LoopSource::LoadedKey : LoopSource::Settings;
-        options.equalNoteLength = args->equalLength;
-        options.equalSilence = args->silence;
-        options.releaseOff = args->releaseOff;
-        options.loadedMsl = msl;
-        options.loadedNote = args->key;
-        if ((options.loopSource == LoopSource::LoadedKey || args->equalLength || args->silence) &&
-            args->key < 0) {
-            std::cerr
-                << "--key: the options taken from the loaded Key-Sample need its key number\n";
-            return kExitBadUsage;
-        }
-        ProgressPrinter printer(args->quiet);
-        std::string message;
-        const int result = batchAutoNoteLoop(*project, scopeOf(args->scope), msl, options,
-                                             std::ref(printer), message);
-        if (result != 1)
-            return finish(result, message, *args);
-        if (!args->dryRun && !saveProjectAgain(*project, message))
-            return fail(message, args->json);
-        const size_t keys = keysInScope(*project, scopeOf(args->scope), msl, 0).size();
-        if (args->json)
-            printJson({{"keys", keys}, {"saved", !args->dryRun}});
-        else
-            std::cout << "Auto-Note/Auto-Loop: " << keys << " Key-Samples"
-                      << (args->dryRun ? " (not saved)" : ", project saved") << '\n';
-        return kExitOk;
-    });
+    CLI::App* c =
+        app.addCommand("auto", "Finds notes and loops of the recorded Key-Samples", [args]() {
+            if (!args->note && !args->loop) {
+                std::cerr << "auto: give --note, --loop or both\n";
+                return kExitBadUsage;
+            }
+            int status = kExitOk;
+            Project* project = loadProject(*args, status);
+            if (project == nullptr)
+                return status;
+            const int msl = chosenMultiSample(*project, *args);
+            BatchAutoOptions options;
+            options.autoNote = args->note;
+            options.autoLoop = args->loop;
+            options.loopSource =
+                args->loopSource == "loaded" ? LoopSource::LoadedKey : LoopSource::Settings;
+            options.equalNoteLength = args->equalLength;
+            options.equalSilence = args->silence;
+            options.releaseOff = args->releaseOff;
+            options.loadedMsl = msl;
+            options.loadedNote = args->key;
+            if ((options.loopSource == LoopSource::LoadedKey || args->equalLength ||
+                 args->silence) &&
+                args->key < 0) {
+                std::cerr
+                    << "--key: the options taken from the loaded Key-Sample need its key number\n";
+                return kExitBadUsage;
+            }
+            ProgressPrinter printer(args->quiet);
+            std::string message;
+            const int result = batchAutoNoteLoop(*project, scopeOf(args->scope), msl, options,
+                                                 std::ref(printer), message);
+            if (result != 1)
+                return finish(result, message, *args);
+            if (!args->dryRun && !saveProjectAgain(*project, message))
+                return fail(message, args->json);
+            const size_t keys = keysInScope(*project, scopeOf(args->scope), msl, 0).size();
+            if (args->json)
+                printJson({{"keys", keys}, {"saved", !args->dryRun}});
+            else
+                std::cout << "Auto-Note/Auto-Loop: " << keys << " Key-Samples"
+                          << (args->dryRun ? " (not saved)" : ", project saved") << '\n';
+            return kExitOk;
+        });
     addProjectOptions(c, *args, true, {"multisample", "project"});
     c->add_flag("--note", args->note, "Auto-Note (using the Multi-Sample Record Settings)");
     c->add_flag("--loop", args->loop, "Auto-Loop");
@@ -173,29 +175,30 @@ void addNormalize(CliApp& app)
         CLI::Option* dbOption = nullptr;
     };
     auto args = std::make_shared<Args>();
-    CLI::App* c = app.addCommand("normalize", "normalize Key-Samples", [args]() {
-        if (args->dbOption->count() == 0 && !args->max) {
-            std::cerr << "normalize: give --db X or --multisample-max\n";
-            return kExitBadUsage;
-        }
-        if (needsKey(*args))
-            return kExitBadUsage;
-        int status = kExitOk;
-        Project* project = loadProject(*args, status);
-        if (project == nullptr)
-            return status;
-        NormalizeOptions options;
-        options.toMultiSampleMaximum = args->max;
-        options.targetDb = args->db;
-        options.equalLeftRight = args->equalLr;
-        options.noteAndRelease = args->noteRelease;
-        ProgressPrinter printer(args->quiet);
-        std::string message;
-        const int result =
-            normalizeKeySamples(*project, scopeOf(args->scope), chosenMultiSample(*project, *args),
-                                args->key, options, std::ref(printer), message);
-        return finish(result, message, *args);
-    });
+    CLI::App* c = app.addCommand(
+        "normalize", "Normalizes Key-Samples to a level or to the Multi-Sample maximum", [args]() {
+            if (args->dbOption->count() == 0 && !args->max) {
+                std::cerr << "normalize: give --db X or --multisample-max\n";
+                return kExitBadUsage;
+            }
+            if (needsKey(*args))
+                return kExitBadUsage;
+            int status = kExitOk;
+            Project* project = loadProject(*args, status);
+            if (project == nullptr)
+                return status;
+            NormalizeOptions options;
+            options.toMultiSampleMaximum = args->max;
+            options.targetDb = args->db;
+            options.equalLeftRight = args->equalLr;
+            options.noteAndRelease = args->noteRelease;
+            ProgressPrinter printer(args->quiet);
+            std::string message;
+            const int result = normalizeKeySamples(*project, scopeOf(args->scope),
+                                                   chosenMultiSample(*project, *args), args->key,
+                                                   options, std::ref(printer), message);
+            return finish(result, message, *args);
+        });
     addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
     CLI::Option* db =
         c->add_option("--db", args->db, "target level in dB")->check(CLI::Range(-72.0, 0.0));
@@ -215,7 +218,7 @@ void addGain(CliApp& app)
         bool noteRelease = false, noClipWarning = false, yes = false;
     };
     auto args = std::make_shared<Args>();
-    CLI::App* c = app.addCommand("gain", "change the gain of Key-Samples", [args]() {
+    CLI::App* c = app.addCommand("gain", "Changes the gain of Key-Samples", [args]() {
         if (needsKey(*args))
             return kExitBadUsage;
         int status = kExitOk;
@@ -252,31 +255,30 @@ void addLevels(CliApp& app)
         bool noteRelease = false;
     };
     auto args = std::make_shared<Args>();
-    CLI::App* c =
-        app.addCommand("levels", "the highest level of the selected Key-Samples", [args]() {
-            if (needsKey(*args))
-                return kExitBadUsage;
-            int status = kExitOk;
-            Project* project = loadProject(*args, status);
-            if (project == nullptr)
-                return status;
-            ProgressPrinter printer(args->quiet);
-            ChannelLevels levels;
-            std::string message;
-            const int result =
-                findHighestLevel(*project, scopeOf(args->scope), chosenMultiSample(*project, *args),
-                                 args->key, args->noteRelease, std::ref(printer), levels, message);
-            if (result == 1 && args->json) {
-                const double peak = std::max(levels.left, levels.right);
-                printJson({{"message", message},
-                           {"left", levels.left},
-                           {"right", levels.right},
-                           {"peak", peak},
-                           {"dB", levelInDb(peak)}});
-                return kExitOk;
-            }
-            return finish(result, message, *args);
-        });
+    CLI::App* c = app.addCommand("levels", "Prints the highest level of the Key-Samples", [args]() {
+        if (needsKey(*args))
+            return kExitBadUsage;
+        int status = kExitOk;
+        Project* project = loadProject(*args, status);
+        if (project == nullptr)
+            return status;
+        ProgressPrinter printer(args->quiet);
+        ChannelLevels levels;
+        std::string message;
+        const int result =
+            findHighestLevel(*project, scopeOf(args->scope), chosenMultiSample(*project, *args),
+                             args->key, args->noteRelease, std::ref(printer), levels, message);
+        if (result == 1 && args->json) {
+            const double peak = std::max(levels.left, levels.right);
+            printJson({{"message", message},
+                       {"left", levels.left},
+                       {"right", levels.right},
+                       {"peak", peak},
+                       {"dB", levelInDb(peak)}});
+            return kExitOk;
+        }
+        return finish(result, message, *args);
+    });
     addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
     c->add_flag("--note-release-only", args->noteRelease, "measure only Note and Release");
 }
@@ -287,40 +289,41 @@ void addEstimate(CliApp& app)
         bool onlyEmpty = false, keepLocked = false;
     };
     auto args = std::make_shared<Args>();
-    CLI::App* c = app.addCommand("estimate", "time and size of a recording run", [args]() {
-        int status = kExitOk;
-        Project* project = loadProject(*args, status);
-        if (project == nullptr)
-            return status;
-        // The command loads one project, so "all" open projects is that one.
-        const KeyScope scope =
-            args->scope == "multisample" ? KeyScope::MultiSample : KeyScope::Project;
-        const std::vector<int> msls =
-            multiSamplesInScope(*project, scope, chosenMultiSample(*project, *args));
-        bool searches = false;
-        for (int m : msls)
-            searches = searches || project->msl[m].recordsettings.autoloop == 1;
-        if (searches && !args->quiet)
-            std::cerr << "measuring the loop-search speed...\n";
-        const LoopSpeedTable speeds =
-            searches ? measureLoopSearchSpeeds() : cachedLoopSearchSpeeds();
-        EstimateOptions options;
-        options.onlyEmpty = args->onlyEmpty;
-        options.keepLocked = args->keepLocked;
-        RecordingEstimate estimate;
-        for (int m : msls)
-            addMultiSampleEstimate(project->msl[m], options, speeds, estimate);
-        const std::string time = formatEstimateTime(estimate.seconds);
-        const std::string size = formatEstimateSize(estimate.bytes);
-        if (args->json)
-            printJson({{"seconds", estimate.seconds},
-                       {"bytes", estimate.bytes},
-                       {"time", time},
-                       {"size", size}});
-        else
-            std::cout << time << '\n' << size << '\n';
-        return kExitOk;
-    });
+    CLI::App* c =
+        app.addCommand("estimate", "Estimates the time and size of a recording run", [args]() {
+            int status = kExitOk;
+            Project* project = loadProject(*args, status);
+            if (project == nullptr)
+                return status;
+            // The command loads one project, so "all" open projects is that one.
+            const KeyScope scope =
+                args->scope == "multisample" ? KeyScope::MultiSample : KeyScope::Project;
+            const std::vector<int> msls =
+                multiSamplesInScope(*project, scope, chosenMultiSample(*project, *args));
+            bool searches = false;
+            for (int m : msls)
+                searches = searches || project->msl[m].recordsettings.autoloop == 1;
+            if (searches && !args->quiet)
+                std::cerr << "measuring the loop-search speed...\n";
+            const LoopSpeedTable speeds =
+                searches ? measureLoopSearchSpeeds() : cachedLoopSearchSpeeds();
+            EstimateOptions options;
+            options.onlyEmpty = args->onlyEmpty;
+            options.keepLocked = args->keepLocked;
+            RecordingEstimate estimate;
+            for (int m : msls)
+                addMultiSampleEstimate(project->msl[m], options, speeds, estimate);
+            const std::string time = formatEstimateTime(estimate.seconds);
+            const std::string size = formatEstimateSize(estimate.bytes);
+            if (args->json)
+                printJson({{"seconds", estimate.seconds},
+                           {"bytes", estimate.bytes},
+                           {"time", time},
+                           {"size", size}});
+            else
+                std::cout << time << '\n' << size << '\n';
+            return kExitOk;
+        });
     addProjectOptions(c, *args, false, {"multisample", "project", "all"});
     c->add_flag("--only-empty", args->onlyEmpty, "Record only empty Key-Samples");
     c->add_flag("--keep-locked", args->keepLocked, "Keep locked Key-Samples");

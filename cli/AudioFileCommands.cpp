@@ -140,22 +140,23 @@ void addAudioFileCommands(CliApp& app)
 {
     auto wavFile = std::make_shared<std::string>();
     auto wavJson = std::make_shared<bool>(false);
-    CLI::App* wav = app.addCommand(
-        "wav-info", "Format, frame count, loop and root key of a WAV file", [wavFile, wavJson] {
-            AudioInfo info;
-            std::string message;
-            if (!readWavHeader(*wavFile, info.format, info.loopStart, info.loopEnd, info.rootKey,
-                               info.frames, message))
-                return fail(message, *wavJson);
-            return printInfo(info, *wavJson);
-        });
+    CLI::App* wav =
+        app.addCommand("wav-info", "Prints format, frame count, loop and root key of a WAV file",
+                       [wavFile, wavJson] {
+                           AudioInfo info;
+                           std::string message;
+                           if (!readWavHeader(*wavFile, info.format, info.loopStart, info.loopEnd,
+                                              info.rootKey, info.frames, message))
+                               return fail(message, *wavJson);
+                           return printInfo(info, *wavJson);
+                       });
     wav->add_option("FILE", *wavFile, "WAV file")->required();
     wav->add_flag("--json", *wavJson, "Print one JSON document");
 
     auto aiffFile = std::make_shared<std::string>();
     auto aiffJson = std::make_shared<bool>(false);
     CLI::App* aiff = app.addCommand(
-        "aiff-info", "Format, frame count, loop and root key of an AIFF or AIFF-C file",
+        "aiff-info", "Prints format, frame count, loop and root key of an AIFF or AIFF-C file",
         [aiffFile, aiffJson] {
             AiffContents contents;
             std::string message;

@@ -16,7 +16,7 @@ constexpr int kExitFailed = 1;   // the operation failed or was refused
 constexpr int kExitBadUsage = 2; // bad arguments
 
 class CliApp {
-public:
+  public:
     CliApp();
 
     // Adds a subcommand; `handler` runs after a successful parse and returns the exit status.
@@ -25,7 +25,7 @@ public:
 
     int run(int argc, char** argv);
 
-private:
+  private:
     struct Command {
         CLI::App* app;
         std::function<int()> handler;

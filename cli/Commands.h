@@ -5,6 +5,9 @@ namespace tg::cli {
 
 class CliApp;
 
+// Every command below, as tonegrabber-cli offers them.
+void addAllCommands(CliApp& app);
+
 // `set [PATH.TGprj] [--multisample I] KEY=VALUE ...`: the keyed settings accessor.
 void addSettingsCommands(CliApp& app);
 

@@ -243,7 +243,7 @@ void addDemoCommands(CliApp& app)
     CLI::App* demo = app.addCommand(
         "demo",
         "The main job: samples a piano and strings from the General MIDI SoundFont through the "
-        "hosted instrument (offline), finds notes and loops, exports SFZ, SF2 and Bitwig.",
+        "hosted instrument (offline), finds notes and loops, exports SFZ, SF2 and Bitwig",
         [outDir, quiet] { return runDemo(*outDir, *quiet); });
     demo->add_option("outdir", *outDir, "folder for everything made (default tonegrabber-demo)");
     demo->add_flag("--quiet", *quiet, "no progress on stderr");

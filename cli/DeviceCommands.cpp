@@ -78,7 +78,7 @@ void addDeviceCommands(CliApp& app)
     auto options = std::make_shared<DevicesOptions>();
     CLI::App* devices = app.addCommand(
         "devices",
-        "List audio and MIDI devices (with the pseudo entries) and the recording formats",
+        "Lists audio and MIDI devices (with the pseudo entries) and the recording formats",
         [options] { return runDevices(*options); });
     devices->add_flag("--json", options->json, "Print one JSON document");
 }

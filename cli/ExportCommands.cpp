@@ -205,7 +205,7 @@ void addExportCommands(CliApp& app)
 {
     auto args = std::make_shared<ExportArgs>();
     CLI::App* command =
-        app.addCommand("export", "export the project in a format of the export menu",
+        app.addCommand("export", "Exports the project in one of the sampler formats",
                        [args] { return runExportCommand(*args); });
     command->add_option("project", args->path, "the .TGprj file")->required();
     command

@@ -242,15 +242,15 @@ void addProjectCommands(CliApp& app)
     auto infoPath = std::make_shared<std::string>();
     auto infoJson = std::make_shared<bool>(false);
     CLI::App* info = app.addCommand(
-        "info", "Prints the whole Project record of a project file, with hasAudio per key.",
+        "info", "Prints the whole Project record of a project file, with hasAudio per key",
         [infoPath, infoJson] { return runInfo(*infoPath, *infoJson); });
     info->add_option("project", *infoPath, "PATH.TGprj")->required();
     info->add_flag("--json", *infoJson, "One JSON document on stdout");
 
     auto options = std::make_shared<NewOptions>();
-    CLI::App* made = app.addCommand(
-        "new", "Creates a Project exactly as the Project Wizard would, and saves it.",
-        [options] { return runNew(*options); });
+    CLI::App* made =
+        app.addCommand("new", "Creates a Project exactly as the Project Wizard would, and saves it",
+                       [options] { return runNew(*options); });
     options->command = made;
     ProjectSetupRecord& s = options->setup;
     made->add_option("project", options->path, "PATH.TGprj (its base name names the Project)")

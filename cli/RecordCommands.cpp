@@ -278,9 +278,10 @@ int runRecord(const RecordOptions& options)
 void addRecordCommands(CliApp& app)
 {
     auto options = std::make_shared<RecordOptions>();
-    CLI::App* record = app.addCommand(
-        "record", "Records every selected key (automatic mode) over the Multi-Sample's devices.",
-        [options] { return runRecord(*options); });
+    CLI::App* record = app.addCommand("record",
+                                      "Records every selected key, from the Multi-Sample's devices "
+                                      "or offline from the hosted instrument",
+                                      [options] { return runRecord(*options); });
     record->add_option("project", options->projects, "PATH.TGprj (several with --scope all)")
         ->required();
     record->add_option("--scope", options->scope, "multisample, project (default) or all")

@@ -228,9 +228,8 @@ void addSettingsCommands(CliApp& app)
     auto options = std::make_shared<SetOptions>();
     CLI::App* command = app.addCommand(
         "set",
-        "Sets values through the settings keys: prefs_ keys are saved to Tonegrabber.prefs in "
-        "the user data folder, msl_ keys change a Multi-Sample of the project given first, "
-        "which is saved back in place.",
+        "Sets preferences (prefs_ keys) or a Multi-Sample's settings (msl_ keys, saved back "
+        "into the project given first)",
         [options] { return runSet(*options); });
     command
         ->add_option("assignments", options->arguments,

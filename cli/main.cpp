@@ -5,13 +5,6 @@
 int main(int argc, char** argv)
 {
     tg::cli::CliApp app;
-    tg::cli::addSettingsCommands(app);
-    tg::cli::addAudioFileCommands(app);
-    tg::cli::addDeviceCommands(app);
-    tg::cli::addProjectCommands(app);
-    tg::cli::addRecordCommands(app);
-    tg::cli::addAnalysisCommands(app);
-    tg::cli::addExportCommands(app);
-    tg::cli::addDemoCommands(app);
+    tg::cli::addAllCommands(app);
     return app.run(argc, argv);
 }

@@ -4,6 +4,7 @@
 
 #include "audiofile/AiffFile.h"
 #include "audiofile/WavFile.h"
+#include "cli/tests/CommandRunner.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -15,26 +16,8 @@ using namespace tg;
 
 namespace {
 
-struct CommandRun {
-    int status = -1;
-    std::string out;
-};
-
-CommandRun run(std::vector<std::string> words)
-{
-    cli::CliApp app;
-    cli::addAudioFileCommands(app);
-    std::vector<char*> argv;
-    static std::string program = "tonegrabber-cli";
-    argv.push_back(program.data());
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    CommandRun r;
-    testing::internal::CaptureStdout();
-    r.status = app.run(static_cast<int>(argv.size()), argv.data());
-    r.out = testing::internal::GetCapturedStdout();
-    return r;
-}
+using tg::test::CommandRun;
+constexpr auto run = tg::test::runCli;
 
 std::vector<uint8_t> tone(size_t frames, int channels)
 {

@@ -2,6 +2,7 @@
 // the wizard's messages, and Multi-Sample settings saved back in place.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/tests/CommandRunner.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
 #include "tests/support/TempDir.h"
@@ -16,29 +17,8 @@
 
 namespace {
 
-struct CommandRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-CommandRun run(std::vector<std::string> words)
-{
-    tg::cli::CliApp app;
-    tg::cli::addSettingsCommands(app);
-    tg::cli::addProjectCommands(app);
-    std::string program = "tonegrabber-cli";
-    std::vector<char*> argv{program.data()};
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    CommandRun r;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    r.status = app.run(static_cast<int>(argv.size()), argv.data());
-    r.out = testing::internal::GetCapturedStdout();
-    r.err = testing::internal::GetCapturedStderr();
-    return r;
-}
+using tg::test::CommandRun;
+constexpr auto run = tg::test::runCli;
 
 class ProjectCommands : public ::testing::Test {
   protected:

@@ -3,6 +3,7 @@
 // against the real synth in tests/e2e.)
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/tests/CommandRunner.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
 #include "tests/support/TempDir.h"
@@ -15,28 +16,8 @@
 
 namespace {
 
-struct CommandRun {
-    int status = -1;
-    std::string err;
-};
-
-CommandRun run(std::vector<std::string> words)
-{
-    tg::cli::CliApp app;
-    tg::cli::addProjectCommands(app);
-    tg::cli::addRecordCommands(app);
-    std::string program = "tonegrabber-cli";
-    std::vector<char*> argv{program.data()};
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    CommandRun r;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    r.status = app.run(static_cast<int>(argv.size()), argv.data());
-    testing::internal::GetCapturedStdout();
-    r.err = testing::internal::GetCapturedStderr();
-    return r;
-}
+using tg::test::CommandRun;
+constexpr auto run = tg::test::runCli;
 
 class RecordCommand : public ::testing::Test {
   protected:

@@ -5,6 +5,7 @@
 #include "cli/ProjectAccess.h"
 
 #include "audiofile/WavFile.h"
+#include "cli/tests/CommandRunner.h"
 #include "core/Message.h"
 #include "core/Model.h"
 #include "core/Names.h"
@@ -29,30 +30,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CommandRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-CommandRun run(std::vector<std::string> words)
-{
-    Model::instance().reset();
-    cli::CliApp app;
-    cli::addExportCommands(app);
-    std::vector<char*> argv;
-    static std::string program = "tonegrabber-cli";
-    argv.push_back(program.data());
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    CommandRun r;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    r.status = app.run(static_cast<int>(argv.size()), argv.data());
-    r.out = testing::internal::GetCapturedStdout();
-    r.err = testing::internal::GetCapturedStderr();
-    return r;
-}
+using tg::test::CommandRun;
+constexpr auto run = tg::test::runCli;
 
 // Runs a shell command with its output (stdout and stderr) in `output`; its exit status.
 int shell(const std::string& command, std::string* output = nullptr)

@@ -1,0 +1,18 @@
+// The full command set of tonegrabber-cli, in the order --help lists it.
+#include "cli/Commands.h"
+
+namespace tg::cli {
+
+void addAllCommands(CliApp& app)
+{
+    addSettingsCommands(app);
+    addAudioFileCommands(app);
+    addDeviceCommands(app);
+    addProjectCommands(app);
+    addRecordCommands(app);
+    addAnalysisCommands(app);
+    addExportCommands(app);
+    addDemoCommands(app);
+}
+
+} // namespace tg::cli

@@ -1,0 +1,30 @@
+// The in-process command runner for the CLI tests.
+#include "cli/tests/CommandRunner.h"
+
+#include "cli/CliApp.h"
+#include "cli/Commands.h"
+#include "core/Model.h"
+
+#include <gtest/gtest.h>
+
+namespace tg::test {
+
+CommandRun runCli(std::vector<std::string> words)
+{
+    Model::instance().reset();
+    cli::CliApp app;
+    cli::addAllCommands(app);
+    std::string program = "tonegrabber-cli";
+    std::vector<char*> argv{program.data()};
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    CommandRun run;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    run.status = app.run(static_cast<int>(argv.size()), argv.data());
+    run.out = testing::internal::GetCapturedStdout();
+    run.err = testing::internal::GetCapturedStderr();
+    return run;
+}
+
+} // namespace tg::test

@@ -15,13 +15,13 @@ using namespace tg;
 // Best of three passes over two octaves of takes, the machine being shared.
 void measure(const char* text)
 {
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    if (!parseInstrumentSpec(text, spec, msg)) {
+    if (!parseInstrumentSpec(text, choice, msg)) {
         std::printf("%-60s %s\n", text, msg.c_str());
         return;
     }
-    auto instrument = openHostedInstrument(spec, 44100, msg);
+    auto instrument = openHostedInstrument(choice, 44100, msg);
     if (instrument == nullptr) {
         std::printf("%-60s %s\n", text, msg.c_str());
         return;

@@ -185,10 +185,10 @@ int runDemo(const std::string& outDir, bool quiet)
             return fail(message, false);
         steps.push_back({name, "create Project", create.seconds(), projectFile});
 
-        InstrumentSpec spec;
-        spec.path = kDemoSoundFont;
-        spec.preset = instrument.preset;
-        OfflineTakeSource source(spec);
+        InstrumentSpec choice;
+        choice.path = kDemoSoundFont;
+        choice.preset = instrument.preset;
+        OfflineTakeSource source(choice);
         Stopwatch bounce;
         if (!bounceProject(*model, source, quiet, message))
             return fail(message, false);

@@ -51,7 +51,7 @@ struct RecordOptions {
     bool verbose = false;
     bool quiet = false;
     bool offline = false;   // bounce from the hosted instrument, no audio device
-    std::string instrument; // instrument spec; empty: the one stored for the user
+    std::string instrument; // instrument choice; empty: the one stored for the user
 };
 
 // The log's line breaks are the dialog's (\r\n); a terminal wants plain ones.
@@ -161,22 +161,22 @@ int runRecord(const RecordOptions& options)
     }
 
     // The hosted instrument: given here (and kept for the user), or the one kept last time.
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     const bool hosted = options.offline || !options.instrument.empty();
     if (hosted) {
         std::string text = options.instrument.empty() ? storedInstrumentSpec() : options.instrument;
-        std::string specMessage;
+        std::string choiceMessage;
         if (text.empty()) {
             std::cerr << "Bad argument --offline: no instrument was chosen yet; give --instrument "
                          "SPEC (a .sf2 path or lv2:URI).\n";
             return kExitBadUsage;
         }
-        if (!parseInstrumentSpec(text, spec, specMessage)) {
-            std::cerr << "Bad argument --instrument '" << text << "': " << specMessage << "\n";
+        if (!parseInstrumentSpec(text, choice, choiceMessage)) {
+            std::cerr << "Bad argument --instrument '" << text << "': " << choiceMessage << "\n";
             return kExitBadUsage;
         }
-        if (!options.instrument.empty() && !storeInstrumentSpec(options.instrument, specMessage))
-            return fail(specMessage, false);
+        if (!options.instrument.empty() && !storeInstrumentSpec(options.instrument, choiceMessage))
+            return fail(choiceMessage, false);
     }
     // Bouncing needs no output: the instrument itself stands in for it (as the offline run
     // does). In real time the hosted instrument is taken from the user's output.
@@ -212,7 +212,7 @@ int runRecord(const RecordOptions& options)
     runOptions.audioOutputDevice = output;
 
     if (options.offline) {
-        OfflineTakeSource offline(spec);
+        OfflineTakeSource offline(choice);
         const auto begin = std::chrono::steady_clock::now();
         int status = kExitOk;
         if (!runOfflineRecording(*model, runOptions, offline, observer, message))
@@ -236,7 +236,7 @@ int runRecord(const RecordOptions& options)
         // The hosted instrument in real time is heard on the user's audio output, and it is
         // from that output that the recorder takes it.
         audioManager.setOutputDeviceName(output);
-        source = std::make_unique<PluginTakeSource>(audioManager, spec);
+        source = std::make_unique<PluginTakeSource>(audioManager, choice);
     } else {
         // Nothing is played back here; without an output the hosted instrument cannot be
         // sampled in real time, and the run says so.

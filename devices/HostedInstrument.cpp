@@ -1,4 +1,4 @@
-// Picks the implementation that plays an instrument spec.
+// Picks the implementation that plays an instrument choice.
 #include "devices/HostedInstrument.h"
 
 #include "devices/Lv2Instrument.h"
@@ -8,16 +8,16 @@
 
 namespace tg {
 
-std::unique_ptr<HostedInstrument> openHostedInstrument(const InstrumentSpec& spec,
+std::unique_ptr<HostedInstrument> openHostedInstrument(const InstrumentSpec& choice,
                                                        int32_t sampleRate, std::string& msg)
 {
     if (sampleRate < 8000 || sampleRate > 192000) {
         setMessage(msg, "Cannot host an instrument at %d Hz", int(sampleRate));
         return nullptr;
     }
-    if (spec.kind == InstrumentSpec::Kind::Lv2)
-        return openLv2Instrument(spec, sampleRate, msg);
-    return openSoundFontInstrument(spec, sampleRate, msg);
+    if (choice.kind == InstrumentSpec::Kind::Lv2)
+        return openLv2Instrument(choice, sampleRate, msg);
+    return openSoundFontInstrument(choice, sampleRate, msg);
 }
 
 } // namespace tg

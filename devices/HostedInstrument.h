@@ -35,9 +35,9 @@ class HostedInstrument {
     virtual std::string description() const = 0;
 };
 
-// Opens the instrument `spec` names at `sampleRate` Hz; null with a message naming the
+// Opens the instrument `choice` names at `sampleRate` Hz; null with a message naming the
 // file, plug-in or fault when it cannot.
-std::unique_ptr<HostedInstrument> openHostedInstrument(const InstrumentSpec& spec,
+std::unique_ptr<HostedInstrument> openHostedInstrument(const InstrumentSpec& choice,
                                                        int32_t sampleRate, std::string& msg);
 
 } // namespace tg

@@ -54,7 +54,7 @@ int readOptions(const std::string& text, std::vector<std::pair<std::string, std:
     return 1;
 }
 
-int readSoundFontOption(const std::string& name, const std::string& text, InstrumentSpec& spec,
+int readSoundFontOption(const std::string& name, const std::string& text, InstrumentSpec& choice,
                         std::string& msg)
 {
     double value = 0.0;
@@ -66,13 +66,13 @@ int readSoundFontOption(const std::string& name, const std::string& text, Instru
         if (value != std::floor(value) || value < 0.0 || value > highest)
             return setMessage(msg, "SoundFont %s %s is not a whole number from 0 to %d",
                               name.c_str(), text.c_str(), int(highest));
-        (name == "bank" ? spec.bank : spec.preset) = int(value);
+        (name == "bank" ? choice.bank : choice.preset) = int(value);
         return 1;
     }
     if (name == "gain") {
         if (value < 0.0 || value > 10.0)
             return setMessage(msg, "SoundFont gain %s is not between 0 and 10", text.c_str());
-        spec.gain = value;
+        choice.gain = value;
         return 1;
     }
     return setMessage(msg, "SoundFont instruments have no option \"%s\" (bank, preset, gain)",
@@ -87,9 +87,9 @@ std::string numberText(double value)
 
 } // namespace
 
-int parseInstrumentSpec(const std::string& text, InstrumentSpec& spec, std::string& msg)
+int parseInstrumentSpec(const std::string& text, InstrumentSpec& choice, std::string& msg)
 {
-    spec = InstrumentSpec();
+    choice = InstrumentSpec();
     const size_t question = text.find('?');
     const std::string head = text.substr(0, question);
     std::vector<std::pair<std::string, std::string>> options;
@@ -97,9 +97,9 @@ int parseInstrumentSpec(const std::string& text, InstrumentSpec& spec, std::stri
         return 0;
 
     if (startsWith(head, kLv2Prefix)) {
-        spec.kind = InstrumentSpec::Kind::Lv2;
-        spec.uri = head.substr(std::char_traits<char>::length(kLv2Prefix));
-        if (spec.uri.empty())
+        choice.kind = InstrumentSpec::Kind::Lv2;
+        choice.uri = head.substr(std::char_traits<char>::length(kLv2Prefix));
+        if (choice.uri.empty())
             return setMessage(msg, "Instrument \"%s\" names no LV2 plug-in URI", text.c_str());
         for (const auto& [name, valueText] : options) {
             double value = 0.0;
@@ -109,36 +109,36 @@ int parseInstrumentSpec(const std::string& text, InstrumentSpec& spec, std::stri
             if (std::fabs(value) > double(std::numeric_limits<float>::max()))
                 return setMessage(msg, "LV2 control \"%s\" value %s is out of range", name.c_str(),
                                   valueText.c_str());
-            spec.controls.emplace_back(name, float(value));
+            choice.controls.emplace_back(name, float(value));
         }
         return 1;
     }
 
-    spec.kind = InstrumentSpec::Kind::SoundFont;
-    spec.path = startsWith(head, kSoundFontPrefix)
-                    ? head.substr(std::char_traits<char>::length(kSoundFontPrefix))
-                    : head;
-    if (spec.path.empty())
+    choice.kind = InstrumentSpec::Kind::SoundFont;
+    choice.path = startsWith(head, kSoundFontPrefix)
+                      ? head.substr(std::char_traits<char>::length(kSoundFontPrefix))
+                      : head;
+    if (choice.path.empty())
         return setMessage(msg, "No instrument given: a SoundFont path or lv2:URI is needed");
     for (const auto& [name, valueText] : options)
-        if (!readSoundFontOption(name, valueText, spec, msg))
+        if (!readSoundFontOption(name, valueText, choice, msg))
             return 0;
     return 1;
 }
 
-std::string instrumentSpecText(const InstrumentSpec& spec)
+std::string instrumentSpecText(const InstrumentSpec& choice)
 {
-    if (spec.kind == InstrumentSpec::Kind::Lv2) {
-        std::string text = kLv2Prefix + spec.uri;
+    if (choice.kind == InstrumentSpec::Kind::Lv2) {
+        std::string text = kLv2Prefix + choice.uri;
         char separator = '?';
-        for (const auto& [name, value] : spec.controls) {
+        for (const auto& [name, value] : choice.controls) {
             text += separator + name + "=" + numberText(value);
             separator = '&';
         }
         return text;
     }
-    return kSoundFontPrefix + spec.path + "?bank=" + std::to_string(spec.bank) +
-           "&preset=" + std::to_string(spec.preset) + "&gain=" + numberText(spec.gain);
+    return kSoundFontPrefix + choice.path + "?bank=" + std::to_string(choice.bank) +
+           "&preset=" + std::to_string(choice.preset) + "&gain=" + numberText(choice.gain);
 }
 
 std::string storedInstrumentSpec()

@@ -24,10 +24,10 @@ struct InstrumentSpec {
 };
 
 // Reads the text form; 0 with a message naming the fault when it cannot be read.
-int parseInstrumentSpec(const std::string& text, InstrumentSpec& spec, std::string& msg);
+int parseInstrumentSpec(const std::string& text, InstrumentSpec& choice, std::string& msg);
 
-// The text form of `spec`, read back by parseInstrumentSpec to the same record.
-std::string instrumentSpecText(const InstrumentSpec& spec);
+// The text form of `choice`, read back by parseInstrumentSpec to the same record.
+std::string instrumentSpecText(const InstrumentSpec& choice);
 
 // The instrument the user chose last, kept in Tonegrabber.ini under "VstHostWidget/PluginPath";
 // empty when none was stored.

@@ -94,24 +94,24 @@ class Lv2Instrument final : public HostedInstrument {
             lilv_world_free(world_);
     }
 
-    int open(const InstrumentSpec& spec, int32_t sampleRate, std::string& msg)
+    int open(const InstrumentSpec& choice, int32_t sampleRate, std::string& msg)
     {
         rate_ = sampleRate;
         world_ = lilv_world_new();
         if (world_ == nullptr)
             return setMessage(msg, "LV2 plug-ins cannot be listed");
         lilv_world_load_all(world_);
-        Node uri(lilv_new_uri(world_, spec.uri.c_str()));
+        Node uri(lilv_new_uri(world_, choice.uri.c_str()));
         const LilvPlugin* plugin =
             uri.node != nullptr ? lilv_plugins_get_by_uri(lilv_world_get_all_plugins(world_), uri)
                                 : nullptr;
         if (plugin == nullptr)
-            return setMessage(msg, "LV2 instrument '%s' is not installed", spec.uri.c_str());
-        if (!checkFeatures(plugin, spec.uri, msg) || !planPorts(plugin, spec, msg))
+            return setMessage(msg, "LV2 instrument '%s' is not installed", choice.uri.c_str());
+        if (!checkFeatures(plugin, choice.uri, msg) || !planPorts(plugin, choice, msg))
             return 0;
 
         Node name(lilv_plugin_get_name(plugin));
-        description_ = formatText("LV2 '%s' (%s)", spec.uri.c_str(),
+        description_ = formatText("LV2 '%s' (%s)", choice.uri.c_str(),
                                   name.node != nullptr ? lilv_node_as_string(name) : "");
         midiEventType_ = urids_.map(LV2_MIDI__MidiEvent);
         sequenceType_ = urids_.map(LV2_ATOM__Sequence);
@@ -120,7 +120,7 @@ class Lv2Instrument final : public HostedInstrument {
         instance_ = lilv_plugin_instantiate(plugin, sampleRate, features_.data());
         if (instance_ == nullptr)
             return setMessage(msg, "LV2 instrument '%s' cannot be started at %d Hz",
-                              spec.uri.c_str(), int(sampleRate));
+                              choice.uri.c_str(), int(sampleRate));
         connectPorts();
         lilv_instance_activate(instance_);
         active_ = true;
@@ -211,7 +211,7 @@ class Lv2Instrument final : public HostedInstrument {
 
     // Sorts the ports by use and sets the control values; the instrument must take MIDI and
     // give audio.
-    int planPorts(const LilvPlugin* plugin, const InstrumentSpec& spec, std::string& msg)
+    int planPorts(const LilvPlugin* plugin, const InstrumentSpec& choice, std::string& msg)
     {
         Node audioClass(lilv_new_uri(world_, LV2_CORE__AudioPort));
         Node controlClass(lilv_new_uri(world_, LV2_CORE__ControlPort));
@@ -250,22 +250,22 @@ class Lv2Instrument final : public HostedInstrument {
                 return setMessage(msg,
                                   "LV2 instrument '%s' has port %u of a kind this host "
                                   "cannot feed",
-                                  spec.uri.c_str(), i);
+                                  choice.uri.c_str(), i);
             }
         }
         if (!midiIn)
             return setMessage(msg, "LV2 plug-in '%s' takes no MIDI: it is not an instrument",
-                              spec.uri.c_str());
+                              choice.uri.c_str());
         if (audioOuts == 0)
-            return setMessage(msg, "LV2 plug-in '%s' has no audio output", spec.uri.c_str());
+            return setMessage(msg, "LV2 plug-in '%s' has no audio output", choice.uri.c_str());
 
-        for (const auto& [symbol, value] : spec.controls) {
+        for (const auto& [symbol, value] : choice.controls) {
             Node symbolNode(lilv_new_string(world_, symbol.c_str()));
             const LilvPort* port = lilv_plugin_get_port_by_symbol(plugin, symbolNode);
             const uint32_t index = port != nullptr ? lilv_port_get_index(plugin, port) : count;
             if (index >= count || uses_[index] != PortUse::Control)
                 return setMessage(msg, "LV2 instrument '%s' has no control input '%s'",
-                                  spec.uri.c_str(), symbol.c_str());
+                                  choice.uri.c_str(), symbol.c_str());
             controls_[index] = value;
         }
         return 1;
@@ -373,11 +373,11 @@ class Lv2Instrument final : public HostedInstrument {
 
 } // namespace
 
-std::unique_ptr<HostedInstrument> openLv2Instrument(const InstrumentSpec& spec, int32_t sampleRate,
-                                                    std::string& msg)
+std::unique_ptr<HostedInstrument> openLv2Instrument(const InstrumentSpec& choice,
+                                                    int32_t sampleRate, std::string& msg)
 {
     auto instrument = std::make_unique<Lv2Instrument>();
-    if (!instrument->open(spec, sampleRate, msg))
+    if (!instrument->open(choice, sampleRate, msg))
         return nullptr;
     return instrument;
 }

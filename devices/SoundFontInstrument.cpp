@@ -53,12 +53,12 @@ class SoundFontInstrument final : public HostedInstrument {
             delete_fluid_settings(settings_);
     }
 
-    int open(const InstrumentSpec& spec, int32_t sampleRate, std::string& msg)
+    int open(const InstrumentSpec& choice, int32_t sampleRate, std::string& msg)
     {
         routeFluidLog();
-        std::FILE* probe = std::fopen(spec.path.c_str(), "rb");
+        std::FILE* probe = std::fopen(choice.path.c_str(), "rb");
         if (probe == nullptr)
-            return setMessage(msg, "SoundFont '%s' cannot be read", spec.path.c_str());
+            return setMessage(msg, "SoundFont '%s' cannot be read", choice.path.c_str());
         std::fclose(probe);
 
         rate_ = sampleRate;
@@ -69,7 +69,7 @@ class SoundFontInstrument final : public HostedInstrument {
             return setMessage(msg, "FluidSynth cannot render at %d Hz", int(sampleRate));
         fluid_settings_setint(settings_, "synth.reverb.active", 0);
         fluid_settings_setint(settings_, "synth.chorus.active", 0);
-        fluid_settings_setnum(settings_, "synth.gain", spec.gain);
+        fluid_settings_setnum(settings_, "synth.gain", choice.gain);
         // One thread drives the synth, so its API lock is dead weight on the render path.
         fluid_settings_setint(settings_, "synth.threadsafe-api", 0);
         // Only the chosen preset's samples are read: a large bank opens in a moment.
@@ -80,25 +80,26 @@ class SoundFontInstrument final : public HostedInstrument {
 
         std::string errors;
         collectedErrors = &errors;
-        const int id = fluid_synth_sfload(synth_, spec.path.c_str(), 1);
+        const int id = fluid_synth_sfload(synth_, choice.path.c_str(), 1);
         collectedErrors = nullptr;
         if (id == FLUID_FAILED)
-            return setMessage(msg, "SoundFont '%s' cannot be loaded%s%s", spec.path.c_str(),
+            return setMessage(msg, "SoundFont '%s' cannot be loaded%s%s", choice.path.c_str(),
                               errors.empty() ? "" : ": ", errors.c_str());
         fluid_sfont_t* font = fluid_synth_get_sfont_by_id(synth_, id);
         fluid_preset_t* preset =
-            font != nullptr ? fluid_sfont_get_preset(font, spec.bank, spec.preset) : nullptr;
+            font != nullptr ? fluid_sfont_get_preset(font, choice.bank, choice.preset) : nullptr;
         if (preset == nullptr)
-            return setMessage(msg, "SoundFont '%s' has no preset %d in bank %d", spec.path.c_str(),
-                              spec.preset, spec.bank);
+            return setMessage(msg, "SoundFont '%s' has no preset %d in bank %d",
+                              choice.path.c_str(), choice.preset, choice.bank);
         const char* presetName = fluid_preset_get_name(preset);
         description_ =
-            formatText("SoundFont '%s' bank %d preset %d (%s)", fileName(spec.path).c_str(),
-                       spec.bank, spec.preset, presetName != nullptr ? presetName : "");
+            formatText("SoundFont '%s' bank %d preset %d (%s)", fileName(choice.path).c_str(),
+                       choice.bank, choice.preset, presetName != nullptr ? presetName : "");
         for (int channel = 0; channel < 16; ++channel)
-            if (fluid_synth_program_select(synth_, channel, id, spec.bank, spec.preset) != FLUID_OK)
+            if (fluid_synth_program_select(synth_, channel, id, choice.bank, choice.preset) !=
+                FLUID_OK)
                 return setMessage(msg, "SoundFont '%s': preset %d of bank %d cannot be selected",
-                                  spec.path.c_str(), spec.preset, spec.bank);
+                                  choice.path.c_str(), choice.preset, choice.bank);
         return 1;
     }
 
@@ -150,11 +151,11 @@ class SoundFontInstrument final : public HostedInstrument {
 
 } // namespace
 
-std::unique_ptr<HostedInstrument> openSoundFontInstrument(const InstrumentSpec& spec,
+std::unique_ptr<HostedInstrument> openSoundFontInstrument(const InstrumentSpec& choice,
                                                           int32_t sampleRate, std::string& msg)
 {
     auto instrument = std::make_unique<SoundFontInstrument>();
-    if (!instrument->open(spec, sampleRate, msg))
+    if (!instrument->open(choice, sampleRate, msg))
         return nullptr;
     return instrument;
 }

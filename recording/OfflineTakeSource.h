@@ -17,7 +17,7 @@ namespace tg {
 // Thread rules: the run's thread only; the instrument is opened and rendered there.
 class OfflineTakeSource : public TakeSource, public OfflineNoteRenderer {
   public:
-    explicit OfflineTakeSource(InstrumentSpec spec) : spec_(std::move(spec)) {}
+    explicit OfflineTakeSource(InstrumentSpec choice) : spec_(std::move(choice)) {}
 
     // Takes the Multi-Sample's recording format ("msl_AudioInFormat") and opens the
     // instrument at its rate (again only when the rate changed). The instrument's own

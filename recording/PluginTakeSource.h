@@ -16,8 +16,8 @@ class AudioManager;
 class PluginTakeSource : public TakeSource {
   public:
     // `audio` must have the output device set that the instrument is heard on.
-    PluginTakeSource(AudioManager& audio, InstrumentSpec spec)
-        : audio_(audio), spec_(std::move(spec))
+    PluginTakeSource(AudioManager& audio, InstrumentSpec choice)
+        : audio_(audio), spec_(std::move(choice))
     {
     }
     ~PluginTakeSource() override;

@@ -156,9 +156,9 @@ TEST(Lv2Instrument, UnknownPluginsAndControlsAreRefusedByName)
               nullptr);
     EXPECT_EQ(msg, std::string("LV2 instrument '") + test::kLv2Piano +
                        "' has no control input 'wobble'");
-    InstrumentSpec spec;
-    ASSERT_EQ(parseInstrumentSpec(std::string("lv2:") + test::kLv2Piano, spec, msg), 1);
-    EXPECT_EQ(openHostedInstrument(spec, 1000, msg), nullptr);
+    InstrumentSpec choice;
+    ASSERT_EQ(parseInstrumentSpec(std::string("lv2:") + test::kLv2Piano, choice, msg), 1);
+    EXPECT_EQ(openHostedInstrument(choice, 1000, msg), nullptr);
     EXPECT_EQ(msg, "Cannot host an instrument at 1000 Hz");
 }
 

@@ -13,42 +13,42 @@ namespace {
 
 TEST(InstrumentSpec, SoundFontPathAloneTakesFirstPresetOfFirstBank)
 {
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2", spec, msg), 1) << msg;
-    EXPECT_EQ(spec.kind, InstrumentSpec::Kind::SoundFont);
-    EXPECT_EQ(spec.path, "/usr/share/sounds/sf2/FluidR3_GM.sf2");
-    EXPECT_EQ(spec.bank, 0);
-    EXPECT_EQ(spec.preset, 0);
+    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2", choice, msg), 1) << msg;
+    EXPECT_EQ(choice.kind, InstrumentSpec::Kind::SoundFont);
+    EXPECT_EQ(choice.path, "/usr/share/sounds/sf2/FluidR3_GM.sf2");
+    EXPECT_EQ(choice.bank, 0);
+    EXPECT_EQ(choice.preset, 0);
 }
 
 TEST(InstrumentSpec, SoundFontOptionsAndPrefix)
 {
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("sf2:/a/b:c.sf2?bank=128&preset=19&gain=0.8", spec, msg), 1)
+    ASSERT_EQ(parseInstrumentSpec("sf2:/a/b:c.sf2?bank=128&preset=19&gain=0.8", choice, msg), 1)
         << msg;
-    EXPECT_EQ(spec.path, "/a/b:c.sf2");
-    EXPECT_EQ(spec.bank, 128);
-    EXPECT_EQ(spec.preset, 19);
-    EXPECT_DOUBLE_EQ(spec.gain, 0.8);
+    EXPECT_EQ(choice.path, "/a/b:c.sf2");
+    EXPECT_EQ(choice.bank, 128);
+    EXPECT_EQ(choice.preset, 19);
+    EXPECT_DOUBLE_EQ(choice.gain, 0.8);
 }
 
 TEST(InstrumentSpec, Lv2UriKeepsHashAndColonsAndReadsControls)
 {
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    ASSERT_EQ(
-        parseInstrumentSpec("lv2:http://example.org/organ#synth?cutoff=0.25&channel=3", spec, msg),
-        1)
+    ASSERT_EQ(parseInstrumentSpec("lv2:http://example.org/organ#synth?cutoff=0.25&channel=3",
+                                  choice, msg),
+              1)
         << msg;
-    EXPECT_EQ(spec.kind, InstrumentSpec::Kind::Lv2);
-    EXPECT_EQ(spec.uri, "http://example.org/organ#synth");
-    ASSERT_EQ(spec.controls.size(), 2u);
-    EXPECT_EQ(spec.controls[0].first, "cutoff");
-    EXPECT_FLOAT_EQ(spec.controls[0].second, 0.25f);
-    EXPECT_EQ(spec.controls[1].first, "channel");
-    EXPECT_FLOAT_EQ(spec.controls[1].second, 3.0f);
+    EXPECT_EQ(choice.kind, InstrumentSpec::Kind::Lv2);
+    EXPECT_EQ(choice.uri, "http://example.org/organ#synth");
+    ASSERT_EQ(choice.controls.size(), 2u);
+    EXPECT_EQ(choice.controls[0].first, "cutoff");
+    EXPECT_FLOAT_EQ(choice.controls[0].second, 0.25f);
+    EXPECT_EQ(choice.controls[1].first, "channel");
+    EXPECT_FLOAT_EQ(choice.controls[1].second, 3.0f);
 }
 
 TEST(InstrumentSpec, TextFormReadsBackToTheSameRecord)
@@ -91,9 +91,9 @@ TEST(InstrumentSpec, FaultsAreNamed)
         {"lv2:urn:x?g=5e56", "LV2 control \"g\" value 5e56 is out of range"},
     };
     for (const Case& c : cases) {
-        InstrumentSpec spec;
+        InstrumentSpec choice;
         std::string msg;
-        EXPECT_EQ(parseInstrumentSpec(c.text, spec, msg), 0) << c.text;
+        EXPECT_EQ(parseInstrumentSpec(c.text, choice, msg), 0) << c.text;
         EXPECT_EQ(msg, c.message) << c.text;
     }
 }

@@ -9,10 +9,10 @@ namespace tg::test {
 
 std::unique_ptr<HostedInstrument> openInstrument(const std::string& text, std::string& msg)
 {
-    InstrumentSpec spec;
-    if (!parseInstrumentSpec(text, spec, msg))
+    InstrumentSpec choice;
+    if (!parseInstrumentSpec(text, choice, msg))
         return nullptr;
-    return openHostedInstrument(spec, 44100, msg);
+    return openHostedInstrument(choice, 44100, msg);
 }
 
 double noteHz(int note)

@@ -69,10 +69,10 @@ class OfflineRecording : public ::testing::Test {
 
 InstrumentSpec specOf(const std::string& text)
 {
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    EXPECT_EQ(parseInstrumentSpec(text, spec, msg), 1) << msg;
-    return spec;
+    EXPECT_EQ(parseInstrumentSpec(text, choice, msg), 1) << msg;
+    return choice;
 }
 
 double noteHz(int note)

@@ -72,10 +72,10 @@ TEST(Demo, MakesTwoProjectsInThreeFormatsThatLoad)
             EXPECT_EQ(runCommand("unzip -t '" + file + "' 2>&1", output), 0) << output;
             ++archives;
         } else if (extension == ".sf2") {
-            InstrumentSpec spec;
+            InstrumentSpec choice;
             std::string msg;
-            ASSERT_EQ(parseInstrumentSpec(file, spec, msg), 1) << msg;
-            auto bank = openHostedInstrument(spec, 44100, msg);
+            ASSERT_EQ(parseInstrumentSpec(file, choice, msg), 1) << msg;
+            auto bank = openHostedInstrument(choice, 44100, msg);
             ASSERT_NE(bank, nullptr) << msg;
             BounceNote note;
             note.note = 60;

@@ -96,10 +96,10 @@ double spectralDistanceDb(const std::vector<double>& a, const std::vector<double
 
 std::unique_ptr<HostedInstrument> open(const std::string& text)
 {
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    EXPECT_EQ(parseInstrumentSpec(text, spec, msg), 1) << msg;
-    auto instrument = openHostedInstrument(spec, int32_t(kRate), msg);
+    EXPECT_EQ(parseInstrumentSpec(text, choice, msg), 1) << msg;
+    auto instrument = openHostedInstrument(choice, int32_t(kRate), msg);
     EXPECT_NE(instrument, nullptr) << msg;
     return instrument;
 }
@@ -151,9 +151,9 @@ TEST_P(Fidelity, SampledSoundFontPresetPlaysBackLikeTheOriginal)
     ASSERT_EQ(saveProject(project, dir.path(), "Fidelity", msg), 1) << msg;
 
     const std::string original = std::string(kFont) + "?preset=" + std::to_string(GetParam());
-    InstrumentSpec spec;
-    ASSERT_EQ(parseInstrumentSpec(original, spec, msg), 1);
-    OfflineTakeSource source(spec);
+    InstrumentSpec choice;
+    ASSERT_EQ(parseInstrumentSpec(original, choice, msg), 1);
+    OfflineTakeSource source(choice);
     RunObserver quiet;
     RunOptions options;
     options.command = kRecordSelectedProject;

@@ -76,10 +76,11 @@ TEST_F(HostedInstrumentOnJack, RecordingTakesTheInstrumentThroughTheRingBuffer)
     EXPECT_EQ(output.sampleRate, 44100);
     EXPECT_EQ(output.channels, 2);
 
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=19", spec, msg), 1);
-    auto organ = openHostedInstrument(spec, output.sampleRate, msg);
+    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=19", choice, msg),
+              1);
+    auto organ = openHostedInstrument(choice, output.sampleRate, msg);
     ASSERT_NE(organ, nullptr) << msg;
     ASSERT_EQ(host.start(std::move(organ), output, audio::player(), msg), 1) << msg;
 
@@ -143,10 +144,11 @@ TEST_F(HostedInstrumentOnJack, RecordingRunSamplesTheHostedInstrumentInRealTime)
     Project& project = *model.currentProject();
     project.msl[0].recordsettings.recpause = 0.2;
 
-    InstrumentSpec spec;
+    InstrumentSpec choice;
     std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=19", spec, msg), 1);
-    PluginTakeSource source(audioManager, spec);
+    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=19", choice, msg),
+              1);
+    PluginTakeSource source(audioManager, choice);
     SteadyRunClock clock;
     RunObserver observer;
     RunOptions options;

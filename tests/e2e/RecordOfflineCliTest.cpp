@@ -62,9 +62,10 @@ TEST_F(RecordOfflineCli, Lv2InstrumentIsBouncedAndKeptForTheNextRun)
               std::string::npos)
         << output;
 
-    const std::string spec = "lv2:http://drobilla.net/plugins/mda/EPiano?random_tuning=0";
+    const std::string choice = "lv2:http://drobilla.net/plugins/mda/EPiano?random_tuning=0";
     ASSERT_EQ(
-        cli("record '" + project() + "' --offline --quiet --instrument '" + spec + "'", output), 0)
+        cli("record '" + project() + "' --offline --quiet --instrument '" + choice + "'", output),
+        0)
         << output;
     for (int note : {48, 66, 84}) {
         const std::string file =
@@ -88,7 +89,7 @@ TEST_F(RecordOfflineCli, Lv2InstrumentIsBouncedAndKeptForTheNextRun)
     }
 
     // The choice was kept: the next offline run needs no --instrument.
-    EXPECT_NE(readFileBytes(dir.file("home/Tonegrabber.ini")).find(spec), std::string::npos);
+    EXPECT_NE(readFileBytes(dir.file("home/Tonegrabber.ini")).find(choice), std::string::npos);
     EXPECT_EQ(cli("record '" + project() + "' --offline --quiet", output), 0) << output;
 }
 

@@ -1,6 +1,7 @@
 // Start-up with the real device layer.
 #include "recording/StartupWiring.h"
 
+#include "analysis/LoopSpeed.h"
 #include "core/Model.h"
 #include "devices/DeviceTables.h"
 
@@ -39,6 +40,8 @@ StartupHooks deviceStartupHooks(DeviceTables& tables)
         audioInputs = ok ? int(tables.audioIn.size()) : 0;
         return ok;
     };
+    // The estimates price a loop search by this machine's measured speed.
+    hooks.measureProcessingSpeed = [] { measureLoopSearchSpeeds(); };
     return hooks;
 }
 

@@ -12,7 +12,8 @@ class Model;
 struct DeviceTables;
 
 // Hooks whose MIDI and audio steps fill `tables` from RtMidi and PortAudio and report the
-// real MIDI ports and the entries of the audio input list.
+// real MIDI ports and the entries of the audio input list, and whose processing-speed step
+// measures the loop search.
 StartupHooks deviceStartupHooks(DeviceTables& tables);
 
 // initializeCore() with those hooks over the process-wide tables, so that the model's audio

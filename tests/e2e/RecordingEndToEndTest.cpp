@@ -1,6 +1,7 @@
 // The recording run against the real chain: `tonegrabber-cli new` then `record` samples the
 // synth key by key; a killed run leaves its finished takes and a project that loads; start-up
 // builds the device tables from the real ports.
+#include "analysis/LoopSpeed.h"
 #include "audiofile/WavFile.h"
 #include "core/InitLog.h"
 #include "core/Model.h"
@@ -321,7 +322,10 @@ TEST(StartupWithDevices, InitializationBuildsTheTablesFromTheRealPorts)
     folders.programFolder = home.path();
     folders.userDataFolder = home.path();
     std::string message;
+    forgetLoopSearchSpeeds();
     ASSERT_EQ(initializeWithDevices(model, folders, message), 1) << message;
+    for (double seconds : cachedLoopSearchSpeeds())
+        EXPECT_GT(seconds, 0.0) << "start-up measures the loop-search speed";
     const DeviceTables& tables = deviceTables();
     EXPECT_GE(audioInTableIndex(tables, kSynthAudioDevice), 0);
     EXPECT_GE(tableIndex(tables.midiOut, kSynthMidiPort), 0);

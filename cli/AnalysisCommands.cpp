@@ -44,9 +44,24 @@ void addProjectOptions(CLI::App* command, ProjectArgs& args, bool withKey,
     command->add_flag("--quiet", args.quiet, "no progress on stderr");
 }
 
-// Loads the project file into the model. Returns the Project or nullptr after reporting.
+// True (after saying so) when the sample scope is chosen without its key.
+bool needsKey(const ProjectArgs& args)
+{
+    if (args.scope == "sample" && args.key < 0) {
+        std::cerr << "--key: the sample scope needs the key number\n";
+        return true;
+    }
+    return false;
+}
+
+// Checks the project arguments and loads the project file into the model. Returns the
+// Project, or nullptr after reporting with `status` set.
 Project* loadProject(const ProjectArgs& args, int& status)
 {
+    if (needsKey(args)) {
+        status = kExitBadUsage;
+        return nullptr;
+    }
     if (std::filesystem::path(args.path).extension() != std::string(".") + kProjectExtension) {
         std::cerr << "project: expected a ." << kProjectExtension << " file, got \"" << args.path
                   << "\"\n";
@@ -92,15 +107,6 @@ int finish(int result, const std::string& message, const ProjectArgs& args)
     else
         std::cout << message << '\n';
     return kExitOk;
-}
-
-bool needsKey(const ProjectArgs& args)
-{
-    if (args.scope == "sample" && args.key < 0) {
-        std::cerr << "--key: the sample scope needs the key number\n";
-        return true;
-    }
-    return false;
 }
 
 void addAuto(CliApp& app)
@@ -181,8 +187,6 @@ void addNormalize(CliApp& app)
                 std::cerr << "normalize: give --db X or --multisample-max\n";
                 return kExitBadUsage;
             }
-            if (needsKey(*args))
-                return kExitBadUsage;
             int status = kExitOk;
             Project* project = loadProject(*args, status);
             if (project == nullptr)
@@ -219,8 +223,6 @@ void addGain(CliApp& app)
     };
     auto args = std::make_shared<Args>();
     CLI::App* c = app.addCommand("gain", "Changes the gain of Key-Samples", [args]() {
-        if (needsKey(*args))
-            return kExitBadUsage;
         int status = kExitOk;
         Project* project = loadProject(*args, status);
         if (project == nullptr)
@@ -256,8 +258,6 @@ void addLevels(CliApp& app)
     };
     auto args = std::make_shared<Args>();
     CLI::App* c = app.addCommand("levels", "Prints the highest level of the Key-Samples", [args]() {
-        if (needsKey(*args))
-            return kExitBadUsage;
         int status = kExitOk;
         Project* project = loadProject(*args, status);
         if (project == nullptr)

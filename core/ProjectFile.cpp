@@ -1,6 +1,7 @@
 // Saving Projects to, and loading them from, project files on disk.
 #include "core/ProjectFile.h"
 
+#include "core/AtomicFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/Paths.h"
@@ -62,38 +63,14 @@ class FileSource : public ByteSource {
     uint64_t left_ = 0;
 };
 
-// Writes `bytes` to a new file beside `target` and renames it over the target once it is
-// completely on disk. The temporary file is removed on any failure.
+// Writes `bytes` over `target` whole or not at all.
 int replaceFile(const std::string& target, const std::vector<uint8_t>& bytes, std::string& message)
 {
-    const std::filesystem::path targetPath(target);
-    std::string pattern =
-        (targetPath.parent_path() / ("." + targetPath.filename().string() + ".XXXXXX")).string();
-    const int descriptor = mkstemp(pattern.data());
-    if (descriptor < 0)
+    AtomicFile file(target);
+    if (!file.open())
         return setMessage(message, kUnableToOpen, target.c_str());
-    const mode_t mask = umask(0);
-    umask(mask);
-    fchmod(descriptor, 0666 & ~mask);
-
-    size_t written = 0;
-    bool ok = true;
-    while (ok && written < bytes.size()) {
-        const ssize_t n = ::write(descriptor, bytes.data() + written, bytes.size() - written);
-        if (n > 0)
-            written += static_cast<size_t>(n);
-        else if (n < 0 && errno == EINTR)
-            continue;
-        else
-            ok = false;
-    }
-    ok = ok && fsync(descriptor) == 0;
-    ok = (::close(descriptor) == 0) && ok;
-    ok = ok && std::rename(pattern.c_str(), target.c_str()) == 0;
-    if (!ok) {
-        ::unlink(pattern.c_str());
+    if (!file.write(bytes.data(), bytes.size()) || !file.commit())
         return setMessage(message, kWriteError, target.c_str());
-    }
     return 1;
 }
 

@@ -1,0 +1,70 @@
+// A replaced file keeps its mode and its links, and nothing reaches the target before commit.
+#include "core/AtomicFile.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <sys/stat.h>
+
+namespace {
+
+mode_t modeOf(const std::string& path)
+{
+    struct stat info {};
+    EXPECT_EQ(::stat(path.c_str(), &info), 0) << path;
+    return info.st_mode & 07777;
+}
+
+size_t filesIn(const std::string& folder)
+{
+    size_t count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder))
+        ++count;
+    return count;
+}
+
+TEST(AtomicFile, ReplacingKeepsTheModeAndWritesThroughALink)
+{
+    tg::test::TempDir dir;
+    const std::string real = dir.file("real.bin");
+    ASSERT_TRUE(tg::replaceFileContents(real, "old", 3));
+    ASSERT_EQ(::chmod(real.c_str(), 0640), 0);
+    std::filesystem::create_symlink(real, dir.file("link.bin"));
+
+    ASSERT_TRUE(tg::replaceFileContents(dir.file("link.bin"), "new!", 4));
+
+    EXPECT_EQ(tg::test::readFileBytes(real), "new!");
+    EXPECT_EQ(modeOf(real), 0640u);
+    EXPECT_TRUE(std::filesystem::is_symlink(dir.file("link.bin")));
+    EXPECT_EQ(filesIn(dir.path()), 2u); // no temporary file left behind
+}
+
+TEST(AtomicFile, NothingReachesTheTargetUntilCommitAndAFailedWriteKeepsTheOldFile)
+{
+    tg::test::TempDir dir;
+    const std::string target = dir.file("t.bin");
+    ASSERT_TRUE(tg::replaceFileContents(target, "old", 3));
+    {
+        tg::AtomicFile file(target);
+        ASSERT_TRUE(file.open());
+        ASSERT_TRUE(file.write("half", 4));
+        EXPECT_EQ(tg::test::readFileBytes(target), "old");
+    } // dropped without commit
+    {
+        tg::AtomicFile file(target);
+        ASSERT_TRUE(file.open());
+        ASSERT_TRUE(file.write("bad", 3));
+        file.fail();
+        EXPECT_FALSE(file.commit());
+    }
+    EXPECT_EQ(tg::test::readFileBytes(target), "old");
+    EXPECT_EQ(filesIn(dir.path()), 1u);
+
+    tg::AtomicFile nowhere(dir.file("missing/t.bin"));
+    EXPECT_FALSE(nowhere.open());
+    EXPECT_NE(nowhere.errorNumber(), 0);
+}
+
+} // namespace

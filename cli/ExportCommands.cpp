@@ -7,10 +7,13 @@
 #include "core/Message.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
+#include "export/ExportAllProjects.h"
 #include "export/ExportAudioServices.h"
 #include "export/ExportFormats.h"
 #include "export/ExportProgress.h"
 #include "export/ExportRunner.h"
+#include "export/NamingTags.h"
+#include "export/SettingsChoices.h"
 
 #include <csignal>
 #include <filesystem>
@@ -22,7 +25,8 @@ namespace tg::cli {
 namespace {
 
 struct ExportArgs {
-    std::string path;
+    std::vector<std::string> paths;
+    bool allProjects = false;
     std::string format;
     std::string destination;
     std::string settings;
@@ -113,9 +117,10 @@ bool parseIndices(const std::string& text, std::vector<int>& indices)
     return !indices.empty();
 }
 
-int runExportCommand(const ExportArgs& args)
+// The request the options describe, before any project is loaded. Returns kExitOk, or the
+// usage error or refusal after saying what is wrong.
+int requestFromArgs(const ExportArgs& args, ExportRequest& request)
 {
-    ExportRequest request;
     request.menuText = menuTextForShortKey(args.format);
     const ExportFormatInfo* info = findExportFormat(request.menuText);
     if (info == nullptr) {
@@ -133,17 +138,33 @@ int runExportCommand(const ExportArgs& args)
             return kExitBadUsage;
         }
         request.hasSettings = true;
+        // Refused before any project is opened: the word alone decides.
+        std::string message;
+        if (!checkSettingsWord(info->allowedMask, "\"" + request.menuText + "\"", request.settings,
+                               message))
+            return fail(message, args.json);
     }
     if (!args.multisamples.empty() && !parseIndices(args.multisamples, request.mslIndices)) {
         std::cerr << "--multisamples: expected indices like 0,2, got \"" << args.multisamples
                   << "\"\n";
         return kExitBadUsage;
     }
-    if (std::filesystem::path(args.path).extension() != std::string(".") + kProjectExtension) {
-        std::cerr << "project: expected a ." << kProjectExtension << " file, got \"" << args.path
-                  << "\"\n";
+    if (args.paths.size() > 1 && !args.allProjects) {
+        std::cerr << "project: one project file, or several with --all-projects\n";
         return kExitBadUsage;
     }
+    if (args.allProjects &&
+        (!args.multisamples.empty() || !args.programName.empty() || !args.folder.empty())) {
+        std::cerr << "--multisamples, --program-name, --folder: with --all-projects each "
+                     "Project exports all its Multi-Samples under its own name\n";
+        return kExitBadUsage;
+    }
+    for (const std::string& path : args.paths)
+        if (std::filesystem::path(path).extension() != std::string(".") + kProjectExtension) {
+            std::cerr << "project: expected a ." << kProjectExtension << " file, got \"" << path
+                      << "\"\n";
+            return kExitBadUsage;
+        }
     request.destination = args.destination;
     request.nameTemplate = args.naming;
     request.loopAll = args.loopAll;
@@ -155,47 +176,93 @@ int runExportCommand(const ExportArgs& args)
     request.tagging.folder = args.folder;
     request.tagging.creator = args.creator;
     request.tagging.keywords = splitKeywords(args.keywords);
+    return kExitOk;
+}
 
+// The naming dialog's warnings, on stderr: the export goes on, as after "Yes" in the dialog.
+void printNamingWarnings(const ExportRequest& request, bool allProjects)
+{
+    const ExportFormatInfo* info = findExportFormat(request.menuText);
+    if (request.nameTemplate.empty() || !usesNamingScheme(info->format))
+        return;
+    std::string warnings = namingSchemeWarnings(request.nameTemplate);
+    if (allProjects)
+        warnings += allProjectsNamingWarning(request.nameTemplate);
+    std::string text;
+    for (char c : warnings)
+        if (c != '\r')
+            text += c;
+    while (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    if (!text.empty())
+        std::cerr << text << '\n';
+}
+
+int runExportCommand(const ExportArgs& args)
+{
+    ExportRequest once;
+    if (const int status = requestFromArgs(args, once); status != kExitOk)
+        return status;
+
+    // Every project is loaded and checked before the first file is written.
     Model& model = Model::instance();
+    std::vector<std::pair<int, ExportRequest>> turns; // Project index in the model, request
     std::string message;
-    if (!openProjectFile(model, args.path, message) || model.currentProject() == nullptr)
-        return fail(message, args.json);
-    Project& project = *model.currentProject();
-    for (int index : request.mslIndices)
-        if (index >= project.mslCount) {
-            std::cerr << "--multisamples: the project has " << project.mslCount
-                      << " Multi-Samples\n";
-            return kExitBadUsage;
-        }
-
-    request.projectNumber = model.currentProjectIndex();
-
-    const Result checked = checkBeforeExport(project, request);
-    if (!checked.ok())
-        return fail(checked.message, args.json);
-
-    int ok = 0;
-    {
-        ProgressPrinter printer(args.quiet);
-        setExportProgressCallback([&printer](double fraction, const std::string& text) {
-            printer.report(fraction, text);
-        });
-        exportAbortFlag = false;
-        InterruptAbortsExport interrupt;
-        ok = runExport(project, request, defaultExportServices(), message);
-        setExportProgressCallback({});
+    for (const std::string& path : args.paths) {
+        if (!openProjectFile(model, path, message) || model.currentProject() == nullptr)
+            return fail(message, args.json);
+        const int index = model.currentProjectIndex();
+        const Project& project = model.project(index);
+        ExportRequest request =
+            args.allProjects ? requestForProjectInTurn(once, project, int(turns.size()), index)
+                             : once;
+        request.projectNumber = index;
+        for (int msl : request.mslIndices)
+            if (msl >= project.mslCount) {
+                std::cerr << "--multisamples: the project has " << project.mslCount
+                          << " Multi-Samples\n";
+                return kExitBadUsage;
+            }
+        const Result checked = checkBeforeExport(project, request);
+        if (!checked.ok())
+            return fail(checked.message, args.json);
+        turns.emplace_back(index, request);
     }
-    if (!ok)
-        return fail(message, args.json);
+    printNamingWarnings(once, args.allProjects);
 
-    const uint32_t word = requestSettingsWord(request);
-    if (args.json)
-        printJson({{"format", request.menuText},
-                   {"destination", request.destination},
-                   {"settings", formatText("0x%08X", word)}});
-    else
-        std::cout << "Exported \"" << project.name << "\" as " << request.menuText << " to "
-                  << request.destination << '\n';
+    nlohmann::json exported = nlohmann::json::array();
+    for (const auto& [index, request] : turns) {
+        Project& project = model.project(index);
+        int ok = 0;
+        {
+            ProgressPrinter printer(args.quiet);
+            setExportProgressCallback([&printer](double fraction, const std::string& text) {
+                printer.report(fraction, text);
+            });
+            exportAbortFlag = false;
+            InterruptAbortsExport interrupt;
+            ok = runExport(project, request, defaultExportServices(), message);
+            setExportProgressCallback({});
+        }
+        if (!ok)
+            return fail(message, args.json);
+        if (args.json)
+            exported.push_back(
+                {{"project", std::string(project.name)}, {"destination", request.destination}});
+        else
+            std::cout << "Exported \"" << project.name << "\" as " << request.menuText << " to "
+                      << request.destination << '\n';
+    }
+
+    if (args.json) {
+        nlohmann::json document = {{"format", once.menuText},
+                                   {"settings", formatText("0x%08X", requestSettingsWord(once))}};
+        if (args.allProjects)
+            document["exported"] = exported;
+        else
+            document["destination"] = once.destination;
+        printJson(document);
+    }
     return kExitOk;
 }
 
@@ -207,7 +274,8 @@ void addExportCommands(CliApp& app)
     CLI::App* command =
         app.addCommand("export", "Exports the project in one of the sampler formats",
                        [args] { return runExportCommand(*args); });
-    command->add_option("project", args->path, "the .TGprj file")->required();
+    command->add_option("project", args->paths, "the .TGprj file (several with --all-projects)")
+        ->required();
     command
         ->add_option("--format", args->format,
                      "a menu text (\"SoundFont2 (*.sf2)\") or a short key (wav, wav-loop, aiff, "
@@ -232,6 +300,9 @@ void addExportCommands(CliApp& app)
     command->add_option("--creator", args->creator, "creator text");
     command->add_option("--multisamples", args->multisamples, "Multi-Sample indices, e.g. 0,2");
     command->add_flag("--loop-all", args->loopAll, "loop all samples (formats that offer it)");
+    command->add_flag("--all-projects", args->allProjects,
+                      "export every project file given, each in turn; single-file formats "
+                      "write <dest>/<project name>.<ext>");
     command->add_flag("--json", args->json, "print one JSON document on stdout");
     command->add_flag("--quiet", args->quiet, "no progress on stderr");
 }

@@ -5,12 +5,14 @@
 #include "core/Message.h"
 #include "core/Paths.h"
 #include "export/ExportFormats.h"
+#include "export/ExportPipeline.h"
 #include "export/ExportSettings.h"
 #include "export/ExportSfz.h"
 #include "export/ExportSoundFont2.h"
 #include "export/ExportWavFiles.h"
 #include "export/FreeSpace.h"
 #include "export/NamingTags.h"
+#include "export/SettingsChoices.h"
 #include "export/templates/BitwigExporter.h"
 #include "export/templates/DelugeExporter.h"
 #include "export/templates/ExportChecks.h"
@@ -174,7 +176,8 @@ const struct {
     {ExportFormat::Kronos, exportKronos},
 };
 
-// Formats whose destination is a folder rather than a file.
+} // namespace
+
 bool exportsIntoFolder(ExportFormat format)
 {
     switch (format) {
@@ -189,6 +192,22 @@ bool exportsIntoFolder(ExportFormat format)
     default:
         return false;
     }
+}
+
+bool usesNamingScheme(ExportFormat format)
+{
+    return format == ExportFormat::WavFiles || format == ExportFormat::SamplerWav ||
+           format == ExportFormat::Aiff;
+}
+
+namespace {
+
+// Indices the pipeline accepts; a bad one is left for the exporter to report.
+bool validSelection(const Project& project, const std::vector<int>& mslIndices)
+{
+    return std::all_of(mslIndices.begin(), mslIndices.end(), [&](int index) {
+        return index >= 0 && index < project.mslCount && index < kMaxMultiSamples;
+    });
 }
 
 std::string checkFolder(const ExportRequest& request, ExportFormat format)
@@ -259,12 +278,8 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
         return setMessage(message, "Please enter a valid export directory!");
 
     const uint32_t word = requestSettingsWord(request);
-    const WaveFormatProbe probe = [](const std::string& path, WaveFormat& format) {
-        int32_t loopStart, loopEnd, rootKey, frames;
-        std::string ignored;
-        return readWavHeader(path, format, loopStart, loopEnd, rootKey, frames, ignored) == 1;
-    };
-    if (!checkFreeSpace(project, word, checkFolder(request, info->format), probe, message))
+    if (request.hasSettings &&
+        !checkSettingsWord(info->allowedMask, "\"" + request.menuText + "\"", word, message))
         return 0;
 
     ExportRequest resolved = request;
@@ -274,6 +289,24 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
     if (resolved.mslIndices.empty())
         for (int i = 0; i < project.mslCount && i < kMaxMultiSamples; ++i)
             resolved.mslIndices.push_back(i);
+    if (info->format == ExportFormat::Deluge && resolved.mslIndices.size() > 1)
+        resolved.mslIndices.resize(1); // the Deluge takes one layer: the first of the selection
+    if (validSelection(project, resolved.mslIndices) &&
+        countExportKeys(project, resolved.mslIndices) == 0)
+        return setMessage(
+            message,
+            "Nothing to export: \"%s\" has no recorded Key-Sample within the key "
+            "range of the selected Multi-Samples.",
+            std::string(project.name, strnlen(project.name, sizeof project.name)).c_str());
+
+    const WaveFormatProbe probe = [](const std::string& path, WaveFormat& format) {
+        int32_t loopStart, loopEnd, rootKey, frames;
+        std::string ignored;
+        return readWavHeader(path, format, loopStart, loopEnd, rootKey, frames, ignored) == 1;
+    };
+    if (!checkFreeSpace(project, word, checkFolder(request, info->format), probe, message))
+        return 0;
+
     const bool loopOnly = isLoopOnlyMenuText(request.menuText) || wantsLoopOnly(word);
     return exporter(project, resolved, word, loopOnly, services, message);
 }

@@ -4,6 +4,7 @@
 
 #include "core/Message.h"
 #include "core/Records.h"
+#include "export/ExportFormats.h"
 #include "export/ExportServices.h"
 #include "export/ExportTemplateFormats.h"
 
@@ -38,10 +39,16 @@ struct ExportRequest {
 // Project mixes looped and unlooped Key-Samples and "Loop all Samples" was not chosen.
 Result checkBeforeExport(const Project& project, const ExportRequest& request);
 
-// Runs the export the menu text names. Returns 1, or 0 with the exporter's (or the
-// free-space check's) message.
+// Runs the export the menu text names. A settings word given with the request must hold
+// only values the format allows; an export that would write no Key-Sample is refused.
+// Returns 1, or 0 with the refusal's, the free-space check's or the exporter's message.
 int runExport(Project& project, const ExportRequest& request, const ExportServices& services,
               std::string& message);
+
+// True for formats whose destination is a folder (sets, cards, drives) rather than a file.
+bool exportsIntoFolder(ExportFormat format);
+// True for the WAV and AIFF sets, whose file names come from the naming scheme.
+bool usesNamingScheme(ExportFormat format);
 
 // The settings word an export with `request` uses.
 uint32_t requestSettingsWord(const ExportRequest& request);

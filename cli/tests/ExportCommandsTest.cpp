@@ -29,8 +29,16 @@ class ExportCommand : public testing::Test {
   protected:
     void SetUp() override
     {
+        path = saveProjectNamed("Cli", [](Project&) {});
+        std::filesystem::create_directories(dir.file("out"));
+    }
+
+    // Two layers with keys 60 and 67 recorded, saved as <name>.TGprj after `change`; returns
+    // the project file's path.
+    template <typename Change> std::string saveProjectNamed(const char* name, Change change)
+    {
         auto project = std::make_unique<Project>();
-        copyText(project->name, "Cli");
+        copyText(project->name, name);
         copyText(project->dataPath, dir.path().c_str());
         project->mslCount = 2;
         for (int m = 0; m < 2; ++m) {
@@ -46,7 +54,7 @@ class ExportCommand : public testing::Test {
                     data.push_back(uint8_t((v >> 8) & 0xFF));
                 }
                 std::string message;
-                ASSERT_TRUE(writeWav(keySampleFileName(*project, msl, note),
+                EXPECT_TRUE(writeWav(keySampleFileName(*project, msl, note),
                                      makeWaveFormat(44100, 1, 16), data, message));
                 TGmsl_key& key = msl.keys[note];
                 key.keyState = 1;
@@ -57,10 +65,10 @@ class ExportCommand : public testing::Test {
                 key.Loop_Out = 5999;
             }
         }
+        change(*project);
         std::string message;
-        ASSERT_TRUE(saveProject(*project, dir.path(), "Cli", message)) << message;
-        path = dir.file("Cli.TGprj");
-        std::filesystem::create_directories(dir.file("out"));
+        EXPECT_TRUE(saveProject(*project, dir.path(), name, message)) << message;
+        return dir.file(std::string(name) + ".TGprj");
     }
 
     test::TempDir dir;
@@ -134,7 +142,7 @@ TEST_F(ExportCommand, ExporterMessageAndExitOneOnFailure)
 {
     ASSERT_TRUE(test::writeFileBytes(dir.file("blocked"), "x"));
     CommandRun r = run({"export", path, "--format", "wav-loop", "--dest", dir.file("blocked"),
-                        "--naming", "<#mn#>", "--quiet"});
+                        "--naming", "<#msi#>-<#mn#>", "--quiet"});
     EXPECT_EQ(r.status, cli::kExitFailed);
     EXPECT_EQ(r.err.rfind("TGexport_WavFiles():\n\n", 0), 0u) << r.err;
     r = run({"export", path, "--format", "sf2", "--dest", dir.file("blocked/Bank.sf2"), "--quiet",
@@ -197,4 +205,86 @@ TEST_F(ExportCommand, BitwigArchiveHoldsEveryKeyWithItsLoopAndPassesUnzip)
         ++checked;
     }
     EXPECT_EQ(checked, 4);
+}
+
+TEST_F(ExportCommand, SettingsWordOutsideTheFormatsChoicesIsRefusedBeforeWriting)
+{
+    const std::string usb = dir.file("usb");
+    CommandRun r = run({"export", path, "--format", "prophetx", "--dest", usb, "--bank", "U1",
+                        "--category", "Keys", "--settings", "0x20408", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_NE(r.err.find("The Export Settings word 0x00020408 is not allowed for \"Sequential "
+                         "Prophet-X (*.zip)\": frequency \"44.1 KHz\" is not offered (allowed: "
+                         "\"48 KHz\")."),
+              std::string::npos)
+        << r.err;
+    EXPECT_FALSE(std::filesystem::exists(usb));
+
+    // SoundFont: no "Same as Key-Sample" rate; two rates at once are no choice at all.
+    r = run({"export", path, "--format", "sf2", "--dest", dir.file("out/B.sf2"), "--settings",
+             "0x20401", "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_NE(r.err.find("frequency \"Same as Key-Sample\" is not offered"), std::string::npos)
+        << r.err;
+    r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--settings", "0x20418",
+             "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_NE(r.err.find("holds no single frequency value (bits 0x00000018)"), std::string::npos)
+        << r.err;
+    EXPECT_TRUE(std::filesystem::is_empty(dir.file("out")));
+}
+
+TEST_F(ExportCommand, ExportOfNoRecordedKeyIsRefused)
+{
+    // Layer 1 narrowed to a range without keys; layer 0's files gone.
+    path = saveProjectNamed("Cli", [](Project& project) {
+        project.msl[1].KBrangeOut = 40;
+        for (int note : {60, 67})
+            std::filesystem::remove(keySampleFileName(project, project.msl[0], note));
+    });
+
+    CommandRun r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--quiet"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_EQ(r.err, "Nothing to export: \"Cli\" has no recorded Key-Sample within the key range "
+                     "of the selected Multi-Samples.\n");
+    EXPECT_EQ(r.out, "");
+}
+
+TEST_F(ExportCommand, NamingSchemeWarningsArePrintedAndTheExportGoesOn)
+{
+    CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"), "--naming",
+                        "same", "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(r.err, "WARNING: The naming scheme does not contain \"<#mn#>\" or \"<#n#>\". This "
+                     "might result in name conflicts.\n\n"
+                     "WARNING: the AIFF - Name does not contain the name (\"<#ms#>\") or the index "
+                     "(\"<#msi#>\")of the Multi-Sample(s).  This might result in name conflicts.\n"
+                     "Add \"<#ms#>\") and/or \"<#msi#>\" if the Project has more than one "
+                     "Multi-Sample.\n");
+    EXPECT_TRUE(std::filesystem::exists(dir.file("out/same.aif")));
+}
+
+TEST_F(ExportCommand, AllProjectsExportEachProjectInTurn)
+{
+    const std::string other = saveProjectNamed("Other", [](Project&) {});
+
+    CommandRun r = run({"export", path, other, "--format", "sf2", "--dest", dir.file("out")});
+    EXPECT_EQ(r.status, cli::kExitBadUsage);
+    EXPECT_NE(r.err.find("--all-projects"), std::string::npos) << r.err;
+
+    r = run({"export", path, other, "--all-projects", "--format", "sf2", "--dest", dir.file("out"),
+             "--quiet", "--json"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_GT(test::readFileBytes(dir.file("out/Cli.sf2")).size(), 4u * 8000);
+    EXPECT_GT(test::readFileBytes(dir.file("out/Other.sf2")).size(), 4u * 8000);
+    EXPECT_NE(r.out.find("\"destination\": \"" + dir.file("out/Other.sf2") + "\""),
+              std::string::npos)
+        << r.out;
+
+    // A naming scheme without the Project name is exported but warned about.
+    r = run({"export", path, other, "--all-projects", "--format", "wav", "--dest", dir.file("out"),
+             "--naming", "<#msi#>-<#mn#>", "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_NE(r.err.find("does not contain \"<#prj#>\""), std::string::npos) << r.err;
+    EXPECT_NE(r.out.find("Exported \"Other\" as WAV-Files"), std::string::npos) << r.out;
 }

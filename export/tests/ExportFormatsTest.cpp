@@ -1,4 +1,5 @@
 #include "export/ExportFormats.h"
+#include "export/SettingsChoices.h"
 
 #include <gtest/gtest.h>
 
@@ -96,4 +97,28 @@ TEST(ExportFormats, ShortKeysAndLoopOnlyTexts)
     EXPECT_EQ(tg::menuTextForShortKey("Steinberg HALion (*.xml)"), "Steinberg HALion (*.xml)");
     EXPECT_TRUE(tg::isLoopOnlyMenuText("AIFF-Files (Loop only)"));
     EXPECT_FALSE(tg::isLoopOnlyMenuText("AIFF-Files"));
+}
+
+TEST(ExportFormats, PreselectedWordIsAlwaysOneTheFormatAccepts)
+{
+    // Whatever was used last, every format starts on values it offers.
+    for (const std::string& text : tg::exportMenuTexts()) {
+        const tg::ExportFormatInfo& info = *tg::findExportFormat(text);
+        for (uint32_t last : {0x20408u, 0x10101u, 0x100840u, 0x80000000u, 0xFFFFFFFFu}) {
+            const uint32_t word = tg::preselectedSettingsWord(info, true, last);
+            std::string message;
+            EXPECT_EQ(tg::checkSettingsWord(info.allowedMask, text, word, message), 1)
+                << text << " after 0x" << std::hex << last << ": " << message;
+        }
+    }
+    const auto& prophet = *tg::findExportFormat("Sequential Prophet-X (*.zip)");
+    EXPECT_EQ(tg::preselectedSettingsWord(prophet, false, 0), 0x20410u);
+    // 44.1 kHz from a WAV export, the fallback too, is not offered: 48 kHz is.
+    EXPECT_EQ(tg::preselectedSettingsWord(prophet, true, 0x80020408u), 0x80020410u);
+    // Volca: stereo becomes the mix, as its own correction says.
+    EXPECT_EQ(tg::preselectedSettingsWord(*tg::findExportFormat("Volca Sample"), true, 0x20408u),
+              0x40408u);
+    // Choices the user made in the flag groups survive.
+    const auto& wav = *tg::findExportFormat("WAV-Files");
+    EXPECT_EQ(tg::preselectedSettingsWord(wav, true, 0xA2100840u), 0xA2100840u);
 }

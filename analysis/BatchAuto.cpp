@@ -76,6 +76,8 @@ int batchAutoNoteLoop(Project& project, KeyScope scope, int msl, const BatchAuto
         }
         if (options.releaseOff)
             key.releaseOn = 0;
+        if (options.keyDone)
+            options.keyDone(keys[i]);
     }
     if (!keys.empty())
         project.modified = 1;

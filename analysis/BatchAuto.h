@@ -6,6 +6,7 @@
 #include "analysis/LoopScoring.h"
 #include "core/Records.h"
 
+#include <functional>
 #include <string>
 
 namespace tg {
@@ -24,6 +25,9 @@ struct BatchAutoOptions {
     int loadedMsl = -1;      // the loaded Key-Sample (reference of the options above)
     int loadedNote = -1;
     LoopScanOptions scan; // instruction set and threads of the loop search
+    // Told of each Key-Sample whose markers are final, on the job's thread; a job run on a
+    // copy of the Project hands exactly these keys back.
+    std::function<void(const KeyRef&)> keyDone;
 };
 
 // Runs auto-note and/or auto-loop on every Key-Sample with audio of the scope (`scope` is

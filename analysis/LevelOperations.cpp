@@ -160,6 +160,14 @@ int findHighestLevel(const Project& project, KeyScope scope, int msl, int note, 
     return 1;
 }
 
+bool gainWouldClip(const ChannelLevels& highest, const GainOptions& options)
+{
+    const bool left = options.channels != GainChannels::Right;
+    const bool right = options.channels != GainChannels::Left;
+    return (left && levelInDb(highest.left) + options.gainDb > 0.0) ||
+           (right && levelInDb(highest.right) + options.gainDb > 0.0);
+}
+
 int changeGainOfKeySamples(const Project& project, KeyScope scope, int msl, int note,
                            const GainOptions& options, const JobConfirm& confirm,
                            const JobProgress& progress, std::string& message)
@@ -177,11 +185,8 @@ int changeGainOfKeySamples(const Project& project, KeyScope scope, int msl, int 
                                            highest, levelMessage);
         if (found != 1)
             return setMessage(message, "%s", levelMessage.c_str());
-        const bool clips = (left && levelInDb(highest.left) + options.gainDb > 0.0) ||
-                           (right && levelInDb(highest.right) + options.gainDb > 0.0);
-        const char* question = "Some clipping will occur. Continue anyway?";
-        if (clips && !(confirm && confirm(question)))
-            return setMessage(message, "%s", question);
+        if (gainWouldClip(highest, options) && !(confirm && confirm(kClippingQuestion)))
+            return setMessage(message, "%s", kClippingQuestion);
     }
 
     const int result =

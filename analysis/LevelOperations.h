@@ -48,6 +48,12 @@ struct GainOptions {
     bool warnClipping = true;    // "Warn if Clipping will occur"
 };
 
+// True when `options` would lift a chosen channel of `highest` above 0 dB.
+bool gainWouldClip(const ChannelLevels& highest, const GainOptions& options);
+
+// The text of the clipping question.
+constexpr const char* kClippingQuestion = "Some clipping will occur. Continue anyway?";
+
 // The change-gain dialog's job. With the warning on and clipping ahead, `confirm` is asked
 // "Some clipping will occur. Continue anyway?"; a no returns 0 with that question as the
 // message and nothing changed. Returns 1 with "Changing gain done.", 0, or kJobCancelled.

@@ -1,6 +1,7 @@
 // Level jobs and batch auto-note/auto-loop over real Key-Sample files in a temporary project.
 #include "analysis/LevelOperations.h"
 #include "analysis/BatchAuto.h"
+#include "analysis/BatchJob.h"
 #include "analysis/Renderer.h"
 #include "analysis/tests/TestSignals.h"
 #include "audiofile/WavFile.h"
@@ -232,6 +233,75 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
     EXPECT_EQ(key.releaseOn, 0);
     ASSERT_FALSE(texts.empty());
     EXPECT_EQ(texts.front(), "Multi-Sample: Piano  Working on Key: C4");
+}
+
+TEST_F(KeySampleFiles, CancelledBatchJobStopsAfterTheKeyInHandAndLeavesTheRestAlone)
+{
+    std::vector<std::string> before;
+    for (int note = 30; note < 90; ++note) {
+        addKey(0, note, 0.25, 400);
+        before.push_back(test::readFileBytes(path(0, note)));
+    }
+    NormalizeOptions options;
+    options.targetDb = -1.0;
+    const BatchJob::Work normalize = normalizeWork(KeyScope::MultiSample, 0, 0, options);
+    BatchJob job(*project);
+    int reports = 0;
+    // The user's Cancel arrives while the tenth key is being reported.
+    job.start([&](Project& p, const JobProgress& progress, const auto& keyDone, std::string& m) {
+        return normalize(
+            p,
+            [&](const std::string& text, double fraction) {
+                if (++reports == 10)
+                    job.cancel();
+                return progress(text, fraction);
+            },
+            keyDone, m);
+    });
+    job.wait();
+    EXPECT_EQ(job.result(), kJobCancelled);
+    EXPECT_TRUE(job.status().finished);
+    EXPECT_GT(job.status().secondsLeft, 0.0);
+    for (int note = 30; note < 90; ++note) {
+        if (note < 40)
+            EXPECT_NEAR(levelInDb(levelsOf(0, note).left), -1.0, 0.01) << note;
+        else
+            EXPECT_EQ(test::readFileBytes(path(0, note)), before[note - 30]) << note;
+    }
+}
+
+TEST_F(KeySampleFiles, AutoJobChangesOnlyItsSnapshotUntilTheMarkersAreApplied)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    for (int note : {60, 72}) {
+        const auto data = makeSignal(format, 20000, [](int64_t f, int) {
+            return f >= 4000 ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0)) : 0;
+        });
+        std::string message;
+        ASSERT_TRUE(writeWav(path(0, note), format, data, message));
+        project->msl[0].keys[note].hasAudio = 1;
+        project->msl[0].keys[note].Silence_Out = 3000;
+    }
+    BatchAutoOptions options;
+    {
+        BatchJob cancelled(*project);
+        cancelled.cancel();
+        cancelled.start(autoNoteLoopWork(KeyScope::MultiSample, 0, options));
+        cancelled.wait();
+        EXPECT_EQ(cancelled.result(), kJobCancelled);
+        EXPECT_TRUE(cancelled.applyMarkers(*project).empty());
+        EXPECT_EQ(project->modified, 0);
+    }
+    BatchJob job(*project);
+    job.start(autoNoteLoopWork(KeyScope::MultiSample, 0, options));
+    job.wait();
+    ASSERT_EQ(job.result(), 1) << job.message();
+    EXPECT_EQ(project->msl[0].keys[60].Note_In, 0); // the live Project is not touched yet
+    ASSERT_EQ(job.keysDone().size(), 2u);
+    EXPECT_EQ(job.applyMarkers(*project), std::vector<int>{0});
+    EXPECT_NEAR(project->msl[0].keys[60].Note_In, 4000, 60);
+    EXPECT_EQ(project->msl[0].keys[72].Note_Out, job.snapshot().msl[0].keys[72].Note_Out);
+    EXPECT_EQ(project->modified, 1);
 }
 
 TEST_F(KeySampleFiles, RenderWritesTheNoteOrJustTheLoop)

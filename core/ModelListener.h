@@ -23,6 +23,9 @@ class TonegrabberModelListener {
     // A value was written through the keyed settings accessor; `key` is the key as given
     // (for example "msl_recordsettings_xfadelength" or "prefs_datapath").
     virtual void settingChanged(const std::string& key) { (void)key; }
+    // The audio files or markers of Key-Samples of Multi-Sample `msl` of the current Project
+    // changed (normalize, change gain, auto-note/auto-loop).
+    virtual void keySamplesChanged(int msl) { (void)msl; }
     // The preferences record was replaced as a whole (loaded, restored, or made the
     // current Multi-Sample's settings).
     virtual void preferencesChanged() {}

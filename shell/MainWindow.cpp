@@ -7,6 +7,9 @@
 #include "shell/DockWidget.h"
 #include "shell/IniFile.h"
 #include "shell/ProjectFileFlow.h"
+#include "shell/dialogs/AutoDialog.h"
+#include "shell/dialogs/ChangeGainDialog.h"
+#include "shell/dialogs/NormalizeDialog.h"
 #include "shell/panels/CentralWidget.h"
 
 #include <QAction>
@@ -94,6 +97,11 @@ bool MainWindow::headerShown() const
 void MainWindow::bindActions()
 {
     actions_->bind(QStringLiteral("quit"), [this] { close(); });
+    actions_->bind(QStringLiteral("openNormalizeDialog"),
+                   [this] { NormalizeDialog(model_, this).exec(); });
+    actions_->bind(QStringLiteral("openChangeGainDialog"),
+                   [this] { ChangeGainDialog(model_, this).exec(); });
+    actions_->bind(QStringLiteral("openAutoDialog"), [this] { AutoDialog(model_, this).exec(); });
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);

@@ -178,6 +178,14 @@ const struct {
 
 } // namespace
 
+bool hasExporter(ExportFormat format)
+{
+    for (const auto& row : kExporters)
+        if (row.format == format)
+            return true;
+    return false;
+}
+
 bool exportsIntoFolder(ExportFormat format)
 {
     switch (format) {

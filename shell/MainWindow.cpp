@@ -5,6 +5,7 @@
 #include "core/Model.h"
 #include "shell/ActionTable.h"
 #include "shell/DockWidget.h"
+#include "shell/ExportFlow.h"
 #include "shell/IniFile.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/dialogs/AutoDialog.h"
@@ -41,6 +42,7 @@ MainWindow::MainWindow(Model& model, QWidget* parent) : QMainWindow(parent), mod
     setCentralWidget(central_);
     actions_ = new MenuActions(menuBar(), this);
     projectFiles_ = new ProjectFileFlow(model_, this, *actions_);
+    new ExportFlow(model_, this, *actions_);
     createDocks();
     fillPanelsMenu();
     bindActions();

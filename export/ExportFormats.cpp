@@ -33,6 +33,8 @@ const ExportFormatInfo kFormats[] = {
     {"wav-files", ExportFormat::WavFiles, kAll, kDefault},
     {"(*.wav)", ExportFormat::SamplerWav, kAll, kDefault},
     {"aiff-files", ExportFormat::Aiff, kAll, kDefault},
+    {"(*.dspreset)", ExportFormat::DecentPreset, kAll, kDefault},
+    {"(*.dslibrary)", ExportFormat::DecentLibrary, kAll, kDefault},
 };
 
 std::string lowerCase(std::string text)
@@ -74,6 +76,8 @@ const std::vector<std::string>& exportMenuTexts()
         "Tascam Gigastudio (*.wav)",
         "Emu Emulator X (*.wav)",
         "MOTU Machfive (*.wav)",
+        "Decent Sampler (*.dspreset)",
+        "Decent Sampler Library (*.dslibrary)",
     };
     return texts;
 }
@@ -104,6 +108,8 @@ std::string menuTextForShortKey(const std::string& keyOrText)
         {"prophetx", "Sequential Prophet-X (*.zip)"},
         {"quantum", "Waldorf Quantum and Iridium (*.map)"},
         {"kronos", "Korg Kronos (*.KMP)"},
+        {"decent", "Decent Sampler (*.dspreset)"},
+        {"decent-library", "Decent Sampler Library (*.dslibrary)"},
     };
     for (const auto& entry : kShortKeys)
         if (keyOrText == entry.key)

@@ -10,6 +10,7 @@
 #include "export/ExportSoundFont2.h"
 #include "export/ExportWavFiles.h"
 #include "export/FreeSpace.h"
+#include "export/FurtherFormatsRunner.h"
 #include "export/NamingTags.h"
 #include "export/templates/BitwigExporter.h"
 #include "export/templates/DelugeExporter.h"
@@ -172,6 +173,8 @@ const struct {
     {ExportFormat::Quantum, exportQuantum},
     {ExportFormat::ProphetX, exportProphetX},
     {ExportFormat::Kronos, exportKronos},
+    {ExportFormat::DecentPreset, exportDecentPreset},
+    {ExportFormat::DecentLibrary, exportDecentLibrary},
 };
 
 // Formats whose destination is a folder rather than a file.

@@ -1,0 +1,42 @@
+// From a menu request to the further formats' entry functions.
+#include "export/FurtherFormatsRunner.h"
+
+#include "export/decent/DecentSamplerExport.h"
+
+#include <filesystem>
+
+namespace tg {
+namespace {
+
+// "<folder>/<base>.<ext>" split into folder and base name; the extension is the format's own.
+void splitFileTarget(const std::string& destination, std::string& folder, std::string& baseName)
+{
+    const std::filesystem::path path(destination);
+    folder = path.parent_path().empty() ? "." : path.parent_path().string();
+    baseName = path.stem().string();
+}
+
+int exportDecent(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly, bool library,
+                 const ExportServices& s, std::string& message)
+{
+    std::string folder, baseName;
+    splitFileTarget(r.destination, folder, baseName);
+    return TGexport_DecentSampler(folder, baseName, library, &p, r.mslIndices, word, loopOnly,
+                                  message, s);
+}
+
+} // namespace
+
+int exportDecentPreset(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                       const ExportServices& s, std::string& message)
+{
+    return exportDecent(p, r, word, loopOnly, false, s, message);
+}
+
+int exportDecentLibrary(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                        const ExportServices& s, std::string& message)
+{
+    return exportDecent(p, r, word, loopOnly, true, s, message);
+}
+
+} // namespace tg

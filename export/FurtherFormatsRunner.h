@@ -1,0 +1,18 @@
+// The menu entries of the further sampler formats (Decent Sampler, HALion and Blofeld XML,
+// OP-1, Volca Sample, and the formats refused with a reason), as the export runner calls them.
+#pragma once
+
+#include "export/ExportRunner.h"
+
+#include <string>
+
+namespace tg {
+
+// Each takes the request, the settings word in force, the loop-only flag and the services,
+// and returns 1, or 0 with the exporter's message.
+int exportDecentPreset(Project& project, const ExportRequest& request, uint32_t settings,
+                       bool loopOnly, const ExportServices& services, std::string& message);
+int exportDecentLibrary(Project& project, const ExportRequest& request, uint32_t settings,
+                        bool loopOnly, const ExportServices& services, std::string& message);
+
+} // namespace tg

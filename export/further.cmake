@@ -1,0 +1,14 @@
+# The further sampler formats: Decent Sampler, the shared XML and file-name helpers, and the
+# runner rows that connect them to the export menu.
+target_sources(tg_export PRIVATE
+    FurtherFormatsRunner.cpp FurtherFormatsRunner.h
+    decent/DecentPreset.cpp decent/DecentPreset.h
+    decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
+    xml/XmlText.cpp xml/XmlText.h)
+
+tg_add_tests(tg_export_further_tests
+    SOURCES
+        decent/tests/DecentSamplerExportTest.cpp
+        tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h
+        tests/SyntheticProject.cpp tests/SyntheticProject.h
+    LIBS tg_export)

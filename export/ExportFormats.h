@@ -27,6 +27,7 @@ enum class ExportFormat {
     Aiff,
     DecentPreset,  // a ".dspreset" beside its "Samples" folder
     DecentLibrary, // the same, packed as a ".dslibrary" archive
+    OP1,           // drum kit AIFF files with their JSON description
 };
 
 // One row of the dispatch table: the lower-case key looked for in the menu text.

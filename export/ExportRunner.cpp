@@ -175,6 +175,7 @@ const struct {
     {ExportFormat::Kronos, exportKronos},
     {ExportFormat::DecentPreset, exportDecentPreset},
     {ExportFormat::DecentLibrary, exportDecentLibrary},
+    {ExportFormat::OP1, exportOp1},
 };
 
 // Formats whose destination is a folder rather than a file.

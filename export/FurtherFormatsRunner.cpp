@@ -2,6 +2,7 @@
 #include "export/FurtherFormatsRunner.h"
 
 #include "export/decent/DecentSamplerExport.h"
+#include "export/op1/Op1Export.h"
 
 #include <filesystem>
 
@@ -37,6 +38,14 @@ int exportDecentLibrary(Project& p, const ExportRequest& r, uint32_t word, bool 
                         const ExportServices& s, std::string& message)
 {
     return exportDecent(p, r, word, loopOnly, true, s, message);
+}
+
+int exportOp1(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+              const ExportServices& s, std::string& message)
+{
+    std::string folder, baseName;
+    splitFileTarget(r.destination, folder, baseName);
+    return TGexport_OP1(folder, baseName, &p, r.mslIndices, word, loopOnly, message, s);
 }
 
 } // namespace tg

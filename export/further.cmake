@@ -4,11 +4,14 @@ target_sources(tg_export PRIVATE
     FurtherFormatsRunner.cpp FurtherFormatsRunner.h
     decent/DecentPreset.cpp decent/DecentPreset.h
     decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
+    op1/Op1DrumKit.cpp op1/Op1DrumKit.h
+    op1/Op1Export.cpp op1/Op1Export.h
     xml/XmlText.cpp xml/XmlText.h)
 
 tg_add_tests(tg_export_further_tests
     SOURCES
         decent/tests/DecentSamplerExportTest.cpp
+        op1/tests/Op1ExportTest.cpp
         tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h
         tests/SyntheticProject.cpp tests/SyntheticProject.h
     LIBS tg_export)

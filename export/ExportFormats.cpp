@@ -115,6 +115,7 @@ std::string menuTextForShortKey(const std::string& keyOrText)
         {"decent", "Decent Sampler (*.dspreset)"},
         {"decent-library", "Decent Sampler Library (*.dslibrary)"},
         {"op1", "OP-1 (*.aif)"},
+        {"volca", "Volca Sample"},
     };
     for (const auto& entry : kShortKeys)
         if (keyOrText == entry.key)

@@ -176,6 +176,7 @@ const struct {
     {ExportFormat::DecentPreset, exportDecentPreset},
     {ExportFormat::DecentLibrary, exportDecentLibrary},
     {ExportFormat::OP1, exportOp1},
+    {ExportFormat::Volca, exportVolca},
 };
 
 // Formats whose destination is a folder rather than a file.

@@ -3,6 +3,7 @@
 
 #include "export/decent/DecentSamplerExport.h"
 #include "export/op1/Op1Export.h"
+#include "export/volca/VolcaExport.h"
 
 #include <filesystem>
 
@@ -46,6 +47,15 @@ int exportOp1(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
     std::string folder, baseName;
     splitFileTarget(r.destination, folder, baseName);
     return TGexport_OP1(folder, baseName, &p, r.mslIndices, word, loopOnly, message, s);
+}
+
+int exportVolca(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                const ExportServices& s, std::string& message)
+{
+    std::string folder, baseName;
+    splitFileTarget(r.destination, folder, baseName);
+    // The slots are filled from the first one; the slot map tells which Key-Sample went where.
+    return TGexport_VolcaSample(folder, baseName, 0, &p, r.mslIndices, word, loopOnly, message, s);
 }
 
 } // namespace tg

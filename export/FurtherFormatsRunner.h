@@ -14,6 +14,8 @@ int exportDecentPreset(Project& project, const ExportRequest& request, uint32_t 
                        bool loopOnly, const ExportServices& services, std::string& message);
 int exportDecentLibrary(Project& project, const ExportRequest& request, uint32_t settings,
                         bool loopOnly, const ExportServices& services, std::string& message);
+int exportVolca(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                const ExportServices& services, std::string& message);
 int exportOp1(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
               const ExportServices& services, std::string& message);
 

@@ -6,12 +6,15 @@ target_sources(tg_export PRIVATE
     decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
     op1/Op1DrumKit.cpp op1/Op1DrumKit.h
     op1/Op1Export.cpp op1/Op1Export.h
+    volca/VolcaExport.cpp volca/VolcaExport.h
+    volca/VolcaStream.cpp volca/VolcaStream.h
     xml/XmlText.cpp xml/XmlText.h)
 
 tg_add_tests(tg_export_further_tests
     SOURCES
         decent/tests/DecentSamplerExportTest.cpp
         op1/tests/Op1ExportTest.cpp
+        volca/tests/VolcaExportTest.cpp
         tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h
         tests/SyntheticProject.cpp tests/SyntheticProject.h
     LIBS tg_export)

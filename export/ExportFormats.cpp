@@ -116,6 +116,12 @@ std::string menuTextForShortKey(const std::string& keyOrText)
         {"decent-library", "Decent Sampler Library (*.dslibrary)"},
         {"op1", "OP-1 (*.aif)"},
         {"volca", "Volca Sample"},
+        {"nnxt", "Propellerhead Software Reason NN-XT (*.sxt)"},
+        {"halion", "Steinberg HALion (*.xml)"},
+        {"blofeld", "Waldorf Blofeld (*.xml)"},
+        {"montage-x7u", "Yamaha Montage (*.X7U)"},
+        {"montage-x7l", "Yamaha Montage (*.X7L)"},
+        {"microsampler", "Korg Microsampler (*.msmpl_bank)"},
     };
     for (const auto& entry : kShortKeys)
         if (keyOrText == entry.key)

@@ -1,6 +1,8 @@
 // From a menu request to the further formats' entry functions.
 #include "export/FurtherFormatsRunner.h"
 
+#include "core/Message.h"
+#include "export/UnavailableFormats.h"
 #include "export/decent/DecentSamplerExport.h"
 #include "export/op1/Op1Export.h"
 #include "export/volca/VolcaExport.h"
@@ -27,7 +29,42 @@ int exportDecent(Project& p, const ExportRequest& r, uint32_t word, bool loopOnl
                                   message, s);
 }
 
+int refuse(const char* nameLine, ExportFormat format, std::string& message)
+{
+    return setMessage(message, "%s%s", nameLine, exportUnavailableReason(format));
+}
+
 } // namespace
+
+int exportHALion(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
+                 std::string& message)
+{
+    return refuse("TGexport_HALion():\n\n", ExportFormat::HALion, message);
+}
+
+int exportBlofeld(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
+                  std::string& message)
+{
+    return refuse("TGexport_HALion():\n\n", ExportFormat::Blofeld, message);
+}
+
+int exportNNXT(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
+               std::string& message)
+{
+    return refuse("TGexport_NNXT():\n\n", ExportFormat::NNXT, message);
+}
+
+int exportMontage(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
+                  std::string& message)
+{
+    return refuse("MontageExporter:\n\n", ExportFormat::Montage, message);
+}
+
+int exportMicrosampler(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
+                       std::string& message)
+{
+    return refuse("TGexport_MultiSampler():\n\n", ExportFormat::Microsampler, message);
+}
 
 int exportDecentPreset(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
                        const ExportServices& s, std::string& message)

@@ -14,6 +14,17 @@ int exportDecentPreset(Project& project, const ExportRequest& request, uint32_t 
                        bool loopOnly, const ExportServices& services, std::string& message);
 int exportDecentLibrary(Project& project, const ExportRequest& request, uint32_t settings,
                         bool loopOnly, const ExportServices& services, std::string& message);
+// The entries without an established layout: refused with the reason.
+int exportHALion(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                 const ExportServices& services, std::string& message);
+int exportBlofeld(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                  const ExportServices& services, std::string& message);
+int exportNNXT(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+               const ExportServices& services, std::string& message);
+int exportMontage(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                  const ExportServices& services, std::string& message);
+int exportMicrosampler(Project& project, const ExportRequest& request, uint32_t settings,
+                       bool loopOnly, const ExportServices& services, std::string& message);
 int exportVolca(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                 const ExportServices& services, std::string& message);
 int exportOp1(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,

@@ -2,6 +2,8 @@
 # runner rows that connect them to the export menu.
 target_sources(tg_export PRIVATE
     FurtherFormatsRunner.cpp FurtherFormatsRunner.h
+    SettingsWordCheck.cpp SettingsWordCheck.h
+    UnavailableFormats.cpp UnavailableFormats.h
     decent/DecentPreset.cpp decent/DecentPreset.h
     decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
     op1/Op1DrumKit.cpp op1/Op1DrumKit.h
@@ -13,6 +15,7 @@ target_sources(tg_export PRIVATE
 tg_add_tests(tg_export_further_tests
     SOURCES
         decent/tests/DecentSamplerExportTest.cpp
+        tests/FurtherFormatsMenuTest.cpp
         op1/tests/Op1ExportTest.cpp
         volca/tests/VolcaExportTest.cpp
         tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h

@@ -1,5 +1,5 @@
-// The export command with the further formats' menu texts and short keys: what exports, what
-// is refused with its reason, and a settings word outside a format's mask.
+// The export command with the further formats' menu texts and short keys: what exports and
+// what is refused with its reason.
 #include "cli/CliApp.h"
 #include "cli/tests/CommandRunner.h"
 #include "export/ExportFormats.h"
@@ -34,13 +34,6 @@ TEST(FurtherFormatsCommand, MenuTextsAndShortKeysExportOrSayWhyNot)
     EXPECT_EQ(nnxt.status, cli::kExitFailed);
     EXPECT_NE(nnxt.err.find(exportUnavailableReason(ExportFormat::NNXT)), std::string::npos)
         << nnxt.err;
-
-    const test::CommandRun stereo = runCli({"export", project, "--format", "Volca Sample", "--dest",
-                                            dir.file("Stream"), "--settings", "0x20408"});
-    EXPECT_EQ(stereo.status, cli::kExitFailed);
-    EXPECT_NE(stereo.err.find("its channels value 0x20000 is not one of the allowed 0x1C0000"),
-              std::string::npos)
-        << stereo.err;
 }
 
 } // namespace

@@ -2,9 +2,6 @@
 // keys, velocities and loop, the audio as rendered, release zones, and the library archive.
 #include "export/decent/DecentSamplerExport.h"
 
-#include "core/Message.h"
-#include "export/ExportFormats.h"
-#include "export/ExportRunner.h"
 #include "export/tests/FurtherFormatsFixture.h"
 #include "export/tests/SyntheticProject.h"
 
@@ -118,19 +115,6 @@ TEST_F(DecentSamplerExport, LibraryHoldsThePresetFolderAndLeavesNothingElse)
     for (const auto& sample : test::xmlElements(plain, "sample"))
         EXPECT_TRUE(std::filesystem::exists(unpacked + "/Strings/" + sample.at("path")))
             << sample.at("path");
-}
-
-TEST_F(DecentSamplerExport, TheMenuEntriesExportThroughTheRunner)
-{
-    for (const char* key : {"decent", "decent-library"}) {
-        ExportRequest request;
-        request.menuText = menuTextForShortKey(key);
-        request.destination = recorded.out + "/Menu";
-        ASSERT_EQ(runExport(*recorded.project, request, recorded.services, message), 1)
-            << key << ": " << message;
-    }
-    EXPECT_TRUE(std::filesystem::exists(recorded.out + "/Menu.dspreset"));
-    EXPECT_TRUE(std::filesystem::exists(recorded.out + "/Menu.dslibrary"));
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 // holds, and the stream is exactly as long as the library's size formula says.
 #include "export/volca/VolcaExport.h"
 
-#include "export/ExportFormats.h"
 #include "export/tests/FurtherFormatsFixture.h"
 #include "export/tests/SyntheticProject.h"
 
@@ -195,9 +194,6 @@ TEST(VolcaSampleExport, RefusesStereoAndFullSlots)
               0);
     EXPECT_EQ(message, "TGexport_VolcaSample():\n\nthe Volca Sample has 100 sample slots; Key 60 "
                        "of \"Loud\" finds none left");
-
-    const ExportFormatInfo& volca = *findExportFormat(menuTextForShortKey("volca"));
-    EXPECT_EQ(correctedSettingsWord(volca, true, 0x20410), 0x40410u);
 }
 
 } // namespace

@@ -11,8 +11,10 @@
 #include "export/ExportSoundFont2.h"
 #include "export/ExportWavFiles.h"
 #include "export/FreeSpace.h"
+#include "export/FurtherFormatsRunner.h"
 #include "export/NamingTags.h"
 #include "export/SettingsChoices.h"
+#include "export/UnavailableFormats.h"
 #include "export/templates/BitwigExporter.h"
 #include "export/templates/DelugeExporter.h"
 #include "export/templates/ExportChecks.h"
@@ -174,12 +176,23 @@ const struct {
     {ExportFormat::Quantum, exportQuantum},
     {ExportFormat::ProphetX, exportProphetX},
     {ExportFormat::Kronos, exportKronos},
+    {ExportFormat::DecentPreset, exportDecentPreset},
+    {ExportFormat::DecentLibrary, exportDecentLibrary},
+    {ExportFormat::OP1, exportOp1},
+    {ExportFormat::Volca, exportVolca},
+    {ExportFormat::HALion, exportHALion},
+    {ExportFormat::Blofeld, exportBlofeld},
+    {ExportFormat::NNXT, exportNNXT},
+    {ExportFormat::Montage, exportMontage},
+    {ExportFormat::Microsampler, exportMicrosampler},
 };
 
 } // namespace
 
 bool hasExporter(ExportFormat format)
 {
+    if (exportUnavailableReason(format) != nullptr)
+        return false;
     for (const auto& row : kExporters)
         if (row.format == format)
             return true;

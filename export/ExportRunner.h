@@ -45,7 +45,8 @@ Result checkBeforeExport(const Project& project, const ExportRequest& request);
 int runExport(Project& project, const ExportRequest& request, const ExportServices& services,
               std::string& message);
 
-// True when the format has an exporter (menu entries without one start no export yet).
+// True when the format has an exporter that can write it (menu entries without one, or whose
+// layout is not known, start no export).
 bool hasExporter(ExportFormat format);
 // True for formats whose destination is a folder (sets, cards, drives) rather than a file.
 bool exportsIntoFolder(ExportFormat format);

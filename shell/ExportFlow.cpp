@@ -5,6 +5,7 @@
 #include "export/BackgroundExport.h"
 #include "export/ExportAllProjects.h"
 #include "export/ExportFormats.h"
+#include "export/UnavailableFormats.h"
 #include "shell/ActionTable.h"
 #include "shell/MessageBoxes.h"
 #include "shell/dialogs/ExportNamingDialog.h"
@@ -43,8 +44,13 @@ ExportFlow::ExportFlow(Model& model, QWidget* window, MenuActions& actions)
         actions.addPendingEntry(selected, selectedName, menuText);
         actions.addPendingEntry(all, allName, menuText);
         const ExportFormatInfo* info = findExportFormat(text);
-        if (info == nullptr || !hasExporter(info->format))
+        if (info == nullptr || !hasExporter(info->format)) {
+            const char* reason = info ? exportUnavailableReason(info->format) : nullptr;
+            if (reason != nullptr)
+                for (const QString& name : {selectedName, allName})
+                    actions.action(name)->setToolTip(QString::fromUtf8(reason));
             continue;
+        }
         actions.bind(selectedName, [this, menuText] { exportSelected(menuText); });
         actions.bind(allName, [this, menuText] { exportAll(menuText); });
     }

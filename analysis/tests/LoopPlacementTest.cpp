@@ -165,7 +165,7 @@ TEST(LoopPlacement, DcOffsetLargerThanTheSwingStillGivesASensibleLoop)
         ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
         SCOPED_TRACE(static_cast<int>(mode));
         // Loop_In within a half period of 30 % into the note, on a crossing of the middle.
-        EXPECT_NEAR(key.Loop_In, 9400, 50);
+        ASSERT_NEAR(key.Loop_In, 9400, 50);
         const int32_t l = key.Loop_In;
         const auto left = [&](int64_t f) { return test::sampleOf(format, data, f, 0) - 9000; };
         const auto right = [&](int64_t f) { return test::sampleOf(format, data, f, 1) - 9000; };

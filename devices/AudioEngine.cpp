@@ -55,8 +55,9 @@ BlockStatus inputStatus(const PaStreamCallbackTimeInfo* time, PaStreamCallbackFl
         status.timed = true;
         status.time = time->inputBufferAdcTime;
     }
+    // Some hosts flag both sides of every xrun; an output underflow is counted by the output
+    // side of the stream alone.
     status.inputOverflow = (flags & paInputOverflow) != 0;
-    status.outputUnderflow = (flags & paOutputUnderflow) != 0;
     return status;
 }
 
@@ -125,10 +126,7 @@ int duplexCallback(const void* input, void* output, unsigned long frames,
                    const PaStreamCallbackTimeInfo* time, PaStreamCallbackFlags flags, void* user)
 {
     auto& state = *static_cast<EngineState*>(user);
-    BlockStatus status = inputStatus(time, flags);
-    // The output's underflow is counted once, by the play side.
-    status.outputUnderflow = false;
-    recordSide(state, input, frames, status);
+    recordSide(state, input, frames, inputStatus(time, flags));
     playSide(state, output, frames, outputStatus(flags));
     return paContinue;
 }

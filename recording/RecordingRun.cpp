@@ -384,20 +384,27 @@ void RecordingRun::onUpdateTick()
 
 // ------------------------------------------------------------------ the take
 
-bool RecordingRun::acceptTakeHealth(const TakeAudio& take)
+void RecordingRun::reportTake(const TakeAudio& take, const std::string& keptAs)
 {
-    const TakeHealth& health = take.health;
-    if (!health.droppedFrames())
-        return true;
     const RecordEntry& entry = list_.entries[entry_];
     TakeReport report;
     report.project = entry.project->name;
     report.multiSample = entry.msl->name;
     report.note = currentKey_;
+    report.file = keptAs;
     report.frames = take.frames;
-    report.health = health;
-    observer_.log(healthText(currentKey_, health));
+    report.health = take.health;
+    report.kept = !keptAs.empty();
     observer_.takeRecorded(report);
+}
+
+bool RecordingRun::acceptTakeHealth(const TakeAudio& take)
+{
+    const TakeHealth& health = take.health;
+    if (!health.droppedFrames())
+        return true;
+    observer_.log(healthText(currentKey_, health));
+    reportTake(take, "");
     if (retries_ >= 1) {
         fail(formatText("Frames were dropped again while recording NOTE %d (%s): %lld frame(s) "
                         "missing, %d input overflow(s). The take was not kept and the "
@@ -481,15 +488,7 @@ void RecordingRun::processTake()
         fail(message);
         return;
     }
-    TakeReport report;
-    report.project = project.name;
-    report.multiSample = msl.name;
-    report.note = note;
-    report.file = fileName;
-    report.frames = take.frames;
-    report.health = take.health;
-    report.kept = true;
-    observer_.takeRecorded(report);
+    reportTake(take, fileName);
     observer_.progress(
         formatText("%s - %d keys (%d done)", title().c_str(), list_.totalKeys, done_), done_,
         list_.totalKeys);

@@ -150,6 +150,9 @@ class RecordingRun {
     // A take with dropped frames is not kept: the key is recorded once more, then the run
     // stops. False when the take is refused.
     bool acceptTakeHealth(const TakeAudio& take);
+    // Tells the observer of the current key's take, kept as the file `keptAs` or refused
+    // (empty).
+    void reportTake(const TakeAudio& take, const std::string& keptAs);
     void onCountdownTick();
     void recordNote();
     void onMidiOn();

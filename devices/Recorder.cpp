@@ -123,7 +123,9 @@ void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
     if (before == 0) {
         timedFromStart_ = status.timed;
         firstBlockTime_ = status.time;
-    } else if (timedFromStart_ && status.timed) {
+    } else if (!status.timed) {
+        timedFromStart_ = false;
+    } else if (timedFromStart_) {
         // Frames the clock says went by before this block, against those that arrived. The
         // host's clock is an estimate that wobbles by a fraction of a block; a hole is at
         // least one whole period.
@@ -137,6 +139,7 @@ void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
     const int64_t taken = int64_t(frames) < room ? int64_t(frames) : (room > 0 ? room : 0);
     health_.framesReceived = before + taken;
     health_.framesExpected = health_.framesReceived + missing;
+    health_.clocked = timedFromStart_;
 }
 
 void Recorder::noteOutputStatus(const BlockStatus& status)

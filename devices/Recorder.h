@@ -86,7 +86,7 @@ class Recorder {
     int64_t capacityFrames_ = 0;
     int64_t position_ = 0;
     AudioStreamConfig format_;
-    bool timedFromStart_ = false; // the take's first block came with a time
+    bool timedFromStart_ = false; // every block of the take so far came with a time
     double firstBlockTime_ = 0.0;
     TakeHealth health_;
     // Counted by an output stream's thread, which never owns the buffer.

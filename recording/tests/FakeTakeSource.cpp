@@ -77,6 +77,7 @@ TakeAudio FakeTakeSource::take()
                  : frames;
     audio.health.framesReceived = audio.frames;
     audio.health.framesExpected = audio.frames;
+    audio.health.clocked = true;
     if (droppingTakes > 0) {
         --droppingTakes;
         audio.health.framesExpected += 512; // two periods of 256 lost in one xrun

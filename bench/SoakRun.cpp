@@ -212,8 +212,9 @@ std::string soakReport(const SoakFigures& f)
         f.minutes, f.passes, f.takesKept, f.takesRefused, f.runsStopped, f.inputOverflows,
         f.outputUnderflows, f.framesMissing, f.medianLatencyMs, f.worstTimingErrorMs,
         f.rssAfterFirstPassMb, f.rssAtEndMb, f.rssAtEndMb - f.rssAfterFirstPassMb);
-    for (const std::string& reason : f.stopReasons)
-        text += "stopped: " + reason + "\n";
+    // One reason says what they look like; the count is above.
+    if (!f.stopReasons.empty())
+        text += "last stop: " + f.stopReasons.back() + "\n";
     if (!f.error.empty())
         text += "error: " + f.error + "\n";
     return text;

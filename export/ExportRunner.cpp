@@ -312,6 +312,9 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
             resolved.mslIndices.push_back(i);
     if (info->format == ExportFormat::Deluge && resolved.mslIndices.size() > 1)
         resolved.mslIndices.resize(1); // the Deluge takes one layer: the first of the selection
+    const bool loopOnly = isLoopOnlyMenuText(request.menuText) || wantsLoopOnly(word);
+    if (exportUnavailableReason(info->format) != nullptr) // refused with its reason
+        return exporter(project, resolved, word, loopOnly, services, message);
     if (validSelection(project, resolved.mslIndices) &&
         countExportKeys(project, resolved.mslIndices) == 0)
         return setMessage(
@@ -328,7 +331,6 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
     if (!checkFreeSpace(project, word, checkFolder(request, info->format), probe, message))
         return 0;
 
-    const bool loopOnly = isLoopOnlyMenuText(request.menuText) || wantsLoopOnly(word);
     return exporter(project, resolved, word, loopOnly, services, message);
 }
 

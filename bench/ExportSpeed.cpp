@@ -1,19 +1,33 @@
-// Measures the SoundFont 2 and WAV-files exports of a 61-key x 3-layer Project of 4 s stereo
-// 16-bit Key-Samples against a plain copy of the same files on the same disk.
+// Measures the SoundFont 2, WAV-files, SFZ and Bitwig exports of a 61-key x 3-layer Project of
+// 4 s stereo 16-bit Key-Samples against copying the same files on the same disk, with the
+// recordings in the page cache (warm) and dropped from it first (cold).
 //
-// Usage: tg_export_speed [WORK_FOLDER]   (default: ./tg_export_speed.tmp, removed afterwards)
+// Every file an export writes is synced to disk before it replaces its destination, so the
+// fair yardstick is a copy that syncs each file too ("synced copy"); the plain copy beside it
+// shows what the syncing costs per file.
+//
+// Usage: tg_export_speed [WORK_FOLDER [RUNS [SUBJECT]]]
+//   (default ./tg_export_speed.tmp, best of 3 runs, every subject; the copies always run)
+// Run it where the templates are found (the repository root or beside the program).
 #include "audiofile/WavFile.h"
 #include "core/Message.h"
 #include "core/Names.h"
 #include "export/ExportAudioServices.h"
-#include "export/ExportSoundFont2.h"
-#include "export/ExportWavFiles.h"
+#include "export/ExportRunner.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <vector>
+
+#include <ctime>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace tg;
 namespace fs = std::filesystem;
@@ -26,16 +40,12 @@ constexpr int kKeys = 61;
 constexpr int kRate = 44100;
 constexpr int kFrames = 4 * kRate;
 
-double secondsSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-uint64_t folderBytes(const fs::path& folder)
+uint64_t treeBytes(const fs::path& folder)
 {
     uint64_t total = 0;
-    for (const auto& entry : fs::directory_iterator(folder))
-        total += entry.file_size();
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file())
+            total += entry.file_size();
     return total;
 }
 
@@ -82,51 +92,154 @@ bool makeProject(Project& project, const fs::path& data)
     return true;
 }
 
+// Syncs every file of `folder` and, when `drop`, asks the kernel to forget its cached pages,
+// so the next read comes from the disk.
+void settleFiles(const fs::path& folder, bool drop)
+{
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        const int fd = ::open(entry.path().c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0)
+            continue;
+        fdatasync(fd);
+        if (drop)
+            posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+        ::close(fd);
+    }
+}
+
+bool copyFiles(const fs::path& from, const fs::path& to, bool sync)
+{
+    for (const auto& entry : fs::directory_iterator(from)) {
+        const fs::path target = to / entry.path().filename();
+        fs::copy_file(entry.path(), target);
+        if (sync) {
+            const int fd = ::open(target.c_str(), O_RDONLY | O_CLOEXEC);
+            const bool synced = fd >= 0 && fsync(fd) == 0;
+            if (fd >= 0)
+                ::close(fd);
+            if (!synced)
+                return false;
+        }
+    }
+    return true;
+}
+
+struct Subject {
+    const char* name;
+    std::function<bool(const fs::path& out)> run;
+};
+
+struct Figure {
+    double warm = 0.0;
+    double cold = 0.0;
+    double cpu = 0.0; // processor seconds of the best warm run, every thread counted
+    uint64_t bytes = 0;
+};
+
+double processorSeconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
+}
+
+// Best of `runs` timed runs, each into a fresh folder, after the recordings were settled.
+Figure measure(const Subject& subject, const fs::path& work, int runs)
+{
+    Figure figure{1e30, 1e30, 0.0, 0};
+    for (int cold = 0; cold < 2; ++cold) {
+        for (int run = 0; run < runs; ++run) {
+            const fs::path out = work / "out";
+            fs::remove_all(out);
+            fs::create_directories(out);
+            settleFiles(work / "data", cold != 0);
+            const auto start = std::chrono::steady_clock::now();
+            const double startCpu = processorSeconds();
+            if (!subject.run(out)) {
+                std::fprintf(stderr, "%s failed\n", subject.name);
+                std::exit(1);
+            }
+            const double seconds =
+                std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+            double& best = cold ? figure.cold : figure.warm;
+            if (!cold && seconds < best)
+                figure.cpu = processorSeconds() - startCpu;
+            best = std::min(best, seconds);
+            figure.bytes = treeBytes(out);
+        }
+    }
+    fs::remove_all(work / "out");
+    return figure;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     const fs::path work = argc > 1 ? fs::path(argv[1]) : fs::path("tg_export_speed.tmp");
+    const int runs = argc > 2 ? std::max(1, std::atoi(argv[2])) : 3;
+    const std::string only = argc > 3 ? argv[3] : "";
     fs::remove_all(work);
-    for (const char* sub : {"data", "sf2", "wav", "copy"})
-        fs::create_directories(work / sub);
+    fs::create_directories(work / "data");
     auto project = std::make_unique<Project>();
     if (!makeProject(*project, work / "data"))
         return 1;
-    const std::vector<int> layers = {0, 1, 2};
     const ExportServices services = defaultExportServices();
-    // 44.1 kHz, 16 Bit, Stereo (as recorded: no conversion), tail kept, levels adjusted.
-    const uint32_t settings = 0x20408 | 0x1000000 | 0x20000000 | 0x40000000;
     std::string message;
-
-    auto start = std::chrono::steady_clock::now();
-    for (const auto& entry : fs::directory_iterator(work / "data"))
-        fs::copy_file(entry.path(), work / "copy" / entry.path().filename());
-    const double copySeconds = secondsSince(start);
-
-    start = std::chrono::steady_clock::now();
-    if (!TGexport_SoundFont2((work / "sf2").string(), "Bench", "sf2", project.get(), layers,
-                             settings, message, services)) {
+    auto exportAs = [&](const char* menuText, const fs::path& destination) {
+        ExportRequest request;
+        request.menuText = menuText;
+        request.destination = destination.string();
+        request.nameTemplate = "<#msi#>-<#mn#>";
+        request.mslIndices = {0, 1, 2};
+        request.hasSettings = true;
+        // 44.1 kHz, 16 Bit, Stereo (as recorded: no conversion), tail kept, levels adjusted.
+        request.settings = 0x20408 | 0x1000000 | 0x20000000 | 0x40000000;
+        if (runExport(*project, request, services, message))
+            return true;
         std::fprintf(stderr, "%s\n", message.c_str());
-        return 1;
-    }
-    const double sf2Seconds = secondsSince(start);
+        return false;
+    };
 
-    start = std::chrono::steady_clock::now();
-    if (!TGexport_WavFiles((work / "wav").string(), "<#msi#>-<#mn#>", project.get(), layers,
-                           settings, false, message, services)) {
-        std::fprintf(stderr, "%s\n", message.c_str());
-        return 1;
-    }
-    const double wavSeconds = secondsSince(start);
+    const std::vector<Subject> subjects = {
+        {"plain copy", [&](const fs::path& out) { return copyFiles(work / "data", out, false); }},
+        {"synced copy", [&](const fs::path& out) { return copyFiles(work / "data", out, true); }},
+        {"SoundFont 2",
+         [&](const fs::path& out) { return exportAs("SoundFont2 (*.sf2)", out / "Bench.sf2"); }},
+        {"WAV files", [&](const fs::path& out) { return exportAs("WAV-Files", out); }},
+        {"SFZ",
+         [&](const fs::path& out) {
+             return exportAs("Cakewalk Dimension (*.sfz)", out / "Bench.sfz");
+         }},
+        {"Bitwig",
+         [&](const fs::path& out) {
+             return exportAs("Bitwig Studio (*.multisample)", out / "Bench.multisample");
+         }},
+    };
 
-    const double mb = 1.0 / (1024.0 * 1024.0);
-    std::printf("Key-Samples: %d x %d keys, 4 s stereo 16-bit at 44.1 kHz\n", kLayers, kKeys);
-    std::printf("plain copy : %8.3f s  %8.1f MiB\n", copySeconds, folderBytes(work / "copy") * mb);
-    std::printf("SoundFont 2: %8.3f s  %8.1f MiB  ratio to copy %.2f\n", sf2Seconds,
-                folderBytes(work / "sf2") * mb, sf2Seconds / copySeconds);
-    std::printf("WAV files  : %8.3f s  %8.1f MiB  ratio to copy %.2f\n", wavSeconds,
-                folderBytes(work / "wav") * mb, wavSeconds / copySeconds);
+    std::printf("Key-Samples: %d x %d keys, 4 s stereo 16-bit at 44.1 kHz; best of %d runs; "
+                "%d render threads\n",
+                kLayers, kKeys, runs, services.renderThreads);
+    // On a busy machine the wall times follow the load; the processor time says what the work
+    // itself costs.
+    std::printf("%-12s %9s %9s %9s %9s %12s %12s\n", "", "warm s", "cold s", "cpu s", "MiB",
+                "warm/synced", "cold/synced");
+    std::vector<Figure> figures;
+    for (const Subject& subject : subjects) {
+        if (!only.empty() && figures.size() >= 2 && only != subject.name)
+            continue;
+        figures.push_back(measure(subject, work, runs));
+        const Figure& f = figures.back();
+        std::printf("%-12s %9.3f %9.3f %9.3f %9.1f", subject.name, f.warm, f.cold, f.cpu,
+                    double(f.bytes) / (1024.0 * 1024.0));
+        if (figures.size() > 1)
+            std::printf(" %12.2f %12.2f", f.warm / figures[1].warm, f.cold / figures[1].cold);
+        std::printf("\n");
+        std::fflush(stdout);
+    }
+    const double files = double(kLayers * kKeys);
+    std::printf("syncing costs %.2f ms per file (synced minus plain copy, warm)\n",
+                (figures[1].warm - figures[0].warm) / files * 1000.0);
     fs::remove_all(work);
     return 0;
 }

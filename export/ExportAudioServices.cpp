@@ -2,17 +2,18 @@
 // inclusive frames inside the export; the AIFF end marker sits after the last loop frame.
 #include "export/ExportAudioServices.h"
 
-#include "analysis/Levels.h"
 #include "analysis/Renderer.h"
 #include "audiofile/AiffFile.h"
 #include "audiofile/SampleConverter.h"
 #include "audiofile/WavFile.h"
 #include "core/Message.h"
 #include "core/Model.h"
+#include "export/KeyLevels.h"
 
 #include <algorithm>
 
 #include <limits>
+#include <thread>
 
 namespace tg {
 
@@ -86,9 +87,7 @@ void useAnalysisServices(ExportServices& services)
         return 1;
     };
     services.peakLevel = [](const KeyAudio& audio) {
-        const ChannelLevels levels =
-            measureLevels(audio.format, audio.data.data(), audio.data.size());
-        return std::max(levels.left, levels.right);
+        return keyPeakLevel(audio.format, audio.data.data(), audio.data.size());
     };
 }
 
@@ -97,6 +96,9 @@ ExportServices defaultExportServices()
     ExportServices services;
     useAudioFileServices(services);
     useAnalysisServices(services);
+    // The reader, renderer, converter and level meter share no state between calls, so every
+    // core may render a Key-Sample while the exporting thread writes.
+    services.renderThreads = int(std::max(1u, std::thread::hardware_concurrency()));
     return services;
 }
 

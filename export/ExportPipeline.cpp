@@ -2,12 +2,14 @@
 // trimming and loop-only) and a working copy taken first puts everything back at any exit.
 #include "export/ExportPipeline.h"
 
-#include "analysis/Levels.h"
 #include "core/Message.h"
 #include "core/NoteNames.h"
 #include "export/ExportProgress.h"
+#include "export/KeptRecordings.h"
+#include "export/KeyLevels.h"
 #include "export/KeyRangeMapping.h"
 #include "export/KeySampleFile.h"
+#include "export/RenderAhead.h"
 
 #include <algorithm>
 #include <cstring>
@@ -26,6 +28,14 @@ int ExportSink::finish(std::string&)
 }
 
 namespace {
+
+// Recordings read for level analysis stay in memory up to this much for rendering; a larger
+// Project reads the rest again (then mostly from the page cache).
+constexpr size_t kKeptRecordingBytes = size_t(512) << 20;
+
+// Rendered keys waiting for the writer, per worker: enough to keep every worker busy while the
+// writer waits for the disk, few enough to bound the memory.
+constexpr size_t kKeysAheadPerThread = 2;
 
 int fail(const ExportJob& job, std::string& message, const std::string& text)
 {
@@ -79,7 +89,8 @@ int countExportKeys(const Project& project, const std::vector<int>& mslIndices)
 }
 
 int analyseLevels(const Project& project, const std::vector<int>& mslIndices,
-                  const ExportServices& services, LayerGains& gains, std::string& message)
+                  const ExportServices& services, LayerGains& gains, std::string& message,
+                  KeptRecordings* kept)
 {
     const size_t layers = mslIndices.size();
     gains.assign(layers, {});
@@ -124,6 +135,8 @@ int analyseLevels(const Project& project, const std::vector<int>& mslIndices,
             analysed[i][note] = true;
             if (isReference)
                 referenceLevel = std::max(referenceLevel, level);
+            if (kept)
+                kept->keep(int(i), note, audio);
             ++done;
         }
     }
@@ -154,6 +167,17 @@ class ExportSession::WorkingCopy {
     std::unique_ptr<Project> saved_;
 };
 
+// What a worker needs to render one key without touching the live records: a copy of the
+// key with the loop-only rule applied (as renderKey() applies it to the live key), the
+// recording's path and the gain.
+struct ExportSession::PlannedKey {
+    int ordinal = 0;
+    int note = 0;
+    TGmsl_key key;
+    std::string path;
+    double gain = 1.0;
+};
+
 ExportSession::ExportSession(const ExportJob& job, const ExportServices& services)
     : job_(job), services_(services)
 {
@@ -182,12 +206,83 @@ int ExportSession::begin(std::string& message)
     gains_.assign(job_.mslIndices.size(), {});
     for (auto& layer : gains_)
         layer.fill(1.0);
+    kept_ = std::make_unique<KeptRecordings>(kKeptRecordingBytes);
     if (wantsLevelAdjust(job_.settings) &&
-        !analyseLevels(project, job_.mslIndices, services_, gains_, text))
+        !analyseLevels(project, job_.mslIndices, services_, gains_, text, kept_.get()))
         return fail(job_, message, text);
 
     total_ = countExportKeys(project, job_.mslIndices) * std::max(1, job_.rendersPerKey);
     done_ = 0;
+    return 1;
+}
+
+void ExportSession::renderAhead(const std::vector<SelectedKey>& keys)
+{
+    if (!restore_ || ahead_ || job_.renderThreads <= 1 || keys.empty())
+        return;
+    const Project& project = *job_.project;
+    for (const SelectedKey& selected : keys) {
+        if (selected.ordinal < 0 || size_t(selected.ordinal) >= job_.mslIndices.size() ||
+            selected.note < 0 || selected.note >= kKeyCount)
+            continue;
+        const TGmsl& msl = project.msl[job_.mslIndices[size_t(selected.ordinal)]];
+        PlannedKey planned;
+        planned.ordinal = selected.ordinal;
+        planned.note = selected.note;
+        planned.key = msl.keys[selected.note];
+        if (job_.loopOnly)
+            applyLoopOnly(planned.key);
+        planned.path = keySampleFilePath(project, msl, selected.note);
+        planned.gain = gains_[size_t(selected.ordinal)][selected.note];
+        plan_.push_back(std::move(planned));
+    }
+    ahead_ = std::make_unique<RenderAhead>(
+        plan_.size(), job_.renderThreads, kKeysAheadPerThread * size_t(job_.renderThreads),
+        [this](size_t index, ExportedKey& out, std::string& message) {
+            if (exportAbortFlag)
+                return setMessage(message, "%s", kExportAbortedText);
+            return renderAudio(plan_[index].key, plan_[index], out.audio, message);
+        });
+}
+
+bool ExportSession::findPlanned(int ordinal, int note, size_t& index) const
+{
+    if (!ahead_)
+        return false;
+    for (size_t i = ahead_->nextToTake(); i < plan_.size(); ++i)
+        if (plan_[i].ordinal == ordinal && plan_[i].note == note) {
+            index = i;
+            return true;
+        }
+    return false;
+}
+
+int ExportSession::renderAudio(const TGmsl_key& key, const PlannedKey& planned, RenderedKey& out,
+                               std::string& message) const
+{
+    KeyAudio recording;
+    if (!kept_->take(planned.ordinal, planned.note, recording) &&
+        !services_.readKeySample(planned.path, recording, message))
+        return 0;
+    if (!services_.render(key, recording, out, message))
+        return 0;
+    // The recording is not needed past rendering; let its memory go before converting.
+    recording = KeyAudio();
+
+    const WaveFormat source = out.format;
+    const WaveFormat target = targetFormat(job_.settings, source);
+    const ChannelMode channels = targetChannelMode(job_.settings);
+    const ResampleMode resampling = targetResampling(job_.settings);
+    if (!services_.convert(out.note, source, target, &out.loopStart, &out.loopEnd, channels,
+                           resampling, message))
+        return 0;
+    if (!out.release.empty() && !services_.convert(out.release, source, target, nullptr, nullptr,
+                                                   channels, resampling, message))
+        return 0;
+    out.format = target;
+
+    applyKeyGain(planned.gain, target, out.note.data(), out.note.size());
+    applyKeyGain(planned.gain, target, out.release.data(), out.release.size());
     return 1;
 }
 
@@ -212,34 +307,26 @@ int ExportSession::renderKey(int ordinal, int note, ExportedKey& out, std::strin
     if (job_.loopOnly)
         applyLoopOnly(key);
 
-    KeyAudio recording;
-    if (!services_.readKeySample(keySampleFilePath(project, msl, note), recording, message))
-        return 0;
     out = ExportedKey();
+    size_t planned = 0;
+    if (findPlanned(ordinal, note, planned)) {
+        if (!ahead_->take(planned, out, message))
+            return 0;
+    } else {
+        PlannedKey request;
+        request.ordinal = ordinal;
+        request.note = note;
+        request.path = keySampleFilePath(project, msl, note);
+        request.gain = gains_[size_t(ordinal)][note];
+        if (!renderAudio(key, request, out.audio, message))
+            return 0;
+    }
     out.msl = &msl;
     out.key = &key;
     out.mslIndex = mslIndex;
     out.ordinal = ordinal;
     out.note = note;
     out.hasLoop = key.loopMode != 0 && key.Loop_Out > key.Loop_In;
-    if (!services_.render(key, recording, out.audio, message))
-        return 0;
-
-    const WaveFormat source = out.audio.format;
-    const WaveFormat target = targetFormat(job_.settings, source);
-    const ChannelMode channels = targetChannelMode(job_.settings);
-    const ResampleMode resampling = targetResampling(job_.settings);
-    if (!services_.convert(out.audio.note, source, target, &out.audio.loopStart, &out.audio.loopEnd,
-                           channels, resampling, message))
-        return 0;
-    if (!out.audio.release.empty() && !services_.convert(out.audio.release, source, target, nullptr,
-                                                         nullptr, channels, resampling, message))
-        return 0;
-    out.audio.format = target;
-
-    const double gain = gains_[size_t(ordinal)][note];
-    applyGains(gain, gain, target, out.audio.note.data(), out.audio.note.size());
-    applyGains(gain, gain, target, out.audio.release.data(), out.audio.release.size());
     ++done_;
     return 1;
 }
@@ -250,6 +337,11 @@ int runExportPipeline(const ExportJob& job, const ExportServices& services, Expo
     ExportSession session(job, services);
     if (!session.begin(message))
         return 0;
+    std::vector<SelectedKey> order;
+    for (size_t ordinal = 0; ordinal < job.mslIndices.size(); ++ordinal)
+        for (int note : exportedKeys(job.project->msl[job.mslIndices[ordinal]]))
+            order.push_back({int(ordinal), note});
+    session.renderAhead(order);
     std::string text;
     for (size_t ordinal = 0; ordinal < job.mslIndices.size(); ++ordinal) {
         const TGmsl& msl = job.project->msl[job.mslIndices[ordinal]];

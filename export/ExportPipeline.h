@@ -4,6 +4,7 @@
 
 #include "core/Records.h"
 #include "export/ExportServices.h"
+#include "export/KeySampleFile.h"
 
 #include <array>
 #include <cstdint>
@@ -23,6 +24,9 @@ struct ExportJob {
     // How often the writer asks for each Key-Sample: the Korg writer's stereo export renders
     // every key once per channel. Progress counts every render.
     int rendersPerKey = 1;
+    // Key-Samples rendered at once on worker threads while this thread writes (the services'
+    // renderThreads when the exporter allows it); 1 renders each on request, here.
+    int renderThreads = 1;
 };
 
 // One Key-Sample ready to be written: rendered, converted to the target format, gained.
@@ -57,13 +61,19 @@ void trimAfterLoops(Project& project, const std::vector<int>& mslIndices);
 // Step 6.3: the loop-only rule for one key (changes Note_In/Note_Out when it applies).
 void applyLoopOnly(TGmsl_key& key);
 
+class KeptRecordings;
+
 // Step 5: level analysis. Fills `gains` (1.0 where unchanged). Returns 0 with
-// "Export aborted." (no prefix) when a file cannot be read or the abort flag is set.
+// "Export aborted." (no prefix) when a file cannot be read or the abort flag is set. With
+// `kept`, the recordings read are kept there (as far as its budget goes) for rendering.
 int analyseLevels(const Project& project, const std::vector<int>& mslIndices,
-                  const ExportServices& services, LayerGains& gains, std::string& message);
+                  const ExportServices& services, LayerGains& gains, std::string& message,
+                  KeptRecordings* kept = nullptr);
 
 // Number of Key-Samples the pipeline will hand to the sink.
 int countExportKeys(const Project& project, const std::vector<int>& mslIndices);
+
+class RenderAhead;
 
 // One export in progress: the steps before the first Key-Sample (working copy, key ranges,
 // trimming, level analysis) and the per-key steps (abort, progress, loop-only, render,
@@ -84,18 +94,34 @@ class ExportSession {
     // to the export format and gained. Returns 1, or 0 with the bare message ("Export aborted."
     // when the abort flag is set).
     int renderKey(int ordinal, int note, ExportedKey& out, std::string& message);
+    // Announces the keys the writer will ask for, in its order: with more than one render
+    // thread in the job they are rendered ahead on workers (abort, progress and the live
+    // markers stay with renderKey() on this thread). A key asked for out of this order is
+    // rendered on request as before. Call after begin(), at most once.
+    void renderAhead(const std::vector<SelectedKey>& keys);
 
     const ExportJob& job() const { return job_; }
 
   private:
     class WorkingCopy;
+    struct PlannedKey;
+
+    // Read (or take the kept recording), render, convert and gain one key: the part of a
+    // render that touches nothing shared, so that workers may run it.
+    int renderAudio(const TGmsl_key& key, const PlannedKey& planned, RenderedKey& out,
+                    std::string& message) const;
+    // The index of (ordinal, note) in the render-ahead plan at or after the next key to take.
+    bool findPlanned(int ordinal, int note, size_t& index) const;
 
     const ExportJob& job_;
     const ExportServices& services_;
     std::unique_ptr<WorkingCopy> restore_;
+    std::unique_ptr<KeptRecordings> kept_;
     LayerGains gains_;
     int total_ = 0; // Key-Samples to render
     int done_ = 0;  // Key-Samples rendered so far
+    std::vector<PlannedKey> plan_;
+    std::unique_ptr<RenderAhead> ahead_; // last: its workers stop before the rest goes
 };
 
 // The whole pipeline. The Project is restored on every exit; messages carry the name line.

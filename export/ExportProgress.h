@@ -8,7 +8,8 @@
 namespace tg {
 
 // Set by the progress dialog's "Cancel" (or the CLI's interrupt handler); polled before each
-// Key-Sample. Exports run on one thread; the flag is atomic so that a signal handler may set it.
+// Key-Sample by the exporting thread and by the workers that render ahead of it; atomic so that
+// a signal handler may set it too.
 extern std::atomic<bool> exportAbortFlag;
 
 // The progress callback: fraction 0.0-1.0 and the text to show. May be empty.

@@ -82,7 +82,7 @@ int exportSoundFont2(Project& p, const ExportRequest& r, uint32_t word, bool,
 }
 
 ExportJob templateJob(const char* nameLine, Project& p, const ExportRequest& r, uint32_t word,
-                      bool loopOnly)
+                      bool loopOnly, const ExportServices& s)
 {
     ExportJob job;
     job.nameLine = nameLine;
@@ -90,6 +90,7 @@ ExportJob templateJob(const char* nameLine, Project& p, const ExportRequest& r, 
     job.mslIndices = r.mslIndices;
     job.settings = word;
     job.loopOnly = loopOnly;
+    job.renderThreads = s.renderThreads;
     return job;
 }
 
@@ -106,8 +107,8 @@ int exportBitwig(Project& p, const ExportRequest& r, uint32_t word, bool loopOnl
     BitwigExporter exporter(p, r.mslIndices, joinPath(t.folder, t.baseName + "." + t.extension),
                             word);
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("BitwigExporter:\n\n", p, r, word, loopOnly), exporter, s,
-                             message);
+    return runTemplateExport(templateJob("BitwigExporter:\n\n", p, r, word, loopOnly, s), exporter,
+                             s, message);
 }
 
 int exportDeluge(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -119,8 +120,8 @@ int exportDeluge(Project& p, const ExportRequest& r, uint32_t word, bool loopOnl
     DelugeExporter exporter(p, layer.mslIndices, r.destination, word,
                             nameOr(r.tagging.programName, p));
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("DelugeExporter:\n\n", p, layer, word, loopOnly), exporter,
-                             s, message);
+    return runTemplateExport(templateJob("DelugeExporter:\n\n", p, layer, word, loopOnly, s),
+                             exporter, s, message);
 }
 
 int exportQuantum(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -129,8 +130,8 @@ int exportQuantum(Project& p, const ExportRequest& r, uint32_t word, bool loopOn
     QuantumExporter exporter(p, r.mslIndices, r.destination, word, nameOr(r.tagging.folder, p),
                              nameOr(r.tagging.programName, p));
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("QuantumExporter:\n\n", p, r, word, loopOnly), exporter, s,
-                             message);
+    return runTemplateExport(templateJob("QuantumExporter:\n\n", p, r, word, loopOnly, s), exporter,
+                             s, message);
 }
 
 int exportProphetX(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -147,8 +148,8 @@ int exportProphetX(Project& p, const ExportRequest& r, uint32_t word, bool loopO
     target.programName = nameOr(r.tagging.programName, p);
     ProphetXExporter exporter(p, r.mslIndices, r.destination, word, target);
     applyTagging(exporter, r.tagging, r.loopAll);
-    return runTemplateExport(templateJob("ProphetXExporter:\n\n", p, r, word, loopOnly), exporter,
-                             s, message);
+    return runTemplateExport(templateJob("ProphetXExporter:\n\n", p, r, word, loopOnly, s),
+                             exporter, s, message);
 }
 
 int exportKronos(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
@@ -158,7 +159,7 @@ int exportKronos(Project& p, const ExportRequest& r, uint32_t word, bool loopOnl
     std::string error;
     if (!createFolders(r.destination, error))
         return setMessage(message, "TGexport_KORGKRONOS():\n\n%s", error.c_str());
-    return runKronosExport(templateJob("TGexport_KORGKRONOS():\n\n", p, r, word, loopOnly),
+    return runKronosExport(templateJob("TGexport_KORGKRONOS():\n\n", p, r, word, loopOnly, s),
                            r.destination, r.projectNumber, s, message);
 }
 

@@ -45,6 +45,10 @@ struct SampleInstrument {
 };
 
 struct ExportServices {
+    // How many Key-Samples the reading, rendering, converting and level services may work on at
+    // once, each call on its own thread. 1: everything runs on the exporting thread, in order.
+    int renderThreads = 1;
+
     // Full reader of a Key-Sample file.
     std::function<int(const std::string& path, KeyAudio& audio, std::string& message)>
         readKeySample;

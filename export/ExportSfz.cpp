@@ -1,15 +1,15 @@
 // SFZ export: the text is built in memory while the samples are written and goes to disk
-// in one write at the end, so an aborted export leaves no half SFZ file.
+// in one write at the end, so an aborted export leaves no half SFZ file (and a failed one
+// leaves the previous file as it was).
 #include "export/ExportSfz.h"
 
+#include "core/AtomicFile.h"
 #include "core/Message.h"
 #include "core/Paths.h"
 #include "export/ExportPipeline.h"
 #include "export/KeySampleFile.h"
 #include "export/SfzText.h"
 
-#include <cstdio>
-#include <memory>
 #include <new>
 
 namespace tg {
@@ -67,12 +67,10 @@ class SfzSink : public ExportSink {
     int finish(std::string& message) override
     {
         const std::string path = joinPath(folder_, base_ + "." + extension_);
-        std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "wb"), &std::fclose);
-        if (!file)
+        AtomicFile file(path);
+        if (!file.open())
             return setMessage(message, "unable to open \"%s\"", path.c_str());
-        const size_t written = std::fwrite(text_.data(), 1, text_.size(), file.get());
-        const bool flushed = std::fflush(file.get()) == 0;
-        if (written != text_.size() || !flushed)
+        if (!file.write(text_.data(), text_.size()) || !file.commit())
             return setMessage(message, "write error \"%s\"", path.c_str());
         return 1;
     }
@@ -116,6 +114,7 @@ int TGexport_DimensionSFZ(const std::string& folder, const std::string& baseName
     job.project = project;
     job.mslIndices = mslIndices;
     job.settings = settings;
+    job.renderThreads = services.renderThreads;
     return runExportPipeline(job, services, sink, message);
 }
 

@@ -82,6 +82,7 @@ int TGexport_SoundFont2(const std::string& folder, const std::string& bankName,
     job.project = project;
     job.mslIndices = mslIndices;
     job.settings = settings;
+    job.renderThreads = services.renderThreads;
     const int ok = runExportPipeline(job, services, sink, message);
     if (!ok)
         sink.discard();

@@ -74,6 +74,7 @@ int exportSampleSet(SetFormat format, const char* nameLine, const std::string& f
     job.mslIndices = mslIndices;
     job.settings = settings;
     job.loopOnly = loopOnly;
+    job.renderThreads = services.renderThreads;
     SampleSetSink sink(format, folder, nameTemplate, *project, services);
     return runExportPipeline(job, services, sink, message);
 }

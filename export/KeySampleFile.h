@@ -35,4 +35,10 @@ inline std::vector<int> exportedKeys(const TGmsl& msl)
     return keys;
 }
 
+// One Key-Sample of an export: key `note` of the selection's `ordinal`-th Multi-Sample.
+struct SelectedKey {
+    int ordinal = 0;
+    int note = 0;
+};
+
 } // namespace tg

@@ -16,6 +16,7 @@ class PipelineKeySource : public KeySampleSource {
 
     int render(int mslIndex, int ordinal, int note, RenderedSample& sample,
                std::string& message) override;
+    void willRender(const std::vector<SelectedKey>& keys) override { session_.renderAhead(keys); }
 
   private:
     ExportSession& session_;

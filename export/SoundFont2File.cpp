@@ -1,5 +1,6 @@
 // RIFF "sfbk" writer. Chunk sizes are written as 0 and patched by seeking back once the
-// chunk is complete, so the sample data can be streamed without holding the whole bank.
+// chunk is complete, so the sample data can be streamed without holding the whole bank. The
+// bank grows in a temporary file that replaces the destination only once it is complete.
 #include "export/SoundFont2File.h"
 
 #include "core/Message.h"
@@ -53,15 +54,31 @@ std::string chunk(const char* id, const std::string& data)
     return out + data;
 }
 
-int16_t point16(const uint8_t* p, int bits)
+const uint8_t kZeroPoints[kZeroPointsAfterSample * 2] = {};
+
+// Takes one channel's points out of interleaved frames as 16-bit little-endian bytes: 8-bit
+// points are centred and scaled up, 24-bit ones keep their two high bytes.
+void channelPoints(const uint8_t* frames, size_t count, size_t frameBytes, int bits, uint8_t* out)
 {
     switch (bits) {
     case 8:
-        return int16_t((int(p[0]) - 128) * 256);
+        for (size_t i = 0; i < count; ++i, frames += frameBytes, out += 2) {
+            out[0] = 0;
+            out[1] = uint8_t(frames[0] - 128);
+        }
+        break;
     case 24:
-        return int16_t(uint16_t(p[1] | p[2] << 8));
+        for (size_t i = 0; i < count; ++i, frames += frameBytes, out += 2) {
+            out[0] = frames[1];
+            out[1] = frames[2];
+        }
+        break;
     default:
-        return int16_t(uint16_t(p[0] | p[1] << 8));
+        for (size_t i = 0; i < count; ++i, frames += frameBytes, out += 2) {
+            out[0] = frames[0];
+            out[1] = frames[1];
+        }
+        break;
     }
 }
 
@@ -74,12 +91,8 @@ SoundFont2File::~SoundFont2File()
 
 void SoundFont2File::discard()
 {
-    if (file_ != nullptr) {
-        std::fclose(file_);
-        file_ = nullptr;
-        if (!finished_)
-            std::remove(path_.c_str());
-    }
+    file_ = nullptr;
+    atomic_.reset(); // removes the temporary file unless it was committed
 }
 
 int SoundFont2File::fail(std::string& message, const char* format)
@@ -110,10 +123,12 @@ int SoundFont2File::open(const std::string& path, const std::string& bankName,
     bankName_ = bankName;
     samples_.clear();
     points_ = 0;
-    finished_ = false;
-    file_ = std::fopen(path.c_str(), "wb");
-    if (file_ == nullptr)
+    atomic_ = std::make_unique<AtomicFile>(path);
+    if (!atomic_->open()) {
+        atomic_.reset();
         return setMessage(message, "unable to open \"%s\"", path.c_str());
+    }
+    file_ = atomic_->stream();
 
     std::string info = "INFO";
     std::string ifil;
@@ -149,15 +164,25 @@ int SoundFont2File::open(const std::string& path, const std::string& bankName,
     return 1;
 }
 
-int SoundFont2File::writeSample(const std::vector<int16_t>& points, std::string& message)
+int SoundFont2File::writeChannel(const Sf2KeySample& keySample, int channel, size_t frames,
+                                 std::string& message)
 {
-    std::string bytes;
-    bytes.reserve(points.size() * 2);
-    for (int16_t point : points)
-        put16(bytes, uint16_t(point));
-    if (!writeBytes(bytes))
+    const WaveFormat& format = keySample.format;
+    const int channels = std::clamp<int>(format.nChannels, 1, 2);
+    const int bytesPerPoint = std::clamp<int>(format.wBitsPerSample / 8, 1, 3);
+    try {
+        channelBytes_.resize(frames * 2);
+    } catch (const std::bad_alloc&) {
+        return fail(message, "memory error (split stereo)\"%s\"");
+    }
+    channelPoints(keySample.data->data() + size_t(channel) * bytesPerPoint, frames,
+                  size_t(channels) * bytesPerPoint, format.wBitsPerSample, channelBytes_.data());
+    // Handed to the disk at once, one large write per channel, so that a full disk shows at the
+    // Key-Sample that filled it.
+    if (std::fwrite(channelBytes_.data(), 1, channelBytes_.size(), file_) != channelBytes_.size() ||
+        std::fflush(file_) != 0)
         return fail(message, "write error (audio data)\"%s\"");
-    if (!writeBytes(std::string(kZeroPointsAfterSample * 2, '\0')))
+    if (std::fwrite(kZeroPoints, 1, sizeof kZeroPoints, file_) != sizeof kZeroPoints)
         return fail(message, "write error (audio data 0)\"%s\"");
     return 1;
 }
@@ -171,18 +196,6 @@ int SoundFont2File::add(const Sf2KeySample& keySample, std::string& message)
     const int bytesPerPoint = std::clamp<int>(format.wBitsPerSample / 8, 1, 3);
     const size_t frameBytes = size_t(channels) * bytesPerPoint;
     const size_t frames = keySample.data->size() / frameBytes;
-
-    std::vector<std::vector<int16_t>> halves;
-    try {
-        halves.assign(size_t(channels), std::vector<int16_t>(frames));
-    } catch (const std::bad_alloc&) {
-        return fail(message, "memory error (split stereo)\"%s\"");
-    }
-    const uint8_t* bytes = keySample.data->data();
-    for (size_t i = 0; i < frames; ++i)
-        for (int c = 0; c < channels; ++c)
-            halves[c][i] =
-                point16(bytes + i * frameBytes + size_t(c) * bytesPerPoint, format.wBitsPerSample);
 
     const std::string base = formatText("S_%03d_%03d_%s", keySample.ordinal, keySample.note,
                                         noteName(keySample.note).c_str());
@@ -210,7 +223,7 @@ int SoundFont2File::add(const Sf2KeySample& keySample, std::string& message)
         entry.highKey = keySample.highKey;
         entry.lowVelocity = keySample.lowVelocity;
         entry.highVelocity = keySample.highVelocity;
-        if (!writeSample(halves[c], message))
+        if (!writeChannel(keySample, c, frames, message))
             return 0;
         points_ = entry.end + kZeroPointsAfterSample;
         samples_.push_back(entry);
@@ -312,14 +325,11 @@ int SoundFont2File::finish(std::string& message)
     const long riffEnd = std::ftell(file_);
     if (riffEnd < 0 || !patchSize(riffStart_, riffEnd))
         return fail(message, "write error \"%s\"");
-    const bool flushed = std::fflush(file_) == 0;
-    const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
-    if (!flushed || !closed) {
-        std::remove(path_.c_str());
+    const bool committed = atomic_->commit();
+    atomic_.reset();
+    if (!committed)
         return setMessage(message, "write error \"%s\"", path_.c_str());
-    }
-    finished_ = true;
     return 1;
 }
 

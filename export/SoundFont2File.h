@@ -3,9 +3,11 @@
 #pragma once
 
 #include "audiofile/WaveFormat.h"
+#include "core/AtomicFile.h"
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,19 +29,20 @@ struct Sf2KeySample {
 class SoundFont2File {
   public:
     SoundFont2File() = default;
-    ~SoundFont2File(); // an unfinished file is closed and deleted
+    ~SoundFont2File(); // an unfinished bank is thrown away; a file it would replace stays
     SoundFont2File(const SoundFont2File&) = delete;
     SoundFont2File& operator=(const SoundFont2File&) = delete;
 
-    // Creates the file and writes everything up to the sample data. `expectedKeySamples`
-    // sizes the sample table.
+    // Starts the bank (in a temporary file beside `path`) and writes everything up to the
+    // sample data. `expectedKeySamples` sizes the sample table.
     int open(const std::string& path, const std::string& bankName, size_t expectedKeySamples,
              std::string& message);
     // Appends the points of one Key-Sample (two linked samples when stereo) and its zones.
     int add(const Sf2KeySample& keySample, std::string& message);
-    // Writes the preset, instrument and sample headers and patches every chunk size.
+    // Writes the preset, instrument and sample headers, patches every chunk size and puts the
+    // bank in place of whatever was at the path.
     int finish(std::string& message);
-    // Closes and deletes an unfinished file.
+    // Throws an unfinished bank away.
     void discard();
 
   private:
@@ -54,17 +57,19 @@ class SoundFont2File {
     };
 
     int writeBytes(const std::string& bytes);
-    int writeSample(const std::vector<int16_t>& points, std::string& message);
+    int writeChannel(const Sf2KeySample& keySample, int channel, size_t frames,
+                     std::string& message);
     int patchSize(long chunkStart, long chunkEnd);
     int fail(std::string& message, const char* format);
 
-    std::FILE* file_ = nullptr;
+    std::unique_ptr<AtomicFile> atomic_;
+    std::FILE* file_ = nullptr;         // the atomic file's stream while the bank is open
+    std::vector<uint8_t> channelBytes_; // one channel's points, reused from sample to sample
     std::string path_;
     std::string bankName_;
     std::vector<SampleEntry> samples_;
     uint32_t points_ = 0; // points written to "smpl" so far
     long riffStart_ = 0, sdtaStart_ = 0, smplStart_ = 0;
-    bool finished_ = false;
 };
 
 } // namespace tg

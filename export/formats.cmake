@@ -14,6 +14,7 @@ target_sources(tg_export PRIVATE
     templates/TemplateText.cpp templates/TemplateText.h
     templates/TemporaryFolder.cpp templates/TemporaryFolder.h
     zip/ZipArchive.cpp zip/ZipArchive.h
+    zip/ZipFileOutput.cpp zip/ZipFileOutput.h
     korg/BigEndian.h
     korg/KorgFiles.cpp korg/KorgFiles.h
     korg/KorgKronos.cpp korg/KorgKronos.h

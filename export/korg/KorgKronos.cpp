@@ -1,6 +1,7 @@
 // The Kronos export: folder, script, KMPs with gap zones and KSFs per zone and channel.
 #include "export/korg/KorgKronos.h"
 
+#include "core/AtomicFile.h"
 #include "core/Message.h"
 #include "core/Paths.h"
 #include "export/korg/KorgFiles.h"
@@ -8,7 +9,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 #include <sys/stat.h>
 
 namespace tg {
@@ -21,16 +21,10 @@ constexpr uint32_t kStereo = 0x20000;
 constexpr uint32_t kDepthBits = 0x00000F00;
 constexpr uint32_t kDepth8 = 0x200;
 
-using File = std::unique_ptr<FILE, int (*)(FILE*)>;
-
-// Writes a whole byte image; false when the file cannot be opened or fully written.
+// Writes a whole byte image, whole or not at all; false when it could not be written.
 bool writeBytes(const std::string& path, const std::vector<uint8_t>& bytes)
 {
-    File file(std::fopen(path.c_str(), "wb"), &std::fclose);
-    if (!file)
-        return false;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    return std::fclose(file.release()) == 0 && written;
+    return replaceFileContents(path, bytes.data(), bytes.size());
 }
 
 } // namespace
@@ -52,14 +46,30 @@ int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
     struct stat existing {};
     if (mkdir(folder.c_str(), 0777) != 0 &&
         !(errno == EEXIST && stat(folder.c_str(), &existing) == 0 && S_ISDIR(existing.st_mode)))
-        return setMessage(message, "%sunable to create directory \"%s\"", kNameLine, folder.c_str());
+        return setMessage(message, "%sunable to create directory \"%s\"", kNameLine,
+                          folder.c_str());
 
     const std::string scriptPath = formatText("%s.KSC", folder.c_str());
-    File script(std::fopen(scriptPath.c_str(), "wb"), &std::fclose);
-    if (!script)
+    // The script lists every KMP; it replaces an earlier one only when the export completes.
+    AtomicFile scriptFile(scriptPath);
+    if (!scriptFile.open())
         return setMessage(message, "%sunable to open \"%s\"", kNameLine, scriptPath.c_str());
-    if (std::fprintf(script.get(), "#KORG Script Version 1.0\r\n") != 26)
+    std::FILE* script = scriptFile.stream();
+    if (std::fprintf(script, "#KORG Script Version 1.0\r\n") != 26)
         return setMessage(message, "%sksc file write error \"%s\"", kNameLine, scriptPath.c_str());
+
+    // Every zone's key is asked for once per channel, layer by layer.
+    std::vector<SelectedKey> order;
+    for (size_t ordinal = 0; ordinal < selection.size(); ++ordinal) {
+        if (selection[ordinal] < 0 || selection[ordinal] >= kMaxMultiSamples)
+            continue;
+        const std::vector<KmpZone> zones = kmpZones(project.msl[selection[ordinal]]);
+        for (int channel = 0; channel < channelCount; ++channel)
+            for (const KmpZone& zone : zones)
+                if (!zone.gap)
+                    order.push_back({static_cast<int>(ordinal), zone.originalKey});
+    }
+    source.willRender(order);
 
     uint32_t kmpNumber = 0;
     uint32_t sampleNumber = 0;
@@ -71,7 +81,7 @@ int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
         for (int channel = 0; channel < channelCount; ++channel) {
             ++kmpNumber;
             const std::string base = kmpBaseName(msl.name, static_cast<int>(ordinal), channel);
-            const int written = std::fprintf(script.get(), "%s.KMP\r\n", base.c_str());
+            const int written = std::fprintf(script, "%s.KMP\r\n", base.c_str());
             if (written != static_cast<int>(base.size()) + 6)
                 return setMessage(message, "%sksc file write error \"%s\"", kNameLine,
                                   scriptPath.c_str());
@@ -81,7 +91,8 @@ int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
             uint32_t nextSample = sampleNumber;
             for (KmpZone& zone : zones)
                 if (!zone.gap)
-                    zone.sampleFile = ksfFileName(static_cast<int>(kmpNumber), static_cast<int>(++nextSample));
+                    zone.sampleFile =
+                        ksfFileName(static_cast<int>(kmpNumber), static_cast<int>(++nextSample));
             const std::string kmpPath = joinPath(folder, base + ".KMP");
             if (!writeBytes(kmpPath, buildKmp(kmpNameField(msl.name, channel),
                                               kmpNameChunk(msl.name, channel), zones, kmpNumber)))
@@ -108,7 +119,7 @@ int TGexport_KORGKRONOS(const std::string& destination, const Project& project,
             }
         }
     }
-    if (std::fclose(script.release()) != 0)
+    if (!scriptFile.commit())
         return setMessage(message, "%sksc file write error \"%s\"", kNameLine, scriptPath.c_str());
     return 1;
 }

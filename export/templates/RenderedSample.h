@@ -3,6 +3,7 @@
 
 #include "audiofile/WaveFormat.h"
 #include "core/Records.h"
+#include "export/KeySampleFile.h"
 
 #include <cstdint>
 #include <functional>
@@ -31,12 +32,15 @@ struct RenderedSample {
 // flag, report progress, render through the loop renderer, convert as the Export Settings word
 // asks and apply the key's gain.
 class KeySampleSource {
-public:
+  public:
     virtual ~KeySampleSource() = default;
     // Renders key `note` of Multi-Sample `mslIndex` (index into Project::msl); `ordinal` is its
     // place in the selection (from 0). Returns 1, or 0 with `message` (abort: "Export aborted.").
     virtual int render(int mslIndex, int ordinal, int note, RenderedSample& sample,
                        std::string& message) = 0;
+    // Tells the source which keys render() will be asked for, in that order, so that it may
+    // render them ahead on other threads. Optional: without it every key renders on request.
+    virtual void willRender(const std::vector<SelectedKey>& keys) { (void)keys; }
 };
 
 // Writes a rendered sample as a WAV file with its loop and root key. Returns 1, or 0 with

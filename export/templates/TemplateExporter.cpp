@@ -1,16 +1,15 @@
 // Rendering, template filling and description writing shared by the template exporters.
 #include "export/templates/TemplateExporter.h"
 
+#include "core/AtomicFile.h"
 #include "core/Message.h"
 #include "core/Paths.h"
 #include "export/KeySampleFile.h"
 #include "export/NamingTags.h"
 #include "export/templates/TemplateText.h"
 
-#include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <memory>
 
 namespace tg {
 
@@ -51,27 +50,25 @@ int readTemplateFile(const std::string& path, std::string& text)
 
 int writeWholeFile(const std::string& path, const std::string& bytes, std::string& message)
 {
-    std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "wb"), &std::fclose);
-    if (!file)
+    AtomicFile file(path);
+    if (!file.open())
         return setMessage(message, "unable to open \"%s\"", path.c_str());
-    const size_t written = std::fwrite(bytes.data(), 1, bytes.size(), file.get());
-    if (written != bytes.size() || std::fclose(file.release()) != 0)
+    if (!file.write(bytes.data(), bytes.size()) || !file.commit())
         return setMessage(message, "unable to write \"%s\"", path.c_str());
     return 1;
 }
 
 TemplateExporter::TemplateExporter(const Project& project, std::vector<int> selection,
-                                   std::string destination, uint32_t settings,
-                                   const char* nameLine, const char* mainFile,
-                                   const char* sampleFile)
+                                   std::string destination, uint32_t settings, const char* nameLine,
+                                   const char* mainFile, const char* sampleFile)
     : BaseExporter(project, std::move(selection), std::move(destination), settings),
       nameLine_(nameLine)
 {
     const std::string resources = resourcesFolder();
     mainPath_ = joinPath(resources.empty() ? "Resources" : resources, mainFile);
     samplePath_ = joinPath(resources.empty() ? "Resources" : resources, sampleFile);
-    templatesRead_ =
-        readTemplateFile(mainPath_, mainTemplate_) && readTemplateFile(samplePath_, sampleTemplate_);
+    templatesRead_ = readTemplateFile(mainPath_, mainTemplate_) &&
+                     readTemplateFile(samplePath_, sampleTemplate_);
 }
 
 int TemplateExporter::checkTemplates(std::string& message) const
@@ -101,6 +98,11 @@ int TemplateExporter::renderLayers(const std::vector<int>& ordinals, KeySampleSo
                                    const WavFileWriter& writeWav, const std::string& folder,
                                    const std::string& nameTemplate, std::string& message)
 {
+    std::vector<SelectedKey> order;
+    for (int ordinal : ordinals)
+        for (int note : exportedKeys(project_->msl[selection_[static_cast<size_t>(ordinal)]]))
+            order.push_back({ordinal, note});
+    source.willRender(order);
     for (int ordinal : ordinals) {
         const int mslIndex = selection_[static_cast<size_t>(ordinal)];
         const TGmsl& msl = project_->msl[mslIndex];

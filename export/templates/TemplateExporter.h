@@ -125,7 +125,8 @@ protected:
 // the template and are dropped. Returns 1, or 0 when the file cannot be read.
 int readTemplateFile(const std::string& path, std::string& text);
 
-// Writes `bytes` to `path`. Returns 1, or 0 with "unable to open \"%s\"" or
+// Writes `bytes` to `path`, whole or not at all (a file already there stays as it was when
+// the write fails). Returns 1, or 0 with "unable to open \"%s\"" or
 // "unable to write \"%s\"".
 int writeWholeFile(const std::string& path, const std::string& bytes, std::string& message);
 

@@ -304,3 +304,51 @@ TEST_F(ExportPipeline, MissingPartsAndBadSelectionsAreRefused)
     EXPECT_EQ(tg::runExportPipeline(j, audio.services(), sink, message), 0);
     EXPECT_EQ(message, "TGexport_Test():\n\nillegal Multi-Sample index 3");
 }
+
+// Workers rendering ahead must change nothing the writer sees: same keys, markers, audio and
+// gains in the same order, with the same progress reports.
+TEST_F(ExportPipeline, RenderingAheadOnWorkersWritesWhatOneThreadWrites)
+{
+    for (const bool loopOnly : {false, true}) {
+        std::vector<Written> written[2];
+        std::vector<std::string> progress[2];
+        for (int pass = 0; pass < 2; ++pass) {
+            RecordingSink out;
+            tg::setExportProgressCallback(
+                [&](double, const std::string& text) { progress[pass].push_back(text); });
+            auto j = job(kLevels, loopOnly);
+            j.renderThreads = pass == 0 ? 1 : 3;
+            ASSERT_EQ(tg::runExportPipeline(j, audio.services(), out, message), 1) << message;
+            written[pass] = out.keys;
+        }
+        ASSERT_EQ(written[0].size(), 9u);
+        ASSERT_EQ(written[1].size(), written[0].size());
+        for (size_t i = 0; i < written[0].size(); ++i) {
+            const Written& a = written[0][i];
+            const Written& b = written[1][i];
+            EXPECT_EQ(std::tie(a.ordinal, a.note, a.noteIn, a.noteOut, a.bytes, a.peak),
+                      std::tie(b.ordinal, b.note, b.noteIn, b.noteOut, b.bytes, b.peak))
+                << "key " << i << (loopOnly ? " loop only" : "");
+        }
+        EXPECT_EQ(progress[0], progress[1]);
+        expectMarkersUnchanged();
+    }
+}
+
+TEST_F(ExportPipeline, AbortAndFailuresWhileRenderingAheadStopAtTheirKey)
+{
+    sink.abortAfter = 2;
+    auto j = job(kLevels);
+    j.renderThreads = 3;
+    EXPECT_EQ(tg::runExportPipeline(j, audio.services(), sink, message), 0);
+    EXPECT_EQ(message, "TGexport_Test():\n\nExport aborted.");
+    EXPECT_EQ(sink.keys.size(), 2u);
+    expectMarkersUnchanged();
+
+    tg::exportAbortFlag = false;
+    RecordingSink second;
+    project->msl[0].keys[62].Note_Out = 5000; // beyond the recording: rendering fails
+    EXPECT_EQ(tg::runExportPipeline(j, audio.services(), second, message), 0);
+    EXPECT_EQ(message, "TGexport_Test():\n\nthe note's length is equal 0");
+    EXPECT_EQ(second.keys.size(), 1u); // key 60 was written, nothing after the failing key
+}

@@ -216,3 +216,20 @@ TEST(SoundFont2File, WriteFailureClosesAndDeletesTheFile)
     EXPECT_EQ(message, "write error (audio data)\"" + path + "\"");
     EXPECT_FALSE(std::filesystem::exists(path));
 }
+
+TEST(SoundFont2File, UnfinishedBankLeavesTheFileItWouldReplace)
+{
+    tg::test::TempDir dir;
+    const std::string path = dir.file("bank.sf2");
+    ASSERT_TRUE(tg::test::writeFileBytes(path, "the bank from before"));
+    std::string message;
+    {
+        tg::SoundFont2File bank;
+        ASSERT_EQ(bank.open(path, "b", 1, message), 1) << message;
+        ASSERT_EQ(bank.add(keySample(ramp16(1000, 2, 3), 2, 60), message), 1) << message;
+    } // abandoned, as by an abort
+    EXPECT_EQ(tg::test::readFileBytes(path), "the bank from before");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
+                            std::filesystem::directory_iterator()),
+              1);
+}

@@ -77,3 +77,40 @@ TEST(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
 
 } // namespace
 } // namespace tg
+
+namespace tg {
+namespace {
+
+TEST(ZipArchive, WavesAreStoredTextDeflatedAndAFailedArchiveKeepsTheOldFile)
+{
+    if (!test::haveProgram("unzip"))
+        GTEST_SKIP() << "unzip not installed";
+    test::TempDir dir;
+    std::filesystem::create_directories(dir.file("src"));
+    test::writeFileBytes(dir.file("src/a.WAV"), std::string(5000, 'w'));
+    test::writeFileBytes(dir.file("src/b.xml"), std::string(5000, 'x'));
+    std::string message;
+    ASSERT_EQ(zipFolderFiles(dir.file("src"), dir.file("d.zip"), "", {}, nullptr, message), 1)
+        << message;
+    std::string verbose;
+    test::runCommand("unzip -v '" + dir.file("d.zip") + "'", &verbose);
+    EXPECT_NE(verbose.find("5000  Stored     5000   0%"), std::string::npos) << verbose;
+    EXPECT_NE(verbose.find("Defl:X"), std::string::npos) << verbose;
+
+    // Aborted while writing: the archive from before stays as it was, and no temporary file.
+    const std::string before = test::readFileBytes(dir.file("d.zip"));
+    std::atomic<bool> abort{true};
+    ZipArchive archive;
+    ASSERT_EQ(archive.create(dir.file("d.zip"), message), 1);
+    ASSERT_EQ(archive.addFile("a.wav", dir.file("src/a.WAV"), message, ZipMethod::Store), 1);
+    archive.watchAbortFlag(&abort);
+    EXPECT_EQ(archive.close(message), 0);
+    EXPECT_EQ(message, "Export aborted.");
+    EXPECT_EQ(test::readFileBytes(dir.file("d.zip")), before);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
+                            std::filesystem::directory_iterator()),
+              2); // src and d.zip
+}
+
+} // namespace
+} // namespace tg

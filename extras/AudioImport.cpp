@@ -341,9 +341,11 @@ int runImport(Model& model, const std::vector<ImportItem>& plan, const ImportRun
     }
     if (run.progress && ok && !outcome.cancelled)
         run.progress("", 1.0);
+    const int projectIndex = model.currentProjectIndex();
     model.notifyListeners([&](TonegrabberModelListener& listener) {
-        listener.multiSampleListChanged();
-        listener.currentMultiSampleChanged(project->currentMsl);
+        if (outcome.layersAdded > 0)
+            listener.multiSampleListChanged();
+        listener.keysChanged(projectIndex, -1);
     });
     return ok;
 }

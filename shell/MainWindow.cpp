@@ -5,6 +5,7 @@
 #include "core/Model.h"
 #include "shell/ActionTable.h"
 #include "shell/DockWidget.h"
+#include "shell/ExtrasActions.h"
 #include "shell/IniFile.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/panels/CentralWidget.h"
@@ -94,6 +95,7 @@ bool MainWindow::headerShown() const
 void MainWindow::bindActions()
 {
     actions_->bind(QStringLiteral("quit"), [this] { close(); });
+    bindExtrasActions(*actions_, model_, this);
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);

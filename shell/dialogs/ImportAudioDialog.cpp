@@ -127,9 +127,9 @@ ImportAudioDialog::ImportAudioDialog(Model& model, ImportFileTypes types, QWidge
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
 
-    auto* addFiles = new QPushButton(QStringLiteral("Add Files..."), this);
+    auto* addFiles = new QPushButton(QStringLiteral("&Add Files..."), this);
     addFiles->setObjectName(QStringLiteral("addFiles"));
-    auto* addFolder = new QPushButton(QStringLiteral("Add Folder..."), this);
+    auto* addFolder = new QPushButton(QStringLiteral("Add &Folder..."), this);
     addFolder->setObjectName(QStringLiteral("addFolder"));
     auto* remove = new QPushButton(QStringLiteral("Remove"), this);
     remove->setObjectName(QStringLiteral("remove"));

@@ -85,6 +85,8 @@ PresetManagerDialog::PresetManagerDialog(Model& model, QWidget* parent)
     });
     connect(buttons, &QDialogButtonBox::rejected, this, &PresetManagerDialog::reject);
     reload();
+    if (list_->currentItem() != nullptr)
+        projectName_->setText(list_->currentItem()->text());
 }
 
 void PresetManagerDialog::reload()

@@ -12,6 +12,9 @@ void addAllCommands(CliApp& app)
     addRecordCommands(app);
     addAnalysisCommands(app);
     addExportCommands(app);
+    addImportCommands(app);
+    addPresetAndCopyCommands(app);
+    addUpdateCommands(app);
     addDemoCommands(app);
 }
 

@@ -29,6 +29,15 @@ void addRecordCommands(CliApp& app);
 // export (cli/ExportCommands.cpp)
 void addExportCommands(CliApp& app);
 
+// import: audio files as Key-Samples (cli/ImportCommands.cpp)
+void addImportCommands(CliApp& app);
+
+// preset save|list|rename|delete|apply, copy-instrument (cli/PresetCommands.cpp)
+void addPresetAndCopyCommands(CliApp& app);
+
+// check-updates (cli/UpdateCommands.cpp)
+void addUpdateCommands(CliApp& app);
+
 // demo: the main job on the embedded default (cli/DemoCommands.cpp)
 void addDemoCommands(CliApp& app);
 

@@ -1,6 +1,6 @@
 # Fails when a source file below the shell includes a Qt Widgets header, or when a library
 # below the shell links Qt5::Widgets: the core, the file formats, the analysis, the export,
-# the devices, the recording and the command line work without a display.
+# the devices, the recording, the extras and the command line work without a display.
 # Run as: cmake -DSOURCE_DIR=<repository root> -P CheckNoWidgetsBelowShell.cmake
 set(widget_headers
     "QtWidgets" "QWidget" "QApplication" "QDialog" "QMainWindow" "QMessageBox" "QLabel"
@@ -11,7 +11,7 @@ list(JOIN widget_headers "|" alternatives)
 set(include_pattern "#[ \t]*include[ \t]*[<\"](QtWidgets/)?(${alternatives})[>\"/.]")
 
 set(offenders "")
-foreach(folder core audiofile analysis export devices recording cli)
+foreach(folder core audiofile analysis export devices recording extras cli)
     file(GLOB_RECURSE sources "${SOURCE_DIR}/${folder}/*.h" "${SOURCE_DIR}/${folder}/*.cpp"
          "${SOURCE_DIR}/${folder}/*.hpp" "${SOURCE_DIR}/${folder}/*.cc")
     foreach(source ${sources})

@@ -88,6 +88,8 @@ const std::vector<MenuEntry>& menuEntries()
         {M::Help, A, "openManuals", "Manuals", "", nullptr},
         {M::Help, A, "openSupport", "Support", "", nullptr},
         {M::Help, A, "openPrivacyPolicy", "Privacy Policy", "", nullptr},
+        {M::Help, Sep, "", "", "", nullptr},
+        {M::Help, A, "openAbout", "About Tonegrabber", "", nullptr},
     };
     return entries;
 }

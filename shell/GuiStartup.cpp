@@ -6,6 +6,7 @@
 #include "recording/StartupWiring.h"
 #include "shell/ActionTable.h"
 #include "shell/MainWindow.h"
+#include "shell/dialogs/UpdateCheckDialog.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/TonegrabberStyle.h"
 
@@ -116,6 +117,7 @@ bool GuiStartup::start(const QStringList& projectFiles)
     app_.installEventFilter(window_.get());
     window_->show();
     window_->projectFiles().openStartupProjects(folders);
+    checkForUpdatesAtStartup(window_.get()); // in the background: start-up never waits for it
     if (model_.preferences().showPrjWizardAtStartup) {
         QAction* wizard = window_->actions().action(QStringLiteral("openProjectWizard"));
         if (wizard->isEnabled())

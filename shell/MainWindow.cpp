@@ -6,6 +6,7 @@
 #include "shell/ActionTable.h"
 #include "shell/DockWidget.h"
 #include "shell/ExportFlow.h"
+#include "shell/ExtrasActions.h"
 #include "shell/IniFile.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/dialogs/AutoDialog.h"
@@ -104,6 +105,7 @@ void MainWindow::bindActions()
     actions_->bind(QStringLiteral("openChangeGainDialog"),
                    [this] { ChangeGainDialog(model_, this).exec(); });
     actions_->bind(QStringLiteral("openAutoDialog"), [this] { AutoDialog(model_, this).exec(); });
+    bindExtrasActions(*actions_, model_, this);
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);

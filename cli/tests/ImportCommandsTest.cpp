@@ -1,0 +1,239 @@
+// import, preset and copy-instrument as a user runs them: a looped WAV set exported by the
+// program and imported back, at the same format and at another rate; conflicts; one-shot
+// folders; presets and copies between project files.
+#include "cli/CliApp.h"
+
+#include "audiofile/SampleConverter.h"
+#include "audiofile/WavFile.h"
+#include "cli/tests/CommandRunner.h"
+#include "core/Message.h"
+#include "core/Model.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <filesystem>
+#include <memory>
+
+using namespace tg;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto run = tg::test::runCli;
+const int kNotes[] = {60, 64, 67};
+
+struct WavFile {
+    WaveFormat format;
+    std::vector<uint8_t> data;
+    int32_t loopStart = -1, loopEnd = -1, root = -1;
+};
+
+WavFile readFile(const std::string& path)
+{
+    WavFile file;
+    int32_t frames = 0;
+    std::string message;
+    EXPECT_TRUE(
+        readWavHeader(path, file.format, file.loopStart, file.loopEnd, file.root, frames, message))
+        << message;
+    EXPECT_TRUE(readWav(path, file.format, file.data, message)) << message;
+    file.data.resize(size_t(frames) * file.format.nBlockAlign);
+    return file;
+}
+
+class ImportCommands : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        for (const char* folder : {"src", "out", "empty", "hi"})
+            fs::create_directories(dir.file(folder));
+        // A Multi-Sample of three looped sines, saved as Source.TGprj.
+        auto project = std::make_unique<Project>();
+        copyText(project->name, "Source");
+        copyText(project->dataPath, dir.file("src").c_str());
+        project->mslCount = 1;
+        TGmsl& msl = project->msl[0];
+        copyText(msl.name, "Piano");
+        copyText(msl.AudioInFormat, "44.1KHz, Stereo, 16bit");
+        for (int note : kNotes) {
+            std::vector<uint8_t> data;
+            for (int i = 0; i < 20000; ++i)
+                for (int ch = 0; ch < 2; ++ch) {
+                    const int16_t v = int16_t(7000 * std::sin(i * 0.0002 * note + ch));
+                    data.push_back(uint8_t(v & 0xFF));
+                    data.push_back(uint8_t((v >> 8) & 0xFF));
+                }
+            std::string message;
+            ASSERT_TRUE(writeWav(keySampleFileName(*project, msl, note),
+                                 makeWaveFormat(44100, 2, 16), data, message));
+            TGmsl_key& key = msl.keys[note];
+            key.keyState = 1;
+            key.Note_In = 300;
+            key.Note_Out = 19000;
+            key.loopMode = 1;
+            key.Loop_In = 6000;
+            key.Loop_Out = 15999;
+            // No crossfade: the rendered note stays one smooth sine, whose round trip through
+            // the resampler measures the resampler and not a jump at the loop end.
+            key.xfadeLen = 0;
+        }
+        std::string message;
+        ASSERT_TRUE(saveProject(*project, dir.path(), "Source", message)) << message;
+        ASSERT_EQ(run({"export", dir.file("Source.TGprj"), "--format", "wav", "--dest",
+                       dir.file("out"), "--naming", "<#ms#>-<#mn#>", "--quiet"})
+                      .status,
+                  0);
+    }
+
+    // An empty project (one Multi-Sample, no keys) in `format`.
+    std::string emptyProject(const std::string& name, const std::string& format)
+    {
+        const std::string path = dir.file(name + ".TGprj");
+        const test::CommandRun r = run({"new", path, "--data-path", dir.file("empty"), "--format",
+                                        format, "--keys", "37", "--step", "36"});
+        EXPECT_EQ(r.status, 0) << r.err;
+        return path;
+    }
+
+    nlohmann::json info(const std::string& path)
+    {
+        const test::CommandRun r = run({"info", path, "--json"});
+        EXPECT_EQ(r.status, 0) << r.err;
+        return nlohmann::json::parse(r.out);
+    }
+
+    test::TempDir dir;
+};
+
+TEST_F(ImportCommands, ExportedLoopedSetComesBackBitExact)
+{
+    const std::string path = emptyProject("Back", "44.1KHz, Stereo, 16bit");
+    const test::CommandRun r = run({"import", path, dir.file("out"), "--quiet"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const nlohmann::json msl = info(path)["multisamples"][0];
+    int withAudio = 0;
+    for (const nlohmann::json& key : msl["keys"])
+        withAudio += key["hasAudio"].get<int>();
+    EXPECT_EQ(withAudio, 3);
+    for (int note : kNotes) {
+        SCOPED_TRACE(note);
+        const WavFile exported = readFile(dir.file("out/Piano-0" + std::to_string(note) + ".wav"));
+        ASSERT_EQ(exported.root, note);
+        const nlohmann::json& key = msl["keys"][note];
+        EXPECT_EQ(key["Loop_In"], exported.loopStart);
+        EXPECT_EQ(key["Loop_Out"], exported.loopEnd);
+        EXPECT_EQ(key["loopMode"], 1);
+        const WavFile imported =
+            readFile(dir.file("empty/Back - Velocity 127 - 0" + std::to_string(note) + " - " +
+                              key["noteName"].get<std::string>() + ".wav"));
+        EXPECT_EQ(imported.data, exported.data);
+    }
+}
+
+TEST_F(ImportCommands, AnotherRateIsResampledWithinTheResamplersQuality)
+{
+    const std::string path = emptyProject("High", "48KHz, Stereo, 16bit");
+    ASSERT_EQ(run({"import", path, dir.file("out"), "--quiet"}).status, 0);
+    const nlohmann::json msl = info(path)["multisamples"][0];
+    for (int note : kNotes) {
+        SCOPED_TRACE(note);
+        const WavFile exported = readFile(dir.file("out/Piano-0" + std::to_string(note) + ".wav"));
+        WavFile imported =
+            readFile(dir.file("empty/High - Velocity 127 - 0" + std::to_string(note) + " - " +
+                              msl["keys"][note]["noteName"].get<std::string>() + ".wav"));
+        ASSERT_EQ(imported.format.nSamplesPerSec, 48000u);
+        const double scale = 48000.0 / 44100.0;
+        EXPECT_NEAR(msl["keys"][note]["Loop_In"].get<double>(), exported.loopStart * scale, 40);
+        EXPECT_NEAR(msl["keys"][note]["Loop_Out"].get<double>(), exported.loopEnd * scale, 40);
+        // Back to 44.1 kHz through the same resampler: 60 dB of signal over the difference.
+        WaveFormat back = exported.format;
+        ASSERT_TRUE(convertSamples(imported.data, imported.format, back, nullptr, nullptr,
+                                   ChannelMode::Mix, ResampleMode::HighQuality));
+        double signal = 0, error = 0;
+        const auto* a = reinterpret_cast<const int16_t*>(exported.data.data());
+        const auto* b = reinterpret_cast<const int16_t*>(imported.data.data());
+        const size_t count = std::min(exported.data.size(), imported.data.size()) / 2;
+        for (size_t i = 2000; i + 2000 < count; ++i) {
+            signal += double(a[i]) * a[i];
+            error += double(a[i] - b[i]) * (a[i] - b[i]);
+        }
+        EXPECT_GT(10 * std::log10(signal / error), 60.0);
+    }
+}
+
+TEST_F(ImportCommands, OccupiedKeysNeedReplaceOrSkip)
+{
+    const std::string path = emptyProject("Twice", "44.1KHz, Stereo, 16bit");
+    ASSERT_EQ(run({"import", path, dir.file("out/Piano-060.wav"), "--quiet"}).status, 0);
+    test::CommandRun r = run({"import", path, dir.file("out"), "--quiet"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "Key C4 (60) of the Multi-Sample \"Velocity 127\" already holds a "
+                     "Key-Sample; choose whether to replace or to skip such keys. (--replace or "
+                     "--skip)\n");
+    r = run({"import", path, dir.file("out"), "--skip", "--json"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const nlohmann::json doc = nlohmann::json::parse(r.out);
+    EXPECT_EQ(doc["imported"], 2);
+    EXPECT_EQ(doc["skipped"], 1);
+    EXPECT_EQ(run({"import", path, dir.file("out"), "--replace", "--skip"}).status, 2);
+}
+
+TEST_F(ImportCommands, SoundLibraryFolderAndNamesWithoutChunks)
+{
+    const std::string path = emptyProject("Kit", "44.1KHz, Mono, 16bit");
+    fs::create_directories(dir.file("Kit One"));
+    for (const char* name : {"Snare.wav", "Kick.wav"})
+        fs::copy_file(dir.file("src/Source - Piano - 060 - C4.wav"),
+                      dir.file(std::string("Kit One/") + name));
+    test::CommandRun r =
+        run({"import", path, dir.file("Kit One"), "--sound-library", "--key", "40", "--quiet"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    nlohmann::json doc = info(path);
+    ASSERT_EQ(doc["mslCount"], 2);
+    EXPECT_EQ(doc["multisamples"][1]["name"], "Kit One");
+    EXPECT_EQ(doc["multisamples"][1]["keys"][40]["name"], "Kick");
+    EXPECT_EQ(doc["multisamples"][1]["keys"][41]["name"], "Snare");
+
+    // A Key-Sample file of the program has no chunk with a root: the name decides.
+    fs::copy_file(dir.file("src/Source - Piano - 060 - C4.wav"), dir.file("Piano C#3.wav"));
+    r = run({"import", path, dir.file("Piano C#3.wav"), "--multisample", "0", "--json"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(nlohmann::json::parse(r.out)["files"][0]["key"], 49);
+    EXPECT_EQ(info(path)["multisamples"][0]["keys"][49]["hasAudio"], 1);
+}
+
+TEST_F(ImportCommands, PresetsAndCopiesBetweenProjectFiles)
+{
+    const std::string source = dir.file("Source.TGprj");
+    ASSERT_EQ(run({"preset", "save", "Keys", source}).status, 0);
+    test::CommandRun r = run({"preset", "list", "--json"});
+    EXPECT_EQ(nlohmann::json::parse(r.out)["presets"], nlohmann::json::array({"Keys"}));
+    r = run({"preset", "apply", "Keys", dir.file("Fresh.TGprj"), "--data-path", dir.file("hi")});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const nlohmann::json fresh = info(dir.file("Fresh.TGprj"));
+    EXPECT_EQ(fresh["multisamples"][0]["AudioInFormat"], "44.1KHz, Stereo, 16bit");
+    EXPECT_EQ(fresh["multisamples"][0]["keys"][64]["keyState"], 1);
+    EXPECT_EQ(fresh["multisamples"][0]["keys"][64]["hasAudio"], 0);
+    EXPECT_EQ(run({"preset", "rename", "Keys", "Piano Keys"}).status, 0);
+    r = run({"preset", "delete", "Keys"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "There is no preset named \"Keys\".\n");
+
+    // Into the existing project (its Piano is taken: the copy becomes Piano-1), then a new one.
+    ASSERT_EQ(run({"copy-instrument", source, dir.file("Fresh.TGprj")}).status, 0);
+    ASSERT_EQ(run({"copy-instrument", source, dir.file("New.TGprj")}).status, 0);
+    const nlohmann::json copied = info(dir.file("Fresh.TGprj"));
+    ASSERT_EQ(copied["mslCount"], 2);
+    EXPECT_EQ(copied["multisamples"][1]["name"], "Piano-1");
+    EXPECT_EQ(copied["multisamples"][1]["keys"][67]["hasAudio"], 1);
+    const nlohmann::json made = info(dir.file("New.TGprj"));
+    EXPECT_EQ(made["dataPath"], dir.file("New_data"));
+    EXPECT_EQ(made["multisamples"][0]["keys"][60]["hasAudio"], 1);
+}
+
+} // namespace

@@ -7,7 +7,9 @@
 #include "shell/DockWidget.h"
 #include "shell/IniFile.h"
 #include "shell/ProjectFileFlow.h"
+#include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
+#include "shell/panels/KeyboardWidget.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -39,6 +41,7 @@ MainWindow::MainWindow(Model& model, QWidget* parent) : QMainWindow(parent), mod
     actions_ = new MenuActions(menuBar(), this);
     projectFiles_ = new ProjectFileFlow(model_, this, *actions_);
     createDocks();
+    createEditorAndKeyboard();
     fillPanelsMenu();
     bindActions();
     readWindowState();
@@ -77,6 +80,15 @@ void MainWindow::createDocks()
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("InputOutputDock")));
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("PeakLevelDock")));
     addDockWidget(Qt::BottomDockWidgetArea, dock(QStringLiteral("KeyboardDock")));
+}
+
+void MainWindow::createEditorAndKeyboard()
+{
+    editor_ = new SampleEditor(model_, central_);
+    central_->setEditor(editor_);
+    keyboard_ = new KeyboardWidget(model_);
+    dock(QStringLiteral("KeyboardDock"))->setPanel(keyboard_);
+    connect(keyboard_, &KeyboardWidget::keySelected, editor_, &SampleEditor::onKeySelected);
 }
 
 void MainWindow::fillPanelsMenu()

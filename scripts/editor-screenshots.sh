@@ -6,6 +6,8 @@
 #
 #   scripts/editor-screenshots.sh [BUILD_DIR] [NOTE]     (default build/release, note 60)
 #
+# The demo project is made with `tonegrabber-cli demo`; DEMO_DIR=FOLDER uses a copy of what an
+# earlier `demo FOLDER` made instead (the demo takes long in a sanitizer build).
 # Writes docs/screenshots/editor-whole-take.png and docs/screenshots/editor-loop.png.
 set -Eeuo pipefail
 cd "$(dirname "$0")/.."
@@ -34,8 +36,12 @@ export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
 mkdir -p "$TONEGRABBER_HOME" "$out"
 printf '[Misc]\nShowWarningOnQuit=false\n' >"$TONEGRABBER_HOME/Tonegrabber.ini"
 
-echo "editor-screenshots: making the demo project (offline, hosted instrument)"
-"$build/cli/tonegrabber-cli" demo "$work/demo" >"$work/demo.log" 2>&1
+if [ -n "${DEMO_DIR:-}" ]; then
+    cp -r "$DEMO_DIR" "$work/demo"
+else
+    echo "editor-screenshots: making the demo project (offline, hosted instrument)"
+    "$build/cli/tonegrabber-cli" demo "$work/demo" >"$work/demo.log" 2>&1
+fi
 project=$(find "$work/demo" -name '*.TGprj' | sort | tail -n 1)
 [ -n "$project" ] || { echo "editor-screenshots: the demo made no project" >&2; exit 1; }
 

@@ -40,13 +40,15 @@ WaveViewport LoopSpliceView::endViewport() const
 {
     const TGmsl_key* key = keyOf(model_, sample_);
     const double loopEnd = key ? key->Loop_Out + 1.0 : 0.0;
-    return WaveViewport{loopEnd - endArea().width() * framesPerPixel_, framesPerPixel_};
+    return WaveViewport{loopEnd - endArea().width() * framesPerPixel_, framesPerPixel_,
+                        fittingGain(sample_.wave)};
 }
 
 WaveViewport LoopSpliceView::startViewport() const
 {
     const TGmsl_key* key = keyOf(model_, sample_);
-    return WaveViewport{key ? static_cast<double>(key->Loop_In) : 0.0, framesPerPixel_};
+    return WaveViewport{key ? static_cast<double>(key->Loop_In) : 0.0, framesPerPixel_,
+                        fittingGain(sample_.wave)};
 }
 
 void LoopSpliceView::keysChanged(int, int)
@@ -77,23 +79,24 @@ void LoopSpliceView::paintEvent(QPaintEvent*)
     // The step the player makes at the wrap, and the seam itself.
     const int seam = startArea().left();
     const int channels = sample_.wave.channels();
+    const double gain = fittingGain(sample_.wave);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(QColor(255, 80, 70), 2.0));
     for (int c = 0; c < channels; ++c) {
         const QRect lane = channelLane(rect(), channels, c);
         const double xEnd = endViewport().xOf(key->Loop_Out, endArea().left());
-        painter.drawLine(QPointF(xEnd, sampleY(lane, sample_.wave.sample(key->Loop_Out, c))),
-                         QPointF(seam, sampleY(lane, sample_.wave.sample(key->Loop_In, c))));
+        painter.drawLine(QPointF(xEnd, sampleY(lane, sample_.wave.sample(key->Loop_Out, c), gain)),
+                         QPointF(seam, sampleY(lane, sample_.wave.sample(key->Loop_In, c), gain)));
     }
     painter.setPen(QPen(QColor(255, 255, 255, 120), 1.0, Qt::DotLine));
     painter.drawLine(seam, kMarkerLabelStrip, seam, height());
 
     painter.setPen(QColor(220, 220, 220));
-    const QString caption = tr("Loop %1 frames, crossfade %2, %3 frames per pixel")
+    const QString caption = tr("Loop %1 frames\nCrossfade %2 frames")
                                 .arg(key->Loop_Out + 1 - key->Loop_In)
-                                .arg(key->loopMode == 2 ? key->bfxfadeLen : key->xfadeLen)
-                                .arg(framesPerPixel_);
-    painter.drawText(rect().adjusted(6, 0, -6, -4), Qt::AlignBottom | Qt::AlignLeft, caption);
+                                .arg(key->xfadeLen);
+    painter.drawText(rect().adjusted(6, 0, -6, -4),
+                     Qt::AlignBottom | Qt::AlignLeft | Qt::TextWordWrap, caption);
 }
 
 void LoopSpliceView::wheelEvent(QWheelEvent* event)

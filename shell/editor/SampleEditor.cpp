@@ -75,6 +75,7 @@ void SampleEditor::follow(bool always)
     loadCurrentKeySample(model_, sample_);
     waveform_->selectMarker(std::nullopt);
     waveform_->fitAll();
+    waveform_->fitHeight();
     splice_->updateMarkers(&sample_);
 }
 

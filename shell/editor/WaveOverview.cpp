@@ -80,6 +80,13 @@ void WaveOverview::assign(const WaveFormat& format, std::vector<uint8_t> data)
     }
 }
 
+MinMax WaveOverview::whole(int channel) const
+{
+    if (empty() || channel < 0 || channel >= channels())
+        return kNothing;
+    return levels_.back()[static_cast<size_t>(channel)];
+}
+
 int16_t WaveOverview::sample(int64_t frame, int channel) const
 {
     const uint8_t* p = data_.data() + frame * format_.nBlockAlign + channel * width_;

@@ -35,6 +35,9 @@ class WaveOverview {
     int channels() const { return format_.nChannels; }
     int levels() const { return static_cast<int>(levels_.size()); }
 
+    // Min/max of a whole channel (min > max when empty).
+    MinMax whole(int channel) const;
+
     // One sample scaled to -32768 .. 32767 (frame and channel inside the audio).
     int16_t sample(int64_t frame, int channel) const;
 

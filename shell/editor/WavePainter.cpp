@@ -17,7 +17,7 @@ const QColor kLaneBackground(32, 35, 41);
 const QColor kCentreLine(70, 75, 85);
 const QColor kWave(110, 200, 140);
 const QColor kLabelText(230, 230, 230);
-constexpr int kLabelRows = 3;
+constexpr int kLabelRows = 4;
 constexpr int kLabelRowHeight = kMarkerLabelStrip / kLabelRows;
 
 // Whole-pixel columns: a vertical line from each column's min to its max, stretched to meet
@@ -41,7 +41,8 @@ void paintColumns(QPainter& painter, const QRect& lane, const WaveOverview& wave
         }
         previous = ranges[static_cast<size_t>(c)];
         const double x = lane.left() + c + 0.5;
-        lines.emplace_back(x, sampleY(lane, r.max), x, sampleY(lane, r.min) + 0.01);
+        lines.emplace_back(x, sampleY(lane, r.max, viewport.gain), x,
+                           sampleY(lane, r.min, viewport.gain) + 0.01);
     }
     painter.drawLines(lines.data(), static_cast<int>(lines.size()));
 }
@@ -59,7 +60,7 @@ void paintSamples(QPainter& painter, const QRect& lane, const WaveOverview& wave
     QPointF previous;
     for (int64_t f = first; f <= last; ++f) {
         const QPointF point(viewport.xOf(static_cast<double>(f), lane.left()),
-                            sampleY(lane, wave.sample(f, channel)));
+                            sampleY(lane, wave.sample(f, channel), viewport.gain));
         if (f > first)
             lines.emplace_back(previous, point);
         previous = point;
@@ -97,11 +98,12 @@ void paintMarkers(QPainter& painter, const QRect& area, const WaveViewport& view
         painter.drawLine(QPointF(x, area.top() + kMarkerLabelStrip), QPointF(x, area.bottom()));
 
         const int textWidth = metrics.horizontalAdvance(mark->name) + 6;
-        int row = 0;
-        while (row < kLabelRows - 1 && rowEnd[row] > x)
-            ++row;
+        // Near the right edge the label hangs to the left of its line.
         const double left = std::min(x, static_cast<double>(area.right() - textWidth));
-        rowEnd[row] = left + textWidth;
+        int row = 0;
+        while (row < kLabelRows - 1 && rowEnd[row] > left)
+            ++row;
+        rowEnd[row] = left + textWidth + 2;
         const QRectF label(left, area.top() + row * kLabelRowHeight + 1, textWidth,
                            kLabelRowHeight - 2);
         painter.fillRect(label, mark->selected ? mark->color : mark->color.darker(250));
@@ -122,10 +124,22 @@ QRect channelLane(const QRect& area, int channels, int channel)
     return QRect(area.left(), top + channel * height, area.width(), height - 1);
 }
 
-double sampleY(const QRect& lane, int value)
+double sampleY(const QRect& lane, int value, double gain)
 {
     const double half = (lane.height() - 2) / 2.0;
-    return lane.top() + 1 + half - value / 32768.0 * half;
+    const double scaled = std::clamp(value / 32768.0 * gain, -1.0, 1.0);
+    return lane.top() + 1 + half - scaled * half;
+}
+
+double fittingGain(const WaveOverview& wave)
+{
+    int peak = 1;
+    for (int c = 0; c < wave.channels(); ++c) {
+        const MinMax whole = wave.whole(c);
+        if (whole.min <= whole.max)
+            peak = std::max({peak, std::abs(int(whole.min)), std::abs(int(whole.max))});
+    }
+    return std::clamp(0.9 * 32768.0 / peak, 1.0, 32.0);
 }
 
 void paintWave(QPainter& painter, const QRect& area, const WaveOverview& wave,

@@ -20,6 +20,7 @@ namespace tg::shell {
 struct WaveViewport {
     double firstFrame = 0.0;
     double framesPerPixel = 1.0;
+    double gain = 1.0; // vertical zoom: 1 shows full scale across the lane
 
     double xOf(double frame, int left) const
     {
@@ -48,7 +49,7 @@ struct WaveScene {
 };
 
 // Height of the strip above the channels that holds the marker names.
-constexpr int kMarkerLabelStrip = 42;
+constexpr int kMarkerLabelStrip = 60;
 
 // Paints background, regions, the channels' waveforms and the markers into `area`.
 void paintWave(QPainter& painter, const QRect& area, const WaveOverview& wave,
@@ -56,7 +57,10 @@ void paintWave(QPainter& painter, const QRect& area, const WaveOverview& wave,
 
 // The lane of channel `channel` inside a painted area (below the label strip).
 QRect channelLane(const QRect& area, int channels, int channel);
-// The y of a sample value (scaled to 16 bits) in a lane.
-double sampleY(const QRect& lane, int value);
+// The y of a sample value (scaled to 16 bits) in a lane, magnified by `gain` and kept inside it.
+double sampleY(const QRect& lane, int value, double gain = 1.0);
+
+// The vertical zoom at which the loudest sample of `wave` nearly fills its lane (at most 32).
+double fittingGain(const WaveOverview& wave);
 
 } // namespace tg::shell

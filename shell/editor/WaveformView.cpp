@@ -121,6 +121,17 @@ void WaveformView::scrollToFrame(double firstFrame)
     limitViewport();
 }
 
+void WaveformView::setGain(double gain)
+{
+    viewport_.gain = std::clamp(gain, 1.0, 64.0);
+    update();
+}
+
+void WaveformView::fitHeight()
+{
+    setGain(fittingGain(sample_.wave));
+}
+
 void WaveformView::selectMarker(std::optional<MarkerId> id)
 {
     selected_ = id;
@@ -197,6 +208,11 @@ void WaveformView::paintEvent(QPaintEvent*)
         return;
     }
     paintWave(painter, area, sample_.wave, viewport_, markerScene(*key, selected_));
+    if (viewport_.gain > 1.0) {
+        painter.setPen(QColor(200, 200, 200));
+        painter.drawText(area.adjusted(0, 0, -6, -4), Qt::AlignRight | Qt::AlignBottom,
+                         tr("Height x%1").arg(viewport_.gain, 0, 'f', 1));
+    }
 }
 
 void WaveformView::resizeEvent(QResizeEvent* event)
@@ -243,6 +259,12 @@ void WaveformView::keyPressEvent(QKeyEvent* event)
         break;
     case Qt::Key_L:
         fitLoop();
+        break;
+    case Qt::Key_Up:
+        setGain(viewport_.gain * 1.5);
+        break;
+    case Qt::Key_Down:
+        setGain(viewport_.gain / 1.5);
         break;
     case Qt::Key_Tab:
     case Qt::Key_Backtab: {

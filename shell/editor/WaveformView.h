@@ -1,6 +1,7 @@
 // The waveform of the Key-Sample being edited, both channels, with every marker named and
 // the loop's crossfade region shaded. Zoom with the wheel, "+" and "-", "A" to fit the whole
-// take, "L" to fit the loop; scroll with the bar or Shift+wheel. A marker is picked and dragged
+// take, "L" to fit the loop, Up and Down to magnify the height; scroll with the bar or
+// Shift+wheel. A marker is picked and dragged
 // with the mouse, or picked with Tab and moved with the arrow keys (Shift: ten times as far);
 // it lands on a zero crossing when the Key-Sample keeps its markers there. Every move goes
 // through the model.
@@ -38,6 +39,9 @@ class WaveformView : public QWidget, public TonegrabberModelListener {
     void fitAll();
     void fitLoop();
     void scrollToFrame(double firstFrame);
+    // Vertical zoom; fitHeight makes the loudest part nearly fill the lanes.
+    void setGain(double gain);
+    void fitHeight();
 
     std::optional<MarkerId> selectedMarker() const { return selected_; }
     void selectMarker(std::optional<MarkerId> id);

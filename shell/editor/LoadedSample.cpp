@@ -12,6 +12,7 @@ namespace tg::shell {
 void loadCurrentKeySample(Model& model, TGsample& sample)
 {
     sample.wave.clear();
+    sample.keyHadAudio = false;
     sample.project = model.currentProject() ? model.currentProjectIndex() : -1;
     TGmsl* msl = model.currentMultiSample();
     sample.msl = msl ? model.currentProject()->currentMsl : -1;
@@ -24,6 +25,7 @@ void loadCurrentKeySample(Model& model, TGsample& sample)
     std::vector<uint8_t> data;
     const Result loaded =
         loadKeySampleAudio(*model.currentProject(), *msl, sample.note, format, data);
+    sample.keyHadAudio = msl->keys[sample.note].hasAudio != 0;
     if (!loaded.ok()) {
         sample.problem = QObject::tr("Key %1 (%2): %3")
                              .arg(sample.note)

@@ -15,7 +15,8 @@ struct TGsample {
     int msl = -1;
     int note = -1;
     shell::WaveOverview wave;
-    QString problem; // why there is no audio to show, for the view to say
+    QString problem;          // why there is no audio to show, for the view to say
+    bool keyHadAudio = false; // the key's hasAudio after the load: a new take turns it on
 
     bool sameKey(int p, int m, int n) const { return project == p && msl == m && note == n; }
 };

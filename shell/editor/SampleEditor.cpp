@@ -110,7 +110,7 @@ void SampleEditor::keysChanged(int project, int msl)
     if (project != sample_.project || (msl != -1 && msl != sample_.msl))
         return;
     const TGmsl_key* key = keyOf(model_, sample_);
-    if (key && key->hasAudio && sample_.wave.empty())
+    if (key && key->hasAudio && !sample_.keyHadAudio)
         follow(true);
 }
 

@@ -200,5 +200,18 @@ TEST_F(SampleEditorTest, KeyboardMarksRecordedAndSelectedKeysAndSelectsOnClick)
     EXPECT_TRUE(window->editor()->sample().wave.empty());
 }
 
+TEST_F(SampleEditorTest, ATakeArrivingForTheOpenKeyIsShown)
+{
+    model.selectKey(62);
+    ASSERT_TRUE(window->editor()->sample().wave.empty());
+    // What a recording run does when it has saved a take.
+    writeTone(keySampleFileName(*model.currentProject(), *model.currentMultiSample(), 62));
+    model.currentMultiSample()->keys[62].hasAudio = 1;
+    model.notifyListeners([&](TonegrabberModelListener& l) {
+        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
+    });
+    EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
+}
+
 } // namespace
 } // namespace tg::shell

@@ -44,6 +44,16 @@ const char* markerName(MarkerId id)
     return "";
 }
 
+bool markerByName(const std::string& name, MarkerId& id)
+{
+    for (MarkerId candidate : allMarkers())
+        if (name == markerName(candidate)) {
+            id = candidate;
+            return true;
+        }
+    return false;
+}
+
 int32_t& markerField(TGmsl_key& key, MarkerId id)
 {
     switch (id) {
@@ -93,7 +103,7 @@ Result moveMarker(Model& model, int note, MarkerId id, int32_t frame, int32_t fr
     Project* project = model.currentProject();
     TGmsl* msl = model.currentMultiSample();
     if (!project || !msl || note < 0 || note >= kKeyCount || frames <= 0)
-        return Result::refused("There is no Key-Sample to edit.");
+        return Result::refused(kNoKeySampleToEdit);
     TGmsl_key& key = msl->keys[note];
     const int32_t partner = markerValue(key, pairedMarker(id));
     int32_t low = 0;

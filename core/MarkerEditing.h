@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 namespace tg {
 
@@ -31,6 +32,8 @@ const std::array<MarkerId, kMarkerCount>& allMarkers();
 
 // The marker's name as the key record calls it ("Loop_In").
 const char* markerName(MarkerId id);
+// The marker called `name` ("Loop_In"), false when none is.
+bool markerByName(const std::string& name, MarkerId& id);
 // The marker's field in `key`.
 int32_t& markerField(TGmsl_key& key, MarkerId id);
 int32_t markerValue(const TGmsl_key& key, MarkerId id);
@@ -38,6 +41,8 @@ int32_t markerValue(const TGmsl_key& key, MarkerId id);
 MarkerId pairedMarker(MarkerId id);
 // True for the first marker of a pair.
 bool isStartMarker(MarkerId id);
+
+constexpr const char* kNoKeySampleToEdit = "There is no Key-Sample to edit.";
 
 // Moves marker `id` of key `note` of the current Multi-Sample to `frame`, clamped to the
 // recording (0 .. frames - 1) and, while the pair spans something, so that a start marker

@@ -1,7 +1,7 @@
 // The waveform view of the Key-Sample being edited.
 #include "shell/editor/WaveformView.h"
 
-#include "audiofile/ZeroCrossing.h"
+#include "analysis/MarkerMoves.h"
 #include "core/Model.h"
 #include "shell/editor/LoadedSample.h"
 #include "shell/editor/MarkerScene.h"
@@ -144,14 +144,9 @@ int32_t WaveformView::placeMarker(MarkerId id, int32_t frame, int direction)
     const WaveOverview& wave = sample_.wave;
     if (!key || wave.empty())
         return frame;
-    const int32_t frames = static_cast<int32_t>(wave.frames());
-    frame = std::clamp(frame, 0, frames - 1);
-    if (key->zerocrossing)
-        frame = findZeroCrossing(&wave.format(), wave.data().data(),
-                                 static_cast<int32_t>(frames * wave.format().nBlockAlign), frame,
-                                 direction, kZeroCrossingEitherChannel);
     int32_t placed = frame;
-    moveMarker(model_, sample_.note, id, frame, frames, placed);
+    moveMarkerOnAudio(model_, sample_.note, id, frame, direction, wave.format(), wave.data().data(),
+                      wave.data().size(), placed);
     if (movesLoop(id))
         emit loopOutRecalculated(&sample_);
     return placed;

@@ -10,11 +10,16 @@
 #include "analysis/LevelOperations.h"
 #include "analysis/LoopQuality.h"
 #include "analysis/LoopSpeed.h"
+#include "analysis/MarkerMoves.h"
+#include "audiofile/KeySampleAudio.h"
 #include "core/Model.h"
 #include "core/NoteNames.h"
 #include "core/ProjectFile.h"
 
 #include <cstdio>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -435,8 +440,76 @@ void addEstimate(CliApp& app)
 
 } // namespace
 
+// marker: moves markers of one Key-Sample as the waveform editor does, and saves the project.
+void addMarker(CliApp& app)
+{
+    struct Args : ProjectArgs {
+        std::vector<std::string> assignments;
+        bool dryRun = false;
+    };
+    auto args = std::make_shared<Args>();
+    CLI::App* c = app.addCommand(
+        "marker",
+        "Moves markers of a Key-Sample (NAME=FRAME), onto zero crossings when it keeps them there",
+        [args]() {
+            std::vector<std::pair<MarkerId, int32_t>> moves;
+            for (const std::string& a : args->assignments) {
+                const size_t eq = a.find('=');
+                MarkerId id = MarkerId::NoteIn;
+                char* end = nullptr;
+                const long long frame =
+                    eq == std::string::npos ? 0 : std::strtoll(a.c_str() + eq + 1, &end, 10);
+                if (eq == std::string::npos || !markerByName(a.substr(0, eq), id) ||
+                    end == a.c_str() + eq + 1 || *end != '\0' || frame < INT32_MIN ||
+                    frame > INT32_MAX) {
+                    std::cerr << "marker: expected NAME=FRAME with NAME one of";
+                    for (MarkerId known : allMarkers())
+                        std::cerr << ' ' << markerName(known);
+                    std::cerr << ", got \"" << a << "\"\n";
+                    return kExitBadUsage;
+                }
+                moves.emplace_back(id, static_cast<int32_t>(frame));
+            }
+            int status = kExitOk;
+            Project* project = loadProject(*args, status);
+            if (project == nullptr)
+                return status;
+            Model& model = Model::instance();
+            model.selectMultiSample(chosenMultiSample(*project, *args));
+            WaveFormat format;
+            std::vector<uint8_t> data;
+            const Result loaded =
+                loadKeySampleAudio(*project, *model.currentMultiSample(), args->key, format, data);
+            if (!loaded.ok())
+                return fail(loaded.message, args->json);
+            nlohmann::json placedFrames = nlohmann::json::object();
+            for (const auto& [id, frame] : moves) {
+                int32_t placed = frame;
+                const Result moved = moveMarkerOnAudio(model, args->key, id, frame, 0, format,
+                                                       data.data(), data.size(), placed);
+                if (!moved.ok())
+                    return fail(moved.message, args->json);
+                placedFrames[markerName(id)] = placed;
+            }
+            std::string message;
+            if (!args->dryRun && !saveProjectAgain(*project, message))
+                return fail(message, args->json);
+            if (args->json)
+                printJson(placedFrames);
+            else
+                for (const auto& [name, frame] : placedFrames.items())
+                    std::cout << name << ' ' << frame.get<int32_t>() << '\n';
+            return kExitOk;
+        });
+    addProjectOptions(c, *args, true, {"sample"});
+    c->get_option("--key")->required();
+    c->add_option("markers", args->assignments, "NAME=FRAME, e.g. Loop_In=12000")->required();
+    c->add_flag("--dry-run", args->dryRun, "do not save the project");
+}
+
 void addAnalysisCommands(CliApp& app)
 {
+    addMarker(app);
     addAuto(app);
     addLoops(app);
     addNormalize(app);

@@ -12,7 +12,9 @@
 #include "shell/dialogs/AutoDialog.h"
 #include "shell/dialogs/ChangeGainDialog.h"
 #include "shell/dialogs/NormalizeDialog.h"
+#include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
+#include "shell/panels/KeyboardWidget.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -45,6 +47,7 @@ MainWindow::MainWindow(Model& model, QWidget* parent) : QMainWindow(parent), mod
     projectFiles_ = new ProjectFileFlow(model_, this, *actions_);
     new ExportFlow(model_, this, *actions_);
     createDocks();
+    createEditorAndKeyboard();
     fillPanelsMenu();
     bindActions();
     readWindowState();
@@ -83,6 +86,15 @@ void MainWindow::createDocks()
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("InputOutputDock")));
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("PeakLevelDock")));
     addDockWidget(Qt::BottomDockWidgetArea, dock(QStringLiteral("KeyboardDock")));
+}
+
+void MainWindow::createEditorAndKeyboard()
+{
+    editor_ = new SampleEditor(model_, central_);
+    central_->setEditor(editor_);
+    keyboard_ = new KeyboardWidget(model_);
+    dock(QStringLiteral("KeyboardDock"))->setPanel(keyboard_);
+    connect(keyboard_, &KeyboardWidget::keySelected, editor_, &SampleEditor::onKeySelected);
 }
 
 void MainWindow::fillPanelsMenu()

@@ -18,6 +18,8 @@ namespace tg::shell {
 
 class CentralWidget;
 class DockWidget;
+class KeyboardWidget;
+class SampleEditor;
 class MenuActions;
 class ProjectFileFlow;
 
@@ -39,6 +41,8 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     Model& model() { return model_; }
     MenuActions& actions() { return *actions_; }
     CentralWidget* centralArea() const { return central_; }
+    SampleEditor* editor() const { return editor_; }
+    KeyboardWidget* keyboard() const { return keyboard_; }
     ProjectFileFlow& projectFiles() { return *projectFiles_; }
     // The dock of `objectName` (one of dockSpecs()), nullptr for an unknown name.
     DockWidget* dock(const QString& objectName) const;
@@ -53,6 +57,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
 
   private:
     void createDocks();
+    void createEditorAndKeyboard();
     void bindActions();
     void fillPanelsMenu();
     void readWindowState();
@@ -62,6 +67,8 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     MenuActions* actions_ = nullptr;
     ProjectFileFlow* projectFiles_ = nullptr;
     CentralWidget* central_ = nullptr;
+    SampleEditor* editor_ = nullptr;
+    KeyboardWidget* keyboard_ = nullptr;
     std::vector<DockWidget*> docks_;
     bool toolTipsShown_ = true;
 };

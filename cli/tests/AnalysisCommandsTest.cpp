@@ -196,6 +196,29 @@ TEST_F(AnalysisCommands, AutoLoopWarnsAboutLoopsThatClick)
     EXPECT_NE(r.err.find("warning: Key 60 (C4): loop "), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("  CLICK\n"), std::string::npos) << r.err;
     EXPECT_EQ(nlohmann::json::parse(r.out)["clickingLoops"], nlohmann::json::array({60}));
+TEST_F(AnalysisCommands, MarkerMovesOntoZeroCrossingsAndSaves)
+{
+    addKey(60); // the tone is exactly zero every 100 frames
+    const std::string path = save();
+    CommandRun r = run({"marker", path, "--key", "60", "Loop_In=12345", "Loop_Out=30000"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(r.out, "Loop_In 12300\nLoop_Out 30000\n");
+
+    Model::instance().reset();
+    ProjectLoadOutcome outcome;
+    std::string message;
+    ASSERT_TRUE(loadProjects(Model::instance(), dir.path(), {"Cli.TGprj"}, {}, outcome, message))
+        << message;
+    const TGmsl_key& key = Model::instance().project(outcome.loaded.front()).msl[0].keys[60];
+    EXPECT_EQ(key.Loop_In, 12300);
+    EXPECT_EQ(key.Loop_Out, 30000);
+
+    r = run({"marker", path, "--key", "60", "Loop_Middle=5"});
+    EXPECT_EQ(r.status, cli::kExitBadUsage);
+    EXPECT_NE(r.err.find("Loop_Middle"), std::string::npos) << r.err;
+    r = run({"marker", path, "--key", "61", "Note_In=5"});
+    EXPECT_EQ(r.status, cli::kExitFailed);
+    EXPECT_NE(r.err.find("could not be found"), std::string::npos) << r.err;
 }
 
 TEST_F(AnalysisCommands, EstimatePrintsTimeAndSize)

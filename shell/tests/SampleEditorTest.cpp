@@ -1,0 +1,217 @@
+// The waveform editor and the keyboard as a user meets them in the main window: markers
+// dragged and nudged land in the model (on zero crossings when the Key-Sample asks), the info
+// panel follows, and the keyboard shows which keys are recorded.
+#include "shell/editor/SampleEditor.h"
+#include "audiofile/WavFile.h"
+#include "core/Model.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "shell/MainWindow.h"
+#include "shell/editor/LoadedSample.h"
+#include "shell/editor/WaveformView.h"
+#include "shell/panels/CentralWidget.h"
+#include "shell/panels/InfoSettingsWidget.h"
+#include "shell/panels/KeyboardWidget.h"
+#include "tests/support/TempDir.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+namespace tg::shell {
+namespace {
+
+constexpr int kNote = 60;
+constexpr int32_t kFrames = 20000;
+constexpr double kPeriod = 100.0; // frames per cycle of the test tone
+
+class SampleEditorTest : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(model.newProject().ok());
+        Project& project = *model.currentProject();
+        copyText(project.name, "Editor");
+        copyText(project.dataPath, data.path().c_str());
+        ASSERT_TRUE(model.addMultiSample().ok());
+        TGmsl& msl = *model.currentMultiSample();
+        copyText(msl.name, "Strings");
+        TGmsl_key& key = msl.keys[kNote];
+        key.keyState = 1;
+        key.Note_In = 1000;
+        key.Note_Out = 19000;
+        key.Loop_In = 5020; // between crossings of both channels
+        key.Loop_Out = 15000;
+        key.loopMode = 1;
+        key.xfadeLen = 400;
+        key.zerocrossing = 0;
+        writeTone(keySampleFileName(project, msl, kNote));
+
+        window = std::make_unique<MainWindow>(model);
+        window->resize(1280, 800);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+        model.selectKey(kNote);
+        view = window->editor()->waveform();
+    }
+
+    // A stereo tone whose channels cross zero at different frames, never exactly on a sample.
+    void writeTone(const std::string& path)
+    {
+        const WaveFormat format = makeWaveFormat(44100, 2, 16);
+        std::vector<uint8_t> bytes(static_cast<size_t>(kFrames) * format.nBlockAlign);
+        for (int32_t f = 0; f < kFrames; ++f)
+            for (int ch = 0; ch < 2; ++ch) {
+                const double v = std::sin(2.0 * M_PI * (f + 0.3 + ch * 7) / kPeriod);
+                const auto s = static_cast<int16_t>(v * 20000.0);
+                bytes[static_cast<size_t>(f * 4 + ch * 2)] = static_cast<uint8_t>(s & 0xff);
+                bytes[static_cast<size_t>(f * 4 + ch * 2 + 1)] = static_cast<uint8_t>(s >> 8);
+            }
+        std::string message;
+        ASSERT_EQ(writeWav(path, format, bytes, message), 1) << message;
+    }
+
+    TGmsl_key& key() { return model.currentMultiSample()->keys[kNote]; }
+
+    // True when the signal changes sign (or touches zero) at `frame` in either channel.
+    bool crossesZeroAt(int32_t frame) const
+    {
+        const WaveOverview& wave = window->editor()->sample().wave;
+        for (int ch = 0; ch < wave.channels(); ++ch) {
+            const int v = wave.sample(frame, ch);
+            if (v == 0)
+                return true;
+            for (int32_t other : {frame - 1, frame + 1})
+                if (other >= 0 && other < wave.frames() && (wave.sample(other, ch) > 0) != (v > 0))
+                    return true;
+        }
+        return false;
+    }
+
+    void drag(int fromX, int toX)
+    {
+        const int y = view->waveArea().center().y();
+        QTest::mousePress(view, Qt::LeftButton, {}, QPoint(fromX, y));
+        // Moves with the button held, as the window system delivers them.
+        for (const int x : {(fromX + toX) / 2, toX}) {
+            QMouseEvent move(QEvent::MouseMove, QPointF(x, y), view->mapToGlobal(QPoint(x, y)),
+                             Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(view, &move);
+        }
+        QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(toX, y));
+    }
+
+    test::TempDir data;
+    Model model;
+    std::unique_ptr<MainWindow> window;
+    WaveformView* view = nullptr;
+};
+
+TEST_F(SampleEditorTest, DraggingLoopInMovesTheModelMarkerAndTheInfoShowsIt)
+{
+    ASSERT_FALSE(window->editor()->sample().wave.empty())
+        << window->editor()->sample().problem.toStdString();
+    EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
+
+    const int from = view->xOfFrame(5020);
+    drag(from, from + 120);
+    const int32_t moved = key().Loop_In;
+    EXPECT_GT(moved, 5020 + 110 * view->viewport().framesPerPixel);
+    EXPECT_EQ(view->selectedMarker(), MarkerId::LoopIn);
+    EXPECT_TRUE(model.currentProject()->modified);
+    const QString info = window->centralArea()->infoSettings()->infoText();
+    EXPECT_TRUE(info.contains(QStringLiteral("%1 - 15000").arg(moved))) << info.toStdString();
+
+    // Saved with the project and read back.
+    std::string message;
+    ASSERT_EQ(saveProject(*model.currentProject(), data.path(), "Editor", message), 1) << message;
+    Model reread;
+    ProjectLoadOutcome outcome;
+    ASSERT_EQ(loadProjects(reread, data.path(), {"Editor.TGprj"}, {}, outcome, message), 1)
+        << message;
+    EXPECT_EQ(reread.project(0).msl[0].keys[kNote].Loop_In, moved);
+
+    // Dragged past Loop_Out, Loop_In stops on it.
+    drag(view->xOfFrame(moved), view->xOfFrame(17000));
+    EXPECT_EQ(key().Loop_In, 15000);
+}
+
+TEST_F(SampleEditorTest, SnappedMarkersLandWhereTheSignChanges)
+{
+    key().zerocrossing = 1;
+    view->fitLoop();
+    // Dropped near a crest of the tone, far from where either channel crosses zero.
+    const int32_t crest = 5325;
+    ASSERT_FALSE(crossesZeroAt(crest));
+    drag(view->xOfFrame(5020), view->xOfFrame(crest));
+    const int32_t dropped = key().Loop_In;
+    EXPECT_TRUE(crossesZeroAt(dropped)) << dropped;
+    EXPECT_LE(std::abs(dropped - crest), kPeriod / 2 + view->viewport().framesPerPixel);
+
+    // The arrow key takes Loop_Out to the next crossing after it.
+    view->selectMarker(MarkerId::LoopOut);
+    const int32_t before = key().Loop_Out;
+    QTest::keyClick(view, Qt::Key_Right);
+    EXPECT_GT(key().Loop_Out, before);
+    EXPECT_LE(key().Loop_Out, before + kPeriod / 2 + 1);
+    EXPECT_TRUE(crossesZeroAt(key().Loop_Out)) << key().Loop_Out;
+}
+
+TEST_F(SampleEditorTest, ZoomKeysAndFitLoopFrameTheLoop)
+{
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_L);
+    EXPECT_GT(view->xOfFrame(5000), view->waveArea().left());
+    EXPECT_LT(view->xOfFrame(15000), view->waveArea().right());
+    const double loopScale = view->viewport().framesPerPixel;
+    QTest::keyClick(view, Qt::Key_Plus);
+    EXPECT_DOUBLE_EQ(view->viewport().framesPerPixel, loopScale / 2);
+    QTest::keyClick(view, Qt::Key_A);
+    EXPECT_EQ(view->xOfFrame(0), view->waveArea().left());
+    EXPECT_NEAR(view->xOfFrame(kFrames), view->waveArea().right() + 1, 1);
+}
+
+TEST_F(SampleEditorTest, KeyboardMarksRecordedAndSelectedKeysAndSelectsOnClick)
+{
+    KeyboardWidget* keyboard = window->keyboard();
+    keyboard->resize(1200, 100);
+    // Key 60 has its take; key 62 is only selected for recording.
+    model.currentMultiSample()->keys[62].keyState = 1;
+    const QImage picture = keyboard->grab().toImage();
+    EXPECT_EQ(picture.pixelColor(keyboard->recordedMarkCentre(60)), KeyboardWidget::kRecordedMark);
+    EXPECT_NE(picture.pixelColor(keyboard->recordedMarkCentre(62)), KeyboardWidget::kRecordedMark);
+    EXPECT_NE(picture.pixelColor(keyboard->recordedMarkCentre(61)), KeyboardWidget::kRecordedMark);
+    // The recording range 48..79 as a bar over exactly those keys.
+    const QRect bar = keyboard->rangeBar();
+    EXPECT_EQ(bar.left(), keyboard->keyRect(48).left());
+    EXPECT_EQ(bar.right(), keyboard->keyRect(79).right());
+    EXPECT_EQ(picture.pixelColor(bar.center()), KeyboardWidget::kRangeBar);
+
+    QSignalSpy selected(keyboard, &KeyboardWidget::keySelected);
+    QTest::mouseClick(keyboard, Qt::LeftButton, {}, keyboard->keyRect(61).center());
+    ASSERT_EQ(selected.count(), 1);
+    EXPECT_EQ(selected.at(0).at(0).toUInt(), 61u);
+    EXPECT_EQ(model.currentKey(), 61);
+    EXPECT_TRUE(window->editor()->sample().wave.empty());
+}
+
+TEST_F(SampleEditorTest, ATakeArrivingForTheOpenKeyIsShown)
+{
+    model.selectKey(62);
+    ASSERT_TRUE(window->editor()->sample().wave.empty());
+    // What a recording run does when it has saved a take.
+    writeTone(keySampleFileName(*model.currentProject(), *model.currentMultiSample(), 62));
+    model.currentMultiSample()->keys[62].hasAudio = 1;
+    model.notifyListeners([&](TonegrabberModelListener& l) {
+        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
+    });
+    EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
+}
+
+} // namespace
+} // namespace tg::shell

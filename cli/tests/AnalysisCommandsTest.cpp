@@ -196,6 +196,8 @@ TEST_F(AnalysisCommands, AutoLoopWarnsAboutLoopsThatClick)
     EXPECT_NE(r.err.find("warning: Key 60 (C4): loop "), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("  CLICK\n"), std::string::npos) << r.err;
     EXPECT_EQ(nlohmann::json::parse(r.out)["clickingLoops"], nlohmann::json::array({60}));
+}
+
 TEST_F(AnalysisCommands, MarkerMovesOntoZeroCrossingsAndSaves)
 {
     addKey(60); // the tone is exactly zero every 100 frames

@@ -25,9 +25,9 @@
 
 namespace tg::shell {
 
-const std::vector<DockSpec>& dockSpecs()
+const std::vector<DockEntry>& dockEntries()
 {
-    static const std::vector<DockSpec> specs = {
+    static const std::vector<DockEntry> specs = {
         {"Input/Output", "InputOutputDock"},  {"Projects", "ProjectsDock"},
         {"Multi-Samples", "MultisampleDock"}, {"Samples", "SamplesDock"},
         {"Peak Meter", "PeakLevelDock"},      {"Keyboard", "KeyboardDock"},
@@ -69,9 +69,9 @@ DockWidget* MainWindow::dock(const QString& objectName) const
 
 void MainWindow::createDocks()
 {
-    for (const DockSpec& spec : dockSpecs()) {
-        auto* dock = new DockWidget(QString::fromUtf8(spec.title),
-                                    QString::fromLatin1(spec.objectName), this);
+    for (const DockEntry& entry : dockEntries()) {
+        auto* dock = new DockWidget(QString::fromUtf8(entry.title),
+                                    QString::fromLatin1(entry.objectName), this);
         auto* pending =
             new QLabel(tr("%1: not available yet in this version.").arg(dock->windowTitle()));
         pending->setAlignment(Qt::AlignCenter);

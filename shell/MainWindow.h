@@ -26,11 +26,11 @@ class ProjectFileFlow;
 constexpr const char* kMainWindowTitle = "Tonegrabber 6";
 
 // The six docks: title and object name.
-struct DockSpec {
+struct DockEntry {
     const char* title;
     const char* objectName;
 };
-const std::vector<DockSpec>& dockSpecs();
+const std::vector<DockEntry>& dockEntries();
 
 class MainWindow : public QMainWindow, public TonegrabberModelListener {
     Q_OBJECT
@@ -44,7 +44,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     SampleEditor* editor() const { return editor_; }
     KeyboardWidget* keyboard() const { return keyboard_; }
     ProjectFileFlow& projectFiles() { return *projectFiles_; }
-    // The dock of `objectName` (one of dockSpecs()), nullptr for an unknown name.
+    // The dock of `objectName` (one of dockEntries()), nullptr for an unknown name.
     DockWidget* dock(const QString& objectName) const;
 
     // Shown or hidden with "Show Header"; kept as "MainWindow/ShowHeader".

@@ -178,7 +178,7 @@ TEST_F(MainWindowTest, QuitWithoutQuestionWritesEveryWindowStateKey)
     EXPECT_FALSE(ini->value(ini::kMainWindowGeometry).toByteArray().isEmpty());
     EXPECT_FALSE(ini->value(ini::kMainWindowState).toByteArray().isEmpty());
     EXPECT_EQ(ini->value(ini::kMainWindowShowHeader), QVariant(false));
-    for (const DockSpec& dock : dockSpecs()) {
+    for (const DockEntry& dock : dockEntries()) {
         const QString name = QString::fromLatin1(dock.objectName);
         EXPECT_TRUE(ini->contains(name + "/Geometry")) << dock.objectName;
         EXPECT_EQ(ini->value(name + "/IsFloating").toBool(), name == "KeyboardDock");

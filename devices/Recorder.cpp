@@ -126,13 +126,18 @@ void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
     } else if (!status.timed) {
         timedFromStart_ = false;
     } else if (timedFromStart_) {
-        // Frames the clock says went by before this block, against those that arrived. The
-        // host's clock is an estimate that wobbles by a fraction of a block; a hole is at
-        // least one whole period.
-        const int64_t elapsed =
-            std::llround((status.time - firstBlockTime_) * double(format_.sampleRate));
-        const int64_t deficit = elapsed - before;
-        if (deficit > int64_t(frames / 2) && deficit > missing)
+        // Frames the clock says went by before this block, against those that arrived. Hosts
+        // read their clock when the callback runs, anywhere within its period (JACK's
+        // estimate runs from the period's start), so a reading is late by up to a block and
+        // never early. The origin follows the earliest reading seen, and a hole counts only
+        // once it spans a whole block: a late reading alone never makes one.
+        const double rate = double(format_.sampleRate);
+        int64_t deficit = std::llround((status.time - firstBlockTime_) * rate) - before;
+        if (deficit < 0) {
+            firstBlockTime_ += double(deficit) / rate;
+            deficit = 0;
+        }
+        if (deficit >= int64_t(frames) && deficit > missing)
             missing = deficit;
     }
     const int64_t room = capacityFrames_ - before;

@@ -87,7 +87,7 @@ class Recorder {
     int64_t position_ = 0;
     AudioStreamConfig format_;
     bool timedFromStart_ = false; // every block of the take so far came with a time
-    double firstBlockTime_ = 0.0;
+    double firstBlockTime_ = 0.0; // the clock at the take's first frame, by the earliest reading
     TakeHealth health_;
     // Counted by an output stream's thread, which never owns the buffer.
     std::atomic<int> outputUnderflows_{0};

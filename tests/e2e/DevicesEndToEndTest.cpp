@@ -224,8 +224,11 @@ namespace tg::test {
 namespace {
 
 // The recorder's health counts on the real chain: a clean take gets every frame the server's
-// clock let pass; a take during which another client stalls the server for a few periods
-// misses the periods the server skipped, and carries the xrun JACK reports to every client.
+// clock let pass, even when the server is read late in its periods on a busy machine. A take
+// during which another client stalls the server carries the xrun JACK reports to every
+// client and still fills to its length. Whether the stall shows as a hole depends on the
+// server: its frame counter does not advance over periods it skipped, only its estimate
+// within a period may jump, so the hole is printed and only checked to agree with the verdict.
 TEST_F(SynthRecording, TakeHealthCountsTheXrunsOfTheServer)
 {
     std::string msg;
@@ -247,8 +250,9 @@ TEST_F(SynthRecording, TakeHealthCountsTheXrunsOfTheServer)
                  health.inputOverflows, staller.xruns());
     EXPECT_GE(staller.xruns(), 1);
     EXPECT_GE(health.inputOverflows, 1);
-    EXPECT_GT(health.framesMissing(), 0);
-    EXPECT_TRUE(health.droppedFrames());
+    EXPECT_EQ(health.framesReceived, 44100);
+    EXPECT_TRUE(health.clocked);
+    EXPECT_EQ(health.droppedFrames(), health.framesMissing() > 0);
 }
 
 // Arming, stopping and reading takes as fast as the GUI could while the callback writes the

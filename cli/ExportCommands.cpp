@@ -156,7 +156,7 @@ int runExportCommand(const ExportArgs& args)
     request.tagging.creator = args.creator;
     request.tagging.keywords = splitKeywords(args.keywords);
 
-    Model& model = Model::instance();
+    Model& model = commandModel();
     std::string message;
     if (!openProjectFile(model, args.path, message) || model.currentProject() == nullptr)
         return fail(message, args.json);

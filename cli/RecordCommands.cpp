@@ -127,12 +127,11 @@ int openProjects(Model& model, const RecordOptions& options)
 // as quickly as the user can read them.
 int checkBeforeDevices(const RecordOptions& options, int command, const std::string& output)
 {
-    auto model = std::make_unique<Model>();
-    loadPreferences(model->preferences());
-    if (const int status = openProjects(*model, options); status != kExitOk)
+    Model& model = commandModel();
+    if (const int status = openProjects(model, options); status != kExitOk)
         return status;
     RecordList list;
-    Result result = buildRecordList(*model, command, list);
+    Result result = buildRecordList(model, command, list);
     std::string title;
     if (result.ok())
         result = checkRecordList(list, output, title);
@@ -191,15 +190,15 @@ int runRecord(const RecordOptions& options)
     char* argv[] = {name, nullptr};
     QCoreApplication app(argc, argv);
 
-    auto model = std::make_unique<Model>();
+    Model& model = commandModel();
     std::string message;
     // Offline bouncing needs no device at all: the core starts without the device steps.
     const int initialized =
-        options.offline ? initializeCore(*model, determineCoreFolders(), StartupHooks{}, message)
-                        : initializeWithDevices(*model, determineCoreFolders(), message);
+        options.offline ? initializeCore(model, determineCoreFolders(), StartupHooks{}, message)
+                        : initializeWithDevices(model, determineCoreFolders(), message);
     if (!initialized)
         return fail(message, false);
-    if (const int status = openProjects(*model, options); status != kExitOk)
+    if (const int status = openProjects(model, options); status != kExitOk)
         return status;
 
     StderrObserver observer(options.quiet);
@@ -215,13 +214,13 @@ int runRecord(const RecordOptions& options)
         OfflineTakeSource offline(choice);
         const auto begin = std::chrono::steady_clock::now();
         int status = kExitOk;
-        if (!runOfflineRecording(*model, runOptions, offline, observer, message))
+        if (!runOfflineRecording(model, runOptions, offline, observer, message))
             status = fail(message, false);
         const double wall =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
         // Every take was saved as it was made; this saves what a failure left changed.
-        for (int i = 0; i < model->projectCount(); ++i)
-            if (!saveProjectAgain(model->project(i), message))
+        for (int i = 0; i < model.projectCount(); ++i)
+            if (!saveProjectAgain(model.project(i), message))
                 status = fail(message, false);
         if (status == kExitOk && !options.quiet)
             std::cerr << "Bounced " << offline.secondsRendered() << " s of audio from "
@@ -244,7 +243,7 @@ int runRecord(const RecordOptions& options)
         source = std::make_unique<RealTimeTakeSource>(audioManager, midiManager);
     }
     SteadyRunClock clock;
-    RecordingRun run(*model, runOptions, *source, clock, observer);
+    RecordingRun run(model, runOptions, *source, clock, observer);
 
     stopSignal.store(0);
     std::signal(SIGINT, onStopSignal);

@@ -5,6 +5,7 @@
 #include "audiofile/AiffFile.h"
 #include "audiofile/WavFile.h"
 #include "cli/tests/CommandRunner.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -130,4 +131,24 @@ TEST(ConvertCommand, ConvertsWithLoopAndRejectsBadArguments)
         2);
     EXPECT_EQ(
         run({"convert", dir.file("none.wav"), out, "--format", "44.1KHz, Mono, 16bit"}).status, 1);
+}
+
+TEST(ConvertCommand, ConvertingAFileOntoItselfOnAFullDiskKeepsTheSource)
+{
+    test::TempDir dir;
+    const std::string file = dir.file("take.wav");
+    std::string message;
+    ASSERT_EQ(writeWav(file, makeWaveFormat(44100, 1, 16), tone(20000, 1), message), 1);
+    const std::string source = test::readFileBytes(file);
+
+    CommandRun r;
+    {
+        // Room for the source, not for the 24-bit stereo file it becomes.
+        test::FileSizeLimit full(64 * 1024);
+        ASSERT_TRUE(full.active());
+        r = run({"convert", file, file, "--format", "48KHz, Stereo, 24bit"});
+    }
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "error writing " + file + "\n");
+    EXPECT_EQ(test::readFileBytes(file), source);
 }

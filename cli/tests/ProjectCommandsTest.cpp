@@ -133,6 +133,39 @@ TEST_F(ProjectCommands, InfoOfABadFileReportsTheReadError)
     EXPECT_EQ(r.err, "unable to open: " + dir.file("none.TGprj") + "\n");
 }
 
+TEST_F(ProjectCommands, EmptyPathsAndFoldersAreRefusedWithTheirOwnMessages)
+{
+    CommandRun r = run({"info", ""});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "No project file given: the path is empty.\n");
+    r = run({"info", dir.path()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "The project file '" + dir.path() + "' is a folder, not a file.\n");
+    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("plain"), "x"));
+    r = run({"info", dir.file("plain/P.TGprj"), "--json"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(nlohmann::json::parse(r.out)["error"], "unable to open: " + dir.file("plain/P.TGprj"));
+
+    r = run({"new", "", "--data-path", dir.path()});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "Bad argument '': the project file's path is empty.\n");
+    r = run({"demo", ""});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "No folder given for the demo: the path is empty.\n");
+}
+
+TEST_F(ProjectCommands, DemoRefusesAFolderHoldingFilesItDidNotMake)
+{
+    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("DemoPiano.TGprj"), "an earlier demo's"));
+    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("notes.txt"), "the user's own"));
+    const CommandRun r = run({"demo", dir.path(), "--quiet"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "The folder '" + dir.path() +
+                         "' holds files the demo did not make; name a new or empty folder.\n");
+    EXPECT_EQ(tg::test::readFileBytes(dir.file("notes.txt")), "the user's own");
+    EXPECT_EQ(tg::test::readFileBytes(dir.file("DemoPiano.TGprj")), "an earlier demo's");
+}
+
 TEST_F(ProjectCommands, SetChangesTheChosenMultiSampleAndSavesTheProject)
 {
     create({"--layers", "3"});

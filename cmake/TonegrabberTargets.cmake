@@ -83,7 +83,7 @@ function(tg_check_test_needs result what)
     endif()
     list(JOIN missing ", " text)
     if("$ENV{CI}" STREQUAL "true")
-        message(FATAL_ERROR "${what} need ${text}, which is missing; under CI they are not "
+        message(FATAL_ERROR "${what} need ${text}, not found here; under CI they are not "
                             "left out (scripts/install-deps.sh installs them)")
     endif()
     message(STATUS "${what} left out: ${text} missing (scripts/install-deps.sh installs them)")

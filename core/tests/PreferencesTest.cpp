@@ -115,89 +115,20 @@ TEST(PreferencesFile, MissingFileGivesDefaultsAndUnwritableFolderFailsQuietly)
     setenv("TONEGRABBER_HOME", home.c_str(), 1);
 }
 
-TEST(PreferencesFile, SaveThenLoadRoundTripsEveryField)
+TEST(PreferencesFile, SaveThenLoadGivesTheSameRecord)
 {
+    // Every byte's way through the record is checked above; this is the way through the file.
     tg::Preferences p = tg::defaultPreferences();
-    p.open0[8] = 0;
-    p.open0[3] = 0x5a;
-    tg::copyText(p.datapath, "/music/samples");
     std::memset(p.MIDIoutDevice, 'M', 36); // fills the stored field with no terminator
-    p.MIDIoutChannel = 15;
-    p.AutoSendReset = 0;
-    p.MIDIoutProgram_active = 0;
-    p.MIDIoutProgram = 127;
-    p.MIDIoutAttackVelocity = 101;
-    p.MIDIoutReleaseVelocity = 33;
-    p.MIDIoutAfterTouch = 12;
-    std::memset(p.AudioInDevice, 'A', 68);
-    tg::copyText(p.AudioInFormat, "96KHz, Mono, 24bit");
-    tg::RecordSettings& rs = p.recordsettings;
-    rs.notelength1 = 1.25;
-    rs.notelength2_active = 1;
-    rs.notelength2 = -2.0;
-    rs.releaselength1 = 0.75;
-    rs.releaselength2_active = 1;
-    rs.releaselength2 = 4.5;
-    rs.clickpopred = 0;
-    rs.zerocrossing = 0;
-    rs.latency = -300;
-    rs.thresPrecisionIn = 0.125;
-    rs.thresPrecisionOut = 0.875;
-    rs.recpause = 1e-3;
-    rs.autoloop = 1;
-    rs.autogain = 0;
-    rs.loopsearchlength = 2.0;
-    rs.loopstart = 40.0;
-    rs.loopoutsearchstart = 60.0;
-    rs.xfadelength = 0.3;
-    std::memcpy(rs.xfadetype, "Sixteen-CharName", 16);
-    rs.bfxfadelength = 0.6;
-    tg::copyText(rs.bfxfadetype, "Linear");
-    p.open592 = 7;
-    p.open630 = 8;
-    p.open708 = 9;
-    p.open712 = 1.5;
-    tg::copyText(p.SampleEditor, "/usr/bin/audacity");
-    p.open1242[1] = 11;
-    p.open1250 = 12;
-    tg::copyText(p.TempDir, "/tmp/tg");
-    p.promptWhenDeleting = 0;
-    p.showPrjWizardAtStartup = 0;
-    p.open5384 = 3;
-    p.ClickPopRedFade_in = 100;
+    p.recordsettings.latency = -300;
     p.ClickPopRedFade_out = 200;
-    p.loadPrjAtStartup = 0;
-    p.open5392[3] = -5;
-    p.open5408[7] = 9;
-    p.open5424[1] = 0.25;
-    p.open5440 = 0;
-    tg::copyText(p.instrumentName, "Grand");
-    tg::copyText(p.secondPath, "/other");
-    p.open5756[1] = 16;
-    p.open5772[2] = 3;
-    p.open5788 = 7;
-    p.open5792[0] = 11.0;
-    p.open5808[1] = 2;
     p.open5816 = 0xdeadbeef;
-    p.open5824[0] = 4;
-
     ASSERT_TRUE(tg::savePreferences(p));
-    EXPECT_EQ(tg::test::readFileBytes(tg::preferencesFilePath()).size(), 5872u);
+    EXPECT_EQ(tg::test::readFileBytes(tg::preferencesFilePath()).size(), kFileSize);
     tg::Preferences q;
     tg::loadPreferences(q);
     EXPECT_EQ(tg::serializePreferences(q), tg::serializePreferences(p));
-    EXPECT_STREQ(q.datapath, "/music/samples");
     EXPECT_EQ(std::string(q.MIDIoutDevice), std::string(36, 'M'));
-    EXPECT_EQ(std::string(q.AudioInDevice), std::string(68, 'A'));
-    EXPECT_STREQ(q.recordsettings.xfadetype, "Sixteen-CharName");
-    EXPECT_STREQ(q.recordsettings.bfxfadetype, "Linear");
-    EXPECT_EQ(q.recordsettings.latency, -300);
-    EXPECT_EQ(q.recordsettings.recpause, 1e-3);
-    EXPECT_EQ(q.open5816, 0xdeadbeefu);
-    EXPECT_EQ(q.open5392[3], -5);
-    EXPECT_EQ(q.open0[3], 0x5a);
-    EXPECT_EQ(q.ClickPopRedFade_out, 200);
-    EXPECT_STREQ(q.instrumentName, "Grand");
 }
 
 TEST(PreferencesFile, BytesOutsideTheFieldsSurviveALoadAndSave)

@@ -22,6 +22,13 @@ void autoNote(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     const int32_t finderBytes = static_cast<int32_t>(
         std::min<int64_t>(frames * format.nBlockAlign, INT32_MAX - INT32_MAX % format.nBlockAlign));
     const int32_t last = static_cast<int32_t>(std::min<int64_t>(frames - 1, INT32_MAX));
+    // The note end snaps back to a zero crossing; with none after the note start (the
+    // finder then runs off the front of the data) it stays where it is.
+    auto snapNoteEnd = [&](int32_t end) {
+        const int32_t snapped =
+            findZeroCrossing(&format, data, finderBytes, end, -1, kZeroCrossingEitherChannel);
+        return snapped > key.Note_In ? snapped : end;
+    };
 
     if (options.silenceReference != nullptr && options.silenceReference != &key) {
         key.Silence_In = options.silenceReference->Silence_In;
@@ -41,8 +48,7 @@ void autoNote(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
             key.Note_Out = last;
         }
         if (settings.zerocrossing)
-            key.Note_Out = findZeroCrossing(&format, data, finderBytes, key.Note_Out, -1,
-                                            kZeroCrossingEitherChannel);
+            key.Note_Out = snapNoteEnd(key.Note_Out);
     }
 
     const TGmsl_key* reference = options.lengthReference;
@@ -55,8 +61,7 @@ void autoNote(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
         key.Note_Out = static_cast<int32_t>(
             std::clamp<int64_t>(int64_t{key.Note_In} + length, key.Note_In, last));
         if (settings.zerocrossing)
-            key.Note_Out = findZeroCrossing(&format, data, finderBytes, key.Note_Out, -1,
-                                            kZeroCrossingEitherChannel);
+            key.Note_Out = snapNoteEnd(key.Note_Out);
     }
 }
 

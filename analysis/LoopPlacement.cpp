@@ -1,6 +1,7 @@
 // Auto-loop marker placement around the loop search.
 #include "analysis/LoopPlacement.h"
 
+#include "analysis/CentredCrossings.h"
 #include "analysis/FadeCurves.h"
 #include "analysis/PcmSamples.h"
 #include "audiofile/ZeroCrossing.h"
@@ -52,12 +53,6 @@ int placeLoop(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     const int64_t frames = static_cast<int64_t>(bytes / format.nBlockAlign);
     if (frames < 1)
         return 0;
-    const int32_t finderBytes = static_cast<int32_t>(
-        std::min<int64_t>(frames * format.nBlockAlign, INT32_MAX - INT32_MAX % format.nBlockAlign));
-    auto crossing = [&](int64_t position, int direction, int rule) {
-        return findZeroCrossing(&format, data, finderBytes, static_cast<int32_t>(position),
-                                direction, rule);
-    };
     auto at = [&](double percent, int64_t length) {
         return static_cast<int64_t>(percent * static_cast<double>(length) / 100.0);
     };
@@ -77,26 +72,33 @@ int placeLoop(TGmsl_key& key, const WaveFormat& format, const uint8_t* data, siz
     key.bfxfadeCurve = static_cast<uint8_t>(fadeCurveIndex(percentages.bfxfadetype.c_str()));
 
     if (zeroCrossing) {
+        const CentredCrossings crossings(format, data, bytes);
         const int64_t wanted = key.Loop_In;
-        key.Loop_In = crossing(wanted, -1, kZeroCrossingBothChannels);
+        const int64_t both = crossings.find(wanted, -1, kZeroCrossingBothChannels);
         // A crossing of both channels can lie far back; more than ten per cent off the
-        // wanted start is too far, and a crossing of either channel is taken instead.
-        const double achieved = (key.Loop_In - noteIn) * 100.0 / static_cast<double>(length);
+        // wanted start (or none at all) is too far, and a crossing of either channel is
+        // taken instead.
+        const double achieved = (both - noteIn) * 100.0 / static_cast<double>(length);
         const double loopstart = percentages.loopstart;
-        const bool tooFar = loopstart != 0.0
-                                ? std::fabs(loopstart - achieved) * 100.0 / loopstart > 10.0
-                                : achieved != 0.0;
-        if (tooFar)
-            key.Loop_In = crossing(wanted, -1, kZeroCrossingEitherChannel);
-        key.Loop_Out = crossing(key.Loop_Out, -1, kZeroCrossingEitherChannel);
+        const bool tooFar =
+            both < 0 ||
+            (loopstart != 0.0 ? std::fabs(loopstart - achieved) * 100.0 / loopstart > 10.0
+                              : achieved != 0.0);
+        key.Loop_In = static_cast<int32_t>(
+            tooFar ? crossings.snap(wanted, -1, kZeroCrossingEitherChannel) : both);
+        key.Loop_Out =
+            static_cast<int32_t>(crossings.snap(key.Loop_Out, -1, kZeroCrossingEitherChannel));
+        if (key.loopMode == 2) {
+            // Backward-forward loops turn in the middle of the search region; no search.
+            const int32_t middle = key.LoopSearch_In + key.LoopSearch_Len / 2;
+            const int64_t snapped = crossings.snap(middle, 0, kZeroCrossingEitherChannel);
+            key.Loop_Out = static_cast<int32_t>(snapped > key.Loop_In ? snapped : middle);
+        }
+    } else if (key.loopMode == 2) {
+        key.Loop_Out = key.LoopSearch_In + key.LoopSearch_Len / 2;
     }
 
-    if (key.loopMode == 2) {
-        // Backward-forward loops turn in the middle of the search region; no search.
-        key.Loop_Out = key.LoopSearch_In + key.LoopSearch_Len / 2;
-        if (zeroCrossing)
-            key.Loop_Out = crossing(key.Loop_Out, 0, kZeroCrossingEitherChannel);
-    } else {
+    if (key.loopMode != 2) {
         const int32_t end = loopSearch(&format, data, bytes, key.Loop_In, key.LoopSearch_In,
                                        key.LoopSearch_Out, key.LoopSearch_Len, key.loopResults,
                                        kLoopResultCount, zeroCrossing, true, progress, options);

@@ -1,12 +1,13 @@
 // Loop search: candidate list, parallel scoring, then K serial selection passes.
 #include "analysis/LoopSearch.h"
 
+#include "analysis/CentredCrossings.h"
 #include "analysis/LoopSpeed.h"
 #include "analysis/PcmSamples.h"
 #include "audiofile/ZeroCrossing.h"
 
 #include <algorithm>
-#include <climits>
+#include <memory>
 #include <vector>
 
 namespace tg {
@@ -26,13 +27,13 @@ int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes, 
     const int64_t frames = static_cast<int64_t>(bytes / format->nBlockAlign);
     if (frames < 1)
         return 0;
-    // The zero-crossing finder counts bytes in 32 bits; recordings never come near that.
-    const int32_t finderBytes = static_cast<int32_t>(std::min<int64_t>(
-        frames * format->nBlockAlign, INT32_MAX - INT32_MAX % format->nBlockAlign));
+    // Crossings are measured around the local mean, so that a DC offset cannot hide them;
+    // the centred copy is only made when crossings are asked for.
+    std::unique_ptr<CentredCrossings> crossings;
+    if (snapToZeroCrossing || zeroCrossingStepping)
+        crossings = std::make_unique<CentredCrossings>(*format, data, bytes);
     auto zeroCrossing = [&](int64_t position, int direction) -> int64_t {
-        return findZeroCrossing(format, data, finderBytes,
-                                static_cast<int32_t>(std::clamp<int64_t>(position, 0, INT32_MAX)),
-                                direction, kZeroCrossingEitherChannel);
+        return crossings->find(position, direction, kZeroCrossingEitherChannel);
     };
 
     const bool startOnCrossing = zeroCrossingStepping && zeroCrossing(loopStart, 0) == loopStart;
@@ -51,7 +52,7 @@ int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes, 
             candidates.push_back(static_cast<int32_t>(c));
             const int64_t next = startOnCrossing ? zeroCrossing(c + 1, 1) : c + 1;
             if (next <= c)
-                break; // the finder ran out of data
+                break; // no crossing is left
             c = next;
         }
     }
@@ -95,8 +96,13 @@ int32_t loopSearch(const WaveFormat* format, const uint8_t* data, size_t bytes, 
         }
         // A window longer than the recording leaves no loop end before the first frame.
         position = std::max<int64_t>(position, 0);
-        if (snapToZeroCrossing)
-            position = zeroCrossing(position, 0);
+        // A snap that finds no crossing, or only one at or before the loop start, keeps
+        // the position: snapping never shortens a loop to nothing.
+        if (snapToZeroCrossing) {
+            const int64_t snapped = zeroCrossing(position, 0);
+            if (snapped > loopStart)
+                position = snapped;
+        }
         if (k < resultCount)
             results[k] = static_cast<int32_t>(position);
         if (k == 0)

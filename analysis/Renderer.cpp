@@ -34,7 +34,8 @@ void copyFrames(const Source& src, std::vector<uint8_t>& buffer, int64_t to, int
 
 // Blends buffer frames at..at+length-1 with their partners in the recording, partner of
 // frame i being recording frame partner(i): trunc(frame * a + partner * b), a and b from
-// the curve at t = i / length.
+// the curve at t = (i + 1) / length. The last blended frame is thus wholly its partner:
+// every seam below ends its crossfade on the frame the jump must follow.
 template <typename Partner>
 void crossfade(const Source& src, std::vector<uint8_t>& buffer, int64_t at, int64_t length,
                int curve, Partner partner)
@@ -43,7 +44,7 @@ void crossfade(const Source& src, std::vector<uint8_t>& buffer, int64_t at, int6
     const size_t align = src.format.nBlockAlign;
     for (int64_t i = 0; i < length; ++i) {
         double a = 1.0, b = 0.0;
-        fadeCurve(static_cast<double>(i) / static_cast<double>(length), curve, a, b);
+        fadeCurve(static_cast<double>(i + 1) / static_cast<double>(length), curve, a, b);
         uint8_t* frame = buffer.data() + static_cast<size_t>(at + i) * align;
         const uint8_t* other = src.data + static_cast<size_t>(partner(i)) * align;
         for (int ch = 0; ch < src.format.nChannels; ++ch) {
@@ -122,17 +123,29 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
                 return setMessage(message,
                                   "unable to allocate memory for rendered audio data (note)");
             copyFrames(src, note, 0, noteIn, count, 1);
-            // The frames before the loop end fade into the frames before the loop start,
-            // so the jump back from Loop_Out to Loop_In continues the audio it left.
+            // A wrap plays Loop_Out and then Loop_In, so Loop_Out must end up as the frame
+            // before Loop_In: the X frames Loop_Out - X + 1 .. Loop_Out fade into the X
+            // frames Loop_In - X .. Loop_In - 1, frame Loop_Out - X + 1 + i with partner
+            // Loop_In - X + i, and the wrap continues the recording exactly.
             const int64_t x =
-                std::clamp<int64_t>(k->xfadeLen, 0, std::min(loopOut - noteIn, loopIn));
-            crossfade(src, note, loopOut - x - noteIn, x, k->xfadeCurve,
+                std::clamp<int64_t>(k->xfadeLen, 0, std::min(loopOut + 1 - loopIn, loopIn));
+            crossfade(src, note, loopOut - x + 1 - noteIn, x, k->xfadeCurve,
                       [&](int64_t i) { return loopIn - x + i; });
             loopEnd = loopOut - noteIn;
         } else {
-            // Backward-forward: forward from Loop_In up to the turn point Y frames before
-            // Loop_Out, then the loop reversed from the turn point, reaching Y frames below
-            // Loop_In; the result is played as one forward loop.
+            // Backward-forward: forward from Loop_In up to the turn point T = Loop_Out - Y,
+            // then the loop reversed from T down to Loop_In - Y; the result is played as one
+            // forward loop. In buffer frames (recording frame r sits at r - Note_In before
+            // the turn): the forward pass ends at F_end = T - 1 - Note_In, the reversed pass
+            // holds recording frame T - j at F_end + 1 + j, and the rendered loop ends at
+            // L_end, holding recording frame Loop_In - Y + 1 (one reversed frame, Loop_In - Y,
+            // lies past it).
+            //  - Turn into the reversed pass: played backwards, the frame before T is T + 1.
+            //    Buffer frames F_end - X + 1 + i fade into recording frames T + X - i, so
+            //    F_end becomes T + 1.
+            //  - Wrap back to Loop_In: played forwards, the frame before Loop_In is
+            //    Loop_In - 1. Buffer frames L_end - Y + 1 + i fade into recording frames
+            //    Loop_In - Y + i, so L_end becomes Loop_In - 1.
             const int64_t y =
                 std::clamp<int64_t>(k->bfxfadeLen, 0, std::min(loopOut - loopIn - 1, loopIn));
             const int64_t forward = loopOut - loopIn - y;
@@ -151,14 +164,10 @@ int renderKeySample(const TGmsl_key* k, const WaveFormat* wft_in, const uint8_t*
                            noteOut + 1 - loopOut, 1);
             loopEnd = 2 * loopOut - loopIn - noteIn - y - 1;
 
-            // Turn at the end of the forward pass: blend into the audio that leads into the
-            // turn point when played backwards (the frames just after it, reversed).
             const int64_t x =
                 std::clamp<int64_t>(k->xfadeLen, 0, std::min(forward, frames - 1 - turn));
             crossfade(src, note, loopStart + forward - x, x, k->xfadeCurve,
                       [&](int64_t i) { return turn + x - i; });
-            // Turn at the end of the reversed pass: blend into the frames before Loop_In,
-            // which lead forward into the loop start.
             crossfade(src, note, loopEnd - y + 1, y, k->bfxfadeCurve,
                       [&](int64_t i) { return loopIn - y + i; });
         }

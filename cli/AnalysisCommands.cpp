@@ -1,4 +1,5 @@
-// The analysis commands: auto (batch auto-note/auto-loop), normalize, gain, levels, estimate.
+// The analysis commands: auto (batch auto-note/auto-loop), loops, normalize, gain, levels,
+// estimate.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/Progress.h"
@@ -7,10 +8,13 @@
 #include "analysis/BatchAuto.h"
 #include "analysis/Estimate.h"
 #include "analysis/LevelOperations.h"
+#include "analysis/LoopQuality.h"
 #include "analysis/LoopSpeed.h"
 #include "core/Model.h"
+#include "core/NoteNames.h"
 #include "core/ProjectFile.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -109,6 +113,60 @@ int finish(int result, const std::string& message, const ProjectArgs& args)
     return kExitOk;
 }
 
+// "Key 60 (C4)" and, in a project of several Multi-Samples, which one.
+std::string keyLabel(const Project& project, const KeyLoopQuality& entry)
+{
+    std::string label = "Key " + std::to_string(entry.note) + " (" + noteName(entry.note) + ")";
+    if (project.mslCount > 1)
+        label += " of Multi-Sample \"" + std::string(project.msl[entry.msl].name) + "\"";
+    return label;
+}
+
+// The seam step in median steps, the figure the click rule weighs.
+double stepRatio(const LoopQuality& q)
+{
+    return q.medianStep > 0.0 ? q.seamStep / q.medianStep : 0.0;
+}
+
+nlohmann::json loopJson(const KeyLoopQuality& entry)
+{
+    nlohmann::json j = {{"multisample", entry.msl},
+                        {"key", entry.note},
+                        {"noteName", noteName(entry.note)},
+                        {"looped", entry.looped}};
+    if (!entry.looped)
+        return j;
+    const LoopQuality& q = entry.quality;
+    j.update({{"length", q.length},
+              {"crossfade", q.crossfade},
+              {"channel", q.channel},
+              {"wrapStep", q.wrapStep},
+              {"seamStep", q.seamStep},
+              {"medianStep", q.medianStep},
+              {"stepRatio", stepRatio(q)},
+              {"peak", q.peak},
+              {"levelStepDb", q.levelStepDb},
+              {"seamError", q.seamError},
+              {"click", q.click}});
+    return j;
+}
+
+std::string loopLine(const Project& project, const KeyLoopQuality& entry)
+{
+    if (!entry.looped)
+        return keyLabel(project, entry) + ": no loop";
+    const LoopQuality& q = entry.quality;
+    char figures[256];
+    std::snprintf(figures, sizeof figures,
+                  ": loop %lld frames, crossfade %lld, wrap step %.0f (%.0f of it the seam's) "
+                  "against a median step of %.0f (%.1fx), level step %+.2f dB, seam error "
+                  "%.4f%s",
+                  static_cast<long long>(q.length), static_cast<long long>(q.crossfade), q.wrapStep,
+                  q.seamStep, q.medianStep, stepRatio(q), q.levelStepDb, q.seamError,
+                  q.click ? "  CLICK" : "");
+    return keyLabel(project, entry) + figures;
+}
+
 void addAuto(CliApp& app)
 {
     struct Args : ProjectArgs {
@@ -154,8 +212,21 @@ void addAuto(CliApp& app)
             if (!args->dryRun && !saveProjectAgain(*project, message))
                 return fail(message, args->json);
             const size_t keys = keysInScope(*project, scopeOf(args->scope), msl, 0).size();
+            // Loops that click are worth knowing about before anyone exports them.
+            nlohmann::json clicking = nlohmann::json::array();
+            if (args->loop) {
+                std::vector<KeyLoopQuality> loops;
+                if (!measureLoops(*project, scopeOf(args->scope), msl, 0, loops, message))
+                    return fail(message, args->json);
+                for (const KeyLoopQuality& entry : loops) {
+                    if (!entry.looped || !entry.quality.click)
+                        continue;
+                    clicking.push_back(entry.note);
+                    std::cerr << "warning: " << loopLine(*project, entry) << '\n';
+                }
+            }
             if (args->json)
-                printJson({{"keys", keys}, {"saved", !args->dryRun}});
+                printJson({{"keys", keys}, {"saved", !args->dryRun}, {"clickingLoops", clicking}});
             else
                 std::cout << "Auto-Note/Auto-Loop: " << keys << " Key-Samples"
                           << (args->dryRun ? " (not saved)" : ", project saved") << '\n';
@@ -171,6 +242,39 @@ void addAuto(CliApp& app)
     c->add_flag("--silence", args->silence, "all silence markers equal the loaded key's");
     c->add_flag("--release-off", args->releaseOff, "Turn Release off");
     c->add_flag("--dry-run", args->dryRun, "do not save the project");
+}
+
+void addLoops(CliApp& app)
+{
+    auto args = std::make_shared<ProjectArgs>();
+    CLI::App* c = app.addCommand(
+        "loops", "Measures how the loops of the Key-Samples join (wrap step, level, seam)",
+        [args]() {
+            int status = kExitOk;
+            Project* project = loadProject(*args, status);
+            if (project == nullptr)
+                return status;
+            std::vector<KeyLoopQuality> loops;
+            std::string message;
+            if (!measureLoops(*project, scopeOf(args->scope), chosenMultiSample(*project, *args),
+                              args->key, loops, message))
+                return fail(message, args->json);
+            int clicks = 0;
+            nlohmann::json list = nlohmann::json::array();
+            for (const KeyLoopQuality& entry : loops) {
+                clicks += entry.looped && entry.quality.click;
+                if (args->json)
+                    list.push_back(loopJson(entry));
+                else
+                    std::cout << loopLine(*project, entry) << '\n';
+            }
+            if (args->json)
+                printJson({{"loops", list}, {"clicks", clicks}});
+            else
+                std::cout << loops.size() << " Key-Samples, " << clicks << " clicking loops\n";
+            return kExitOk;
+        });
+    addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
 }
 
 void addNormalize(CliApp& app)
@@ -334,6 +438,7 @@ void addEstimate(CliApp& app)
 void addAnalysisCommands(CliApp& app)
 {
     addAuto(app);
+    addLoops(app);
     addNormalize(app);
     addGain(app);
     addLevels(app);

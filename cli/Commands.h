@@ -20,7 +20,7 @@ void addAudioFileCommands(CliApp& app);
 // audio and MIDI device tables, recording formats (cli/DeviceCommands.cpp)
 void addDeviceCommands(CliApp& app);
 
-// auto, normalize, gain, levels, estimate
+// auto, loops, normalize, gain, levels, estimate
 void addAnalysisCommands(CliApp& app);
 
 // record: the automatic recording run (cli/RecordCommands.cpp)

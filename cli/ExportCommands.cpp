@@ -211,12 +211,15 @@ void addExportCommands(CliApp& app)
     command
         ->add_option("--format", args->format,
                      "a menu text (\"SoundFont2 (*.sf2)\") or a short key (wav, wav-loop, aiff, "
-                     "aiff-loop, sfz, sf2, bitwig, deluge, prophetx, quantum, kronos)")
+                     "aiff-loop, sfz, sf2, bitwig, deluge, prophetx, quantum, kronos, decent, "
+                     "decent-library, op1, volca, nnxt, halion, blofeld, montage-x7u, "
+                     "montage-x7l, microsampler)")
         ->required();
     command
         ->add_option("--dest", args->destination,
                      "destination: folder (WAV/AIFF sets, Kronos), card or drive root (Deluge, "
-                     "Quantum, Prophet-X) or file (SFZ, SF2, Bitwig)")
+                     "Quantum, Prophet-X) or file (SFZ, SF2, Bitwig, Decent Sampler, OP-1, "
+                     "Volca Sample)")
         ->required();
     command->add_option("--settings", args->settings, "Export Settings word, e.g. 0x80020408");
     command->add_option("--naming", args->naming, "naming template of WAV/AIFF sets");

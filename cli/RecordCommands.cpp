@@ -6,6 +6,7 @@
 
 #include "core/IniKeys.h"
 #include "core/Model.h"
+#include "core/NoteNames.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
 #include "devices/AudioEngine.h"
@@ -50,6 +51,7 @@ struct RecordOptions {
     bool keepLocked = false;
     bool verbose = false;
     bool quiet = false;
+    bool json = false;      // one JSON document on stdout: the takes and their health
     bool offline = false;   // bounce from the hosted instrument, no audio device
     std::string instrument; // instrument choice; empty: the one stored for the user
 };
@@ -73,12 +75,56 @@ class StderrObserver : public RunObserver {
         lastTitle_ = title;
     }
     void message(const std::string&, const std::string& text) override { failure = text; }
+    void takeRecorded(const TakeReport& report) override { takes.push_back(report); }
     std::string failure;
+    std::vector<TakeReport> takes;
 
   private:
     bool quiet_;
     std::string lastTitle_;
 };
+
+nlohmann::json takeJson(const TakeReport& take)
+{
+    return {{"project", take.project},
+            {"multisample", take.multiSample},
+            {"note", take.note},
+            {"noteName", noteName(take.note)},
+            {"kept", take.kept},
+            {"file", take.file},
+            {"frames", take.frames},
+            {"framesExpected", take.health.framesExpected},
+            {"framesReceived", take.health.framesReceived},
+            {"framesMissing", take.health.framesMissing()},
+            {"inputOverflows", take.health.inputOverflows},
+            {"outputUnderflows", take.health.outputUnderflows}};
+}
+
+// The end of a run that got as far as recording: the reason it failed (empty: it did not)
+// on stderr, or with --json one document with every take, kept or refused, and the reason.
+int reportRun(const RecordOptions& options, const StderrObserver& observer,
+              const std::string& failure)
+{
+    if (!options.json) {
+        if (failure.empty())
+            return kExitOk;
+        std::cerr << failure << '\n';
+        return kExitFailed;
+    }
+    nlohmann::json document;
+    if (!failure.empty())
+        document["error"] = failure;
+    nlohmann::json takes = nlohmann::json::array();
+    int kept = 0;
+    for (const TakeReport& take : observer.takes) {
+        takes.push_back(takeJson(take));
+        kept += take.kept ? 1 : 0;
+    }
+    document["keysDone"] = kept;
+    document["takes"] = std::move(takes);
+    printJson(document);
+    return failure.empty() ? kExitOk : kExitFailed;
+}
 
 // Waits on the run's timers in small steps, so a stop signal is seen quickly.
 void drive(RecordingRun& run, const RunClock& clock)
@@ -106,7 +152,7 @@ int openProjects(Model& model, const RecordOptions& options)
     int first = -1;
     for (const std::string& path : options.projects) {
         if (!openProjectFile(model, path, message))
-            return fail(message, false);
+            return fail(message, options.json);
         if (first < 0)
             first = model.currentProjectIndex();
     }
@@ -135,7 +181,7 @@ int checkBeforeDevices(const RecordOptions& options, int command, const std::str
     std::string title;
     if (result.ok())
         result = checkRecordList(list, output, title);
-    return result.ok() ? kExitOk : fail(result.message, false);
+    return result.ok() ? kExitOk : fail(result.message, options.json);
 }
 
 // The audio output the hosted instrument is heard on in real time (the user's choice in
@@ -175,7 +221,7 @@ int runRecord(const RecordOptions& options)
             return kExitBadUsage;
         }
         if (!options.instrument.empty() && !storeInstrumentSpec(options.instrument, choiceMessage))
-            return fail(choiceMessage, false);
+            return fail(choiceMessage, options.json);
     }
     // Bouncing needs no output: the instrument itself stands in for it (as the offline run
     // does). In real time the hosted instrument is taken from the user's output.
@@ -197,7 +243,7 @@ int runRecord(const RecordOptions& options)
         options.offline ? initializeCore(model, determineCoreFolders(), StartupHooks{}, message)
                         : initializeWithDevices(model, determineCoreFolders(), message);
     if (!initialized)
-        return fail(message, false);
+        return fail(message, options.json);
     if (const int status = openProjects(model, options); status != kExitOk)
         return status;
 
@@ -213,19 +259,19 @@ int runRecord(const RecordOptions& options)
     if (options.offline) {
         OfflineTakeSource offline(choice);
         const auto begin = std::chrono::steady_clock::now();
-        int status = kExitOk;
+        std::string failure;
         if (!runOfflineRecording(model, runOptions, offline, observer, message))
-            status = fail(message, false);
+            failure = message;
         const double wall =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
         // Every take was saved as it was made; this saves what a failure left changed.
         for (int i = 0; i < model.projectCount(); ++i)
-            if (!saveProjectAgain(model.project(i), message))
-                status = fail(message, false);
-        if (status == kExitOk && !options.quiet)
+            if (!saveProjectAgain(model.project(i), message) && failure.empty())
+                failure = message;
+        if (failure.empty() && !options.quiet)
             std::cerr << "Bounced " << offline.secondsRendered() << " s of audio from "
                       << offline.description() << " in " << wall << " s\n";
-        return status;
+        return reportRun(options, observer, failure);
     }
 
     AudioManager audioManager;
@@ -248,28 +294,27 @@ int runRecord(const RecordOptions& options)
     stopSignal.store(0);
     std::signal(SIGINT, onStopSignal);
     std::signal(SIGTERM, onStopSignal);
-    int status = kExitOk;
+    std::string failure;
     if (!run.open().ok()) {
-        status = fail(observer.failure, false);
+        failure = observer.failure;
     } else {
         run.start();
         drive(run, clock);
-        if (run.failed()) {
-            status = fail(observer.failure, false);
-        } else if (stopSignal.load() != 0 || !run.finished()) {
-            status = fail("Recording stopped.", false);
-        }
+        if (run.failed())
+            failure = observer.failure;
+        else if (stopSignal.load() != 0 || !run.finished())
+            failure = "Recording stopped.";
         // Every take was saved as it was made; this saves what the stop changed.
         for (const RecordEntry& entry : run.recordList().entries)
-            if (!saveProjectAgain(*entry.project, message))
-                status = fail(message, false);
+            if (!saveProjectAgain(*entry.project, message) && failure.empty())
+                failure = message;
     }
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
     audio::closeStreams(message);
     audio::terminate();
     midi::destroyMidi();
-    return status;
+    return reportRun(options, observer, failure);
 }
 
 } // namespace
@@ -294,6 +339,9 @@ void addRecordCommands(CliApp& app)
                      "Skip keys that have audio and are locked");
     record->add_flag("--verbose", options->verbose, "Write the detailed steps to the log");
     record->add_flag("--quiet", options->quiet, "No progress lines");
+    record->add_flag("--json", options->json,
+                     "Print one JSON document: every take with its frames, xruns and dropped "
+                     "frames");
     record->add_flag(
         "--offline", options->offline,
         "Bounce from the hosted instrument as fast as the CPU allows (no audio device)");

@@ -126,6 +126,22 @@ void Model::selectMultiSample(int index)
     notifyListeners([&](TonegrabberModelListener& l) { l.currentMultiSampleChanged(index); });
 }
 
+int Model::currentKey() const
+{
+    if (projectCount_ == 0 || !view_ || view_->viewKey >= kKeyCount)
+        return -1;
+    return view_->viewKey;
+}
+
+void Model::selectKey(int note)
+{
+    Project* project = currentProject();
+    if (!project || note >= kKeyCount)
+        return;
+    project->viewKey = note < 0 ? uint16_t(65535) : uint16_t(note);
+    notifyListeners([&](TonegrabberModelListener& l) { l.currentKeyChanged(currentKey()); });
+}
+
 // ---------------------------------------------------------------- Projects
 
 Result Model::newProject()

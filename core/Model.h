@@ -61,6 +61,10 @@ class Model {
     void selectProject(int index);
     // Makes `index` the current Multi-Sample of the current Project (0 <= index < mslCount).
     void selectMultiSample(int index);
+    // The selected key of the current Project's Multi-Samples (kept in its viewKey), 0..127,
+    // or -1 when none is selected. Selecting -1 clears it.
+    int currentKey() const;
+    void selectKey(int note);
 
     // --- Project operations ---
     Result newProject();

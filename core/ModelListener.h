@@ -26,6 +26,22 @@ class TonegrabberModelListener {
     // The preferences record was replaced as a whole (loaded, restored, or made the
     // current Multi-Sample's settings).
     virtual void preferencesChanged() {}
+
+    // Name, folder, data path or modified flag of Project `index` changed (renamed, saved,
+    // loaded over, relocated).
+    virtual void projectChanged(int index) { (void)index; }
+    // Name or settings of Multi-Sample `index` of the current Project changed as a whole
+    // (renamed, pasted over).
+    virtual void multiSampleChanged(int index) { (void)index; }
+    // The selected key of the current Multi-Sample is now `note` (0..127), or -1 for none.
+    virtual void currentKeyChanged(int note) { (void)note; }
+    // Key records of Multi-Sample `msl` of Project `project` changed: selection, lock, names,
+    // markers or audio. -1 for `msl` means every Multi-Sample of that Project.
+    virtual void keysChanged(int project, int msl)
+    {
+        (void)project;
+        (void)msl;
+    }
 };
 
 } // namespace tg

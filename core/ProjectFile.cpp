@@ -173,6 +173,11 @@ int loadProjects(Model& model, const std::string& folder, const std::vector<std:
         project.modified = 0;
         markKeysWithAudio(project);
         outcome.loaded.push_back(index);
+        // The list saw the new slot before it had its name and contents.
+        model.notifyListeners([&](TonegrabberModelListener& l) {
+            l.projectChanged(index);
+            l.currentProjectChanged(index);
+        });
         std::error_code error;
         if (!options.skipDataPathCheck && !std::filesystem::is_directory(project.dataPath, error))
             outcome.warnings.push_back(

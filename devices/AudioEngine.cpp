@@ -47,8 +47,30 @@ EngineState& engine()
     return state;
 }
 
+// What PortAudio said about a block: its time on the stream's clock and its xrun flags.
+BlockStatus inputStatus(const PaStreamCallbackTimeInfo* time, PaStreamCallbackFlags flags)
+{
+    BlockStatus status;
+    if (time != nullptr) {
+        status.timed = true;
+        status.time = time->inputBufferAdcTime;
+    }
+    // Some hosts flag both sides of every xrun; an output underflow is counted by the output
+    // side of the stream alone.
+    status.inputOverflow = (flags & paInputOverflow) != 0;
+    return status;
+}
+
+BlockStatus outputStatus(PaStreamCallbackFlags flags)
+{
+    BlockStatus status;
+    status.outputUnderflow = (flags & paOutputUnderflow) != 0;
+    return status;
+}
+
 // Record side of a callback: meter peaks first, then the take.
-void recordSide(EngineState& state, const void* input, unsigned long frames)
+void recordSide(EngineState& state, const void* input, unsigned long frames,
+                const BlockStatus& status)
 {
     if (!state.listeners.empty()) {
         float first = 0.0f;
@@ -56,11 +78,11 @@ void recordSide(EngineState& state, const void* input, unsigned long frames)
         blockPeaks(input, frames, state.input.channels, state.input.bits, first, second);
         state.listeners.notify(first, second);
     }
-    state.recorder.processBlock(input, frames);
+    state.recorder.processBlock(input, frames, status);
 }
 
 // Playback side: the player writes the WAV byte image; PortAudio's 8-bit format is signed.
-void playSide(EngineState& state, void* output, unsigned long frames)
+void playSide(EngineState& state, void* output, unsigned long frames, const BlockStatus& status)
 {
     if (output == nullptr)
         return;
@@ -78,30 +100,34 @@ void playSide(EngineState& state, void* output, unsigned long frames)
             blockPeaks(output, frames, state.output.channels, state.output.bits, first, second);
             state.listeners.notify(first, second);
         }
-        state.recorder.processBlock(output, frames, state.output.channels);
+        // The take is the rendered block itself: a late output loses nothing of it, so
+        // only the underflow is counted, not as a hole in the take.
+        state.recorder.processBlock(output, frames, state.output.channels, status);
+    } else {
+        state.recorder.noteOutputStatus(status);
     }
 }
 
-int recordCallback(const void* input, void*, unsigned long frames, const PaStreamCallbackTimeInfo*,
-                   PaStreamCallbackFlags, void* user)
+int recordCallback(const void* input, void*, unsigned long frames,
+                   const PaStreamCallbackTimeInfo* time, PaStreamCallbackFlags flags, void* user)
 {
-    recordSide(*static_cast<EngineState*>(user), input, frames);
+    recordSide(*static_cast<EngineState*>(user), input, frames, inputStatus(time, flags));
     return paContinue;
 }
 
 int playCallback(const void*, void* output, unsigned long frames, const PaStreamCallbackTimeInfo*,
-                 PaStreamCallbackFlags, void* user)
+                 PaStreamCallbackFlags flags, void* user)
 {
-    playSide(*static_cast<EngineState*>(user), output, frames);
+    playSide(*static_cast<EngineState*>(user), output, frames, outputStatus(flags));
     return paContinue;
 }
 
 int duplexCallback(const void* input, void* output, unsigned long frames,
-                   const PaStreamCallbackTimeInfo*, PaStreamCallbackFlags, void* user)
+                   const PaStreamCallbackTimeInfo* time, PaStreamCallbackFlags flags, void* user)
 {
     auto& state = *static_cast<EngineState*>(user);
-    recordSide(state, input, frames);
-    playSide(state, output, frames);
+    recordSide(state, input, frames, inputStatus(time, flags));
+    playSide(state, output, frames, outputStatus(flags));
     return paContinue;
 }
 

@@ -66,7 +66,8 @@ unsigned long outputFramesPerBuffer();
 int startRecording(double seconds);
 bool isRecording();
 void stopRecording();
-// The recorded bytes, their format and frame count; read only after the flag dropped.
+// The recorded bytes, their format, frame count and health. A take still recording is
+// stopped first (stopRecording() returns once the callback is out of the buffer).
 RecordedTake recordBuffer();
 
 // Registers an object that receives the input peaks on the audio thread.

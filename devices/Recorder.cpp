@@ -1,10 +1,11 @@
-// Arming, filling and reading the one-shot record buffer.
+// Arming, filling and reading the one-shot record buffer, and the lock-free hand-over of the
+// buffer between the GUI thread and the audio thread.
 #include "devices/Recorder.h"
 
-#include <QMutexLocker>
-
+#include <cmath>
 #include <cstring>
 #include <new>
+#include <thread>
 
 namespace tg {
 
@@ -24,6 +25,7 @@ int Recorder::arm(const AudioStreamConfig& input, double seconds)
             buffer_.assign(bytes, 0);
         } catch (const std::bad_alloc&) {
             capacityFrames_ = 0;
+            state_.store(kIdle, std::memory_order_release);
             return 0;
         }
     } else if (!buffer_.empty()) {
@@ -31,21 +33,42 @@ int Recorder::arm(const AudioStreamConfig& input, double seconds)
     }
     capacityFrames_ = frames;
     position_ = 0;
-    QMutexLocker lock(&flagLock_);
-    flag_ = true;
+    timedFromStart_ = false;
+    health_ = TakeHealth{};
+    outputUnderflows_.store(0, std::memory_order_relaxed);
+    // Publishes everything above to the audio thread, which reads it after its claim.
+    state_.store(kArmed, std::memory_order_release);
     return 1;
 }
 
-bool Recorder::isRecording()
+bool Recorder::isRecording() const
 {
-    QMutexLocker lock(&flagLock_);
-    return flag_;
+    const int state = state_.load(std::memory_order_acquire);
+    return state == kArmed || state == kWriting || state == kStopRequested;
 }
 
 void Recorder::stop()
 {
-    QMutexLocker lock(&flagLock_);
-    flag_ = false;
+    for (;;) {
+        int state = state_.load(std::memory_order_acquire);
+        switch (state) {
+        case kArmed:
+            // No block is being written: the take ends here.
+            if (state_.compare_exchange_weak(state, kDone, std::memory_order_acq_rel))
+                return;
+            break;
+        case kWriting:
+            // A block is being written: ask it to end the take when it is through.
+            state_.compare_exchange_weak(state, kStopRequested, std::memory_order_acq_rel);
+            break;
+        case kStopRequested:
+            // The block in progress acknowledges within its own (short, non-blocking) work.
+            std::this_thread::yield();
+            break;
+        default:
+            return;
+        }
+    }
 }
 
 void Recorder::reset()
@@ -54,15 +77,75 @@ void Recorder::reset()
     std::vector<uint8_t>().swap(buffer_);
     capacityFrames_ = 0;
     position_ = 0;
+    health_ = TakeHealth{};
+    state_.store(kIdle, std::memory_order_release);
 }
 
-RecordedTake Recorder::take() const
+RecordedTake Recorder::take()
 {
+    stop();
     RecordedTake result;
     result.data = &buffer_;
     result.format = format_;
     result.frames = position_;
+    result.health = health_;
+    result.health.outputUnderflows = outputUnderflows_.load(std::memory_order_relaxed);
     return result;
+}
+
+bool Recorder::beginBlock()
+{
+    int expected = kArmed;
+    return state_.compare_exchange_strong(expected, kWriting, std::memory_order_acquire,
+                                          std::memory_order_relaxed);
+}
+
+void Recorder::endBlock(bool full)
+{
+    if (full) {
+        state_.store(kDone, std::memory_order_release);
+        return;
+    }
+    int expected = kWriting;
+    if (!state_.compare_exchange_strong(expected, kArmed, std::memory_order_release,
+                                        std::memory_order_relaxed))
+        state_.store(kDone, std::memory_order_release); // acknowledges the stop request
+}
+
+void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
+{
+    if (status.inputOverflow)
+        ++health_.inputOverflows;
+    if (status.outputUnderflow)
+        outputUnderflows_.fetch_add(1, std::memory_order_relaxed);
+    const int64_t before = position_;
+    int64_t missing = health_.framesExpected - health_.framesReceived;
+    if (before == 0) {
+        timedFromStart_ = status.timed;
+        firstBlockTime_ = status.time;
+    } else if (!status.timed) {
+        timedFromStart_ = false;
+    } else if (timedFromStart_) {
+        // Frames the clock says went by before this block, against those that arrived. The
+        // host's clock is an estimate that wobbles by a fraction of a block; a hole is at
+        // least one whole period.
+        const int64_t elapsed =
+            std::llround((status.time - firstBlockTime_) * double(format_.sampleRate));
+        const int64_t deficit = elapsed - before;
+        if (deficit > int64_t(frames / 2) && deficit > missing)
+            missing = deficit;
+    }
+    const int64_t room = capacityFrames_ - before;
+    const int64_t taken = int64_t(frames) < room ? int64_t(frames) : (room > 0 ? room : 0);
+    health_.framesReceived = before + taken;
+    health_.framesExpected = health_.framesReceived + missing;
+    health_.clocked = timedFromStart_;
+}
+
+void Recorder::noteOutputStatus(const BlockStatus& status)
+{
+    if (status.outputUnderflow && isRecording())
+        outputUnderflows_.fetch_add(1, std::memory_order_relaxed);
 }
 
 namespace {
@@ -97,25 +180,26 @@ void writeImageSample(int64_t value, int bits, uint8_t* at)
 
 } // namespace
 
-void Recorder::processBlock(const void* input, unsigned long frames, int sourceChannels)
+void Recorder::writeFrames(const void* input, int64_t count)
 {
-    if (sourceChannels == format_.channels || input == nullptr) {
-        processBlock(input, frames);
-        return;
+    const int64_t frameBytes = bytesPerFrame(format_);
+    uint8_t* dest = buffer_.data() + position_ * frameBytes;
+    const size_t bytes = static_cast<size_t>(count * frameBytes);
+    if (format_.bits == 8) {
+        // The stream delivers 8-bit samples signed; the WAV image keeps them unsigned.
+        const auto* source = static_cast<const uint8_t*>(input);
+        for (size_t i = 0; i < bytes; ++i)
+            dest[i] = source != nullptr ? uint8_t(source[i] ^ 0x80u) : uint8_t(0x80);
+    } else if (input != nullptr) {
+        std::memcpy(dest, input, bytes);
+    } else {
+        std::memset(dest, 0, bytes);
     }
-    if (sourceChannels != 2 || format_.channels != 1) {
-        // No layout to take the take's channels from: silence rather than a misread block.
-        processBlock(nullptr, frames);
-        return;
-    }
-    flagLock_.lock();
-    const bool recording = flag_;
-    flagLock_.unlock();
-    if (!recording)
-        return;
+}
+
+void Recorder::writeMixedDown(const void* input, int64_t count)
+{
     const int sampleBytes = format_.bits / 8;
-    const int64_t room = capacityFrames_ - position_;
-    const int64_t count = static_cast<int64_t>(frames) < room ? static_cast<int64_t>(frames) : room;
     const auto* source = static_cast<const uint8_t*>(input);
     uint8_t* dest = buffer_.data() + position_ * sampleBytes;
     for (int64_t i = 0; i < count; ++i) {
@@ -123,45 +207,31 @@ void Recorder::processBlock(const void* input, unsigned long frames, int sourceC
         const int64_t second = readStreamSample(source + (2 * i + 1) * sampleBytes, format_.bits);
         writeImageSample((first + second) / 2, format_.bits, dest + i * sampleBytes);
     }
-    position_ += count > 0 ? count : 0;
-    if (count < static_cast<int64_t>(frames)) {
-        flagLock_.lock();
-        flag_ = false;
-        flagLock_.unlock();
-    }
 }
 
-void Recorder::processBlock(const void* input, unsigned long frames)
+void Recorder::processBlock(const void* input, unsigned long frames, int sourceChannels,
+                            const BlockStatus& status)
 {
-    flagLock_.lock();
-    const bool recording = flag_;
-    flagLock_.unlock();
-    if (!recording)
+    if (!beginBlock())
         return;
-
-    const int64_t frameBytes = bytesPerFrame(format_);
-    const int64_t room = capacityFrames_ - position_;
-    const int64_t count = static_cast<int64_t>(frames) < room ? static_cast<int64_t>(frames) : room;
+    countBlock(frames, status);
+    const int64_t count = health_.framesReceived - position_;
     if (count > 0) {
-        uint8_t* dest = buffer_.data() + position_ * frameBytes;
-        const size_t bytes = static_cast<size_t>(count * frameBytes);
-        if (format_.bits == 8) {
-            // The stream delivers 8-bit samples signed; the WAV image keeps them unsigned.
-            const auto* source = static_cast<const uint8_t*>(input);
-            for (size_t i = 0; i < bytes; ++i)
-                dest[i] = source != nullptr ? uint8_t(source[i] ^ 0x80u) : uint8_t(0x80);
-        } else if (input != nullptr) {
-            std::memcpy(dest, input, bytes);
-        } else {
-            std::memset(dest, 0, bytes);
-        }
+        if (sourceChannels == 0 || sourceChannels == format_.channels || input == nullptr)
+            writeFrames(input, count);
+        else if (sourceChannels == 2 && format_.channels == 1)
+            writeMixedDown(input, count);
+        else // no layout to take the take's channels from: silence rather than a misread block
+            writeFrames(nullptr, count);
         position_ += count;
     }
-    if (count < static_cast<int64_t>(frames)) {
-        flagLock_.lock();
-        flag_ = false;
-        flagLock_.unlock();
-    }
+    endBlock(count < int64_t(frames));
+}
+
+void Recorder::processBlock(const void* input, unsigned long frames, const BlockStatus& status)
+{
+    // The take's format is read only once the block owns it: 0 channels stands for its own.
+    processBlock(input, frames, 0, status);
 }
 
 } // namespace tg

@@ -10,8 +10,9 @@ namespace tg {
 namespace {
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
-constexpr uint32_t kDefault = 0x20408;    // 44.1 kHz, 16 Bit, Stereo
-constexpr uint32_t kDefault48k = 0x20410; // 48 kHz, 16 Bit, Stereo
+constexpr uint32_t kDefault = 0x20408;     // 44.1 kHz, 16 Bit, Stereo
+constexpr uint32_t kDefault48k = 0x20410;  // 48 kHz, 16 Bit, Stereo
+constexpr uint32_t kDefaultMono = 0x40408; // 44.1 kHz, 16 Bit, Mono (mix L and R)
 
 // The order matters: "(*.wav)" must come after the keys of formats whose texts might also
 // name WAV, and "wav-files" before it.
@@ -33,6 +34,10 @@ const ExportFormatInfo kFormats[] = {
     {"wav-files", ExportFormat::WavFiles, kAll, kDefault},
     {"(*.wav)", ExportFormat::SamplerWav, kAll, kDefault},
     {"aiff-files", ExportFormat::Aiff, kAll, kDefault},
+    {"(*.dspreset)", ExportFormat::DecentPreset, kAll, kDefault},
+    {"(*.dslibrary)", ExportFormat::DecentLibrary, kAll, kDefault},
+    // The OP-1 menu entry exports too: the kit is the instrument format its sampler loads.
+    {"op-1", ExportFormat::OP1, 0xFFFCF408, kDefaultMono},
 };
 
 std::string lowerCase(std::string text)
@@ -74,6 +79,9 @@ const std::vector<std::string>& exportMenuTexts()
         "Tascam Gigastudio (*.wav)",
         "Emu Emulator X (*.wav)",
         "MOTU Machfive (*.wav)",
+        "Decent Sampler (*.dspreset)",
+        "Decent Sampler Library (*.dslibrary)",
+        "OP-1 (*.aif)",
     };
     return texts;
 }
@@ -104,6 +112,16 @@ std::string menuTextForShortKey(const std::string& keyOrText)
         {"prophetx", "Sequential Prophet-X (*.zip)"},
         {"quantum", "Waldorf Quantum and Iridium (*.map)"},
         {"kronos", "Korg Kronos (*.KMP)"},
+        {"decent", "Decent Sampler (*.dspreset)"},
+        {"decent-library", "Decent Sampler Library (*.dslibrary)"},
+        {"op1", "OP-1 (*.aif)"},
+        {"volca", "Volca Sample"},
+        {"nnxt", "Propellerhead Software Reason NN-XT (*.sxt)"},
+        {"halion", "Steinberg HALion (*.xml)"},
+        {"blofeld", "Waldorf Blofeld (*.xml)"},
+        {"montage-x7u", "Yamaha Montage (*.X7U)"},
+        {"montage-x7l", "Yamaha Montage (*.X7L)"},
+        {"microsampler", "Korg Microsampler (*.msmpl_bank)"},
     };
     for (const auto& entry : kShortKeys)
         if (keyOrText == entry.key)
@@ -126,8 +144,9 @@ uint32_t correctedSettingsWord(const ExportFormatInfo& format, bool hasLastWord,
     if ((word & kDepthMask & mask) == 0)
         word = (word & ~kDepthMask) | kDepth16;
     if ((word & kChannelsMask & mask) == 0)
+        // Formats that take no stereo (Volca, OP-1) fall back to the mix of both channels.
         word = (word & ~kChannelsMask) |
-               (format.format == ExportFormat::Volca ? kChannelsMonoMix : kChannelsStereo);
+               ((mask & kChannelsStereo) == 0 ? kChannelsMonoMix : kChannelsStereo);
     return word;
 }
 

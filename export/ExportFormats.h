@@ -25,6 +25,9 @@ enum class ExportFormat {
     WavFiles,
     SamplerWav, // the "(*.wav)" entries of other samplers: WAV files too
     Aiff,
+    DecentPreset,  // a ".dspreset" beside its "Samples" folder
+    DecentLibrary, // the same, packed as a ".dslibrary" archive
+    OP1,           // drum kit AIFF files with their JSON description
 };
 
 // One row of the dispatch table: the lower-case key looked for in the menu text.

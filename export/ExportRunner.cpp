@@ -10,7 +10,9 @@
 #include "export/ExportSoundFont2.h"
 #include "export/ExportWavFiles.h"
 #include "export/FreeSpace.h"
+#include "export/FurtherFormatsRunner.h"
 #include "export/NamingTags.h"
+#include "export/SettingsWordCheck.h"
 #include "export/templates/BitwigExporter.h"
 #include "export/templates/DelugeExporter.h"
 #include "export/templates/ExportChecks.h"
@@ -172,6 +174,15 @@ const struct {
     {ExportFormat::Quantum, exportQuantum},
     {ExportFormat::ProphetX, exportProphetX},
     {ExportFormat::Kronos, exportKronos},
+    {ExportFormat::DecentPreset, exportDecentPreset},
+    {ExportFormat::DecentLibrary, exportDecentLibrary},
+    {ExportFormat::OP1, exportOp1},
+    {ExportFormat::Volca, exportVolca},
+    {ExportFormat::HALion, exportHALion},
+    {ExportFormat::Blofeld, exportBlofeld},
+    {ExportFormat::NNXT, exportNNXT},
+    {ExportFormat::Montage, exportMontage},
+    {ExportFormat::Microsampler, exportMicrosampler},
 };
 
 // Formats whose destination is a folder rather than a file.
@@ -259,6 +270,8 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
         return setMessage(message, "Please enter a valid export directory!");
 
     const uint32_t word = requestSettingsWord(request);
+    if (request.hasSettings && !checkSettingsWord(*info, request.menuText, word, message))
+        return 0;
     const WaveFormatProbe probe = [](const std::string& path, WaveFormat& format) {
         int32_t loopStart, loopEnd, rootKey, frames;
         std::string ignored;

@@ -19,6 +19,7 @@ constexpr uint16_t kRightSample = 2;
 constexpr uint16_t kLeftSample = 4;
 
 // Generators written.
+constexpr uint16_t kGenPan = 17;
 constexpr uint16_t kGenInstrument = 41;
 constexpr uint16_t kGenKeyRange = 43;
 constexpr uint16_t kGenVelRange = 44;
@@ -260,9 +261,10 @@ int SoundFont2File::finish(std::string& message)
     put16(inst, zones);
 
     std::string ibag, igen, shdr;
+    uint16_t generators = 0;
     for (uint16_t i = 0; i < zones; ++i) {
         const SampleEntry& s = samples_[i];
-        put16(ibag, 4u * i);
+        put16(ibag, generators);
         put16(ibag, 0);
         put16(igen, kGenKeyRange);
         igen += char(s.lowKey);
@@ -270,10 +272,18 @@ int SoundFont2File::finish(std::string& message)
         put16(igen, kGenVelRange);
         igen += char(s.lowVelocity);
         igen += char(s.highVelocity);
+        // A linked pair is placed hard left and right; without a pan both halves would
+        // sound in the middle and the stereo image would collapse.
+        const bool stereoHalf = s.type == kLeftSample || s.type == kRightSample;
+        if (stereoHalf) {
+            put16(igen, kGenPan);
+            put16(igen, uint16_t(s.type == kLeftSample ? -500 : 500));
+        }
         put16(igen, kGenSampleModes);
         put16(igen, s.loop ? 1 : 0);
         put16(igen, kGenSampleId);
         put16(igen, i);
+        generators = uint16_t(generators + (stereoHalf ? 5 : 4));
 
         putName(shdr, s.name, 20);
         put32(shdr, s.start);
@@ -287,7 +297,7 @@ int SoundFont2File::finish(std::string& message)
         put16(shdr, s.link);
         put16(shdr, s.type);
     }
-    put16(ibag, 4u * zones);
+    put16(ibag, generators);
     put16(ibag, 0);
     put32(igen, 0);
     putName(shdr, "EOS", 20);

@@ -77,6 +77,8 @@ TakeAudio OfflineTakeSource::take()
     audio.format = waveFormatOf(format_);
     audio.data = &take_;
     audio.frames = frames_;
+    // Rendered, not captured: every frame is there.
+    audio.health.framesExpected = audio.health.framesReceived = frames_;
     return audio;
 }
 
@@ -119,6 +121,7 @@ class FailureKeeper : public RunObserver {
         inner_.message(title, text);
     }
     void finished(bool close) override { inner_.finished(close); }
+    void takeRecorded(const TakeReport& report) override { inner_.takeRecorded(report); }
     std::string failure;
 
   private:

@@ -64,6 +64,7 @@ TakeAudio PluginTakeSource::take()
     take.format = waveFormatOf(recorded.format);
     take.data = recorded.data;
     take.frames = recorded.frames;
+    take.health = recorded.health;
     return take;
 }
 

@@ -62,6 +62,7 @@ TakeAudio RealTimeTakeSource::take()
                        uint16_t(recorded.format.bits));
     take.data = recorded.data;
     take.frames = recorded.frames;
+    take.health = recorded.health;
     return take;
 }
 

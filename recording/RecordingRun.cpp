@@ -31,6 +31,16 @@ std::string number(double value)
     return formatText("%g", value);
 }
 
+// The take's health line of the log.
+std::string healthText(int note, const TakeHealth& health)
+{
+    return formatText("NOTE %d (%s): %lld of %lld frames received, %lld missing, %d input "
+                      "overflow(s), %d output underflow(s)",
+                      note, noteName(note).c_str(), (long long)health.framesReceived,
+                      (long long)health.framesExpected, (long long)health.framesMissing(),
+                      health.inputOverflows, health.outputUnderflows);
+}
+
 } // namespace
 
 RecordingRun::RecordingRun(Model& model, const RunOptions& options, TakeSource& source,
@@ -175,6 +185,7 @@ void RecordingRun::advance()
             continue;
         }
         currentKey_ = next;
+        retries_ = 0;
         const TGmsl_key& key = entry.msl->keys[next];
         if (key.hasAudio &&
             (options_.recordOnlyEmptyKeys || (options_.keepLockedKeys && key.locked))) {
@@ -215,6 +226,11 @@ void RecordingRun::beginKey()
     noteLength_ = msl.recordsettings.notelength1;
     releaseLength_ = msl.recordsettings.releaselength1;
     countdown_ = source_.offlineRenderer() ? 0.0 : msl.recordsettings.recpause;
+    startKeyCountdown();
+}
+
+void RecordingRun::startKeyCountdown()
+{
     secondsToAnnounce_ = std::max(0, int(std::ceil(countdown_)) - 1);
     if (options_.automatic) {
         observer_.log(formatText("recording starts in %s second(s)", number(countdown_).c_str()));
@@ -368,6 +384,49 @@ void RecordingRun::onUpdateTick()
 
 // ------------------------------------------------------------------ the take
 
+void RecordingRun::reportTake(const TakeAudio& take, const std::string& keptAs)
+{
+    const RecordEntry& entry = list_.entries[entry_];
+    TakeReport report;
+    report.project = entry.project->name;
+    report.multiSample = entry.msl->name;
+    report.note = currentKey_;
+    report.file = keptAs;
+    report.frames = take.frames;
+    report.health = take.health;
+    report.kept = !keptAs.empty();
+    observer_.takeRecorded(report);
+}
+
+bool RecordingRun::acceptTakeHealth(const TakeAudio& take)
+{
+    const TakeHealth& health = take.health;
+    if (!health.droppedFrames())
+        return true;
+    observer_.log(healthText(currentKey_, health));
+    reportTake(take, "");
+    if (retries_ >= 1) {
+        fail(formatText("Frames were dropped again while recording NOTE %d (%s): %lld frame(s) "
+                        "missing, %d input overflow(s). The take was not kept and the "
+                        "recording stopped; lower the system's load or raise the audio "
+                        "latency, then record again.",
+                        currentKey_, noteName(currentKey_).c_str(),
+                        (long long)health.framesMissing(), health.inputOverflows));
+        return false;
+    }
+    ++retries_;
+    observer_.log(formatText("Frames were dropped: the take is not kept, NOTE %d (%s) is "
+                             "recorded again",
+                             currentKey_, noteName(currentKey_).c_str()));
+    if (options_.automatic) {
+        startKeyCountdown();
+    } else {
+        state_ = State::Waiting;
+        showNextKey();
+    }
+    return false;
+}
+
 void RecordingRun::processTake()
 {
     RecordEntry& entry = list_.entries[entry_];
@@ -375,11 +434,13 @@ void RecordingRun::processTake()
     TGmsl& msl = *entry.msl;
     const int note = currentKey_;
     TGmsl_key& key = msl.keys[note];
+    const TakeAudio take = source_.take();
+    if (!acceptTakeHealth(take))
+        return;
     ++done_;
     const std::string fileName = keySampleFileName(project, msl, note);
     observer_.log(formatText("saving \"%s\"", fileName.c_str()));
-
-    const TakeAudio take = source_.take();
+    observer_.log(healthText(note, take.health));
     const size_t bufferBytes = take.data ? take.data->size() : 0;
     const size_t bytes = takeByteCount(take.format, take.frames, bufferBytes);
     const uint8_t* data = bytes ? take.data->data() : nullptr;
@@ -427,6 +488,7 @@ void RecordingRun::processTake()
         fail(message);
         return;
     }
+    reportTake(take, fileName);
     observer_.progress(
         formatText("%s - %d keys (%d done)", title().c_str(), list_.totalKeys, done_), done_,
         list_.totalKeys);

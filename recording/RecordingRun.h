@@ -25,6 +25,17 @@ struct RunOptions {
     std::string audioOutputDevice; // the preferences' audio output device
 };
 
+// One take as the run judged it: kept (written to `file`) or refused for dropped frames.
+struct TakeReport {
+    std::string project;
+    std::string multiSample;
+    int note = -1;
+    std::string file;
+    int64_t frames = 0;
+    TakeHealth health;
+    bool kept = false;
+};
+
 // What the run shows. Every call comes from the thread that drives the run.
 class RunObserver {
   public:
@@ -49,6 +60,8 @@ class RunObserver {
     }
     // Semi-automatic: the take of `note` is waiting for keepTake() or discardTake().
     virtual void checkTake(int note) { (void)note; }
+    // Every take, as it was kept or refused.
+    virtual void takeRecorded(const TakeReport& report) { (void)report; }
     // The run is over; `close` says whether the dialog closes now.
     virtual void finished(bool close) { (void)close; }
 };
@@ -133,6 +146,13 @@ class RecordingRun {
 
     void advance();
     void beginKey();
+    void startKeyCountdown();
+    // A take with dropped frames is not kept: the key is recorded once more, then the run
+    // stops. False when the take is refused.
+    bool acceptTakeHealth(const TakeAudio& take);
+    // Tells the observer of the current key's take, kept as the file `keptAs` or refused
+    // (empty).
+    void reportTake(const TakeAudio& take, const std::string& keptAs);
     void onCountdownTick();
     void recordNote();
     void onMidiOn();
@@ -159,9 +179,10 @@ class RecordingRun {
     size_t entry_ = 0;    // current record-list entry
     int currentKey_ = -1; // MIDI note, -1 before the first
     int done_ = 0;
+    int retries_ = 0;                // takes of the current key refused for dropped frames
     int preparedEntry_ = -1;         // entry the devices were last prepared for
     const TGmsl* lastMsl_ = nullptr; // Multi-Sample whose channel the stop messages go to
-    double countdown_ = 0.0; // seconds
+    double countdown_ = 0.0;         // seconds
     int secondsToAnnounce_ = 0;
     double noteLength_ = 0.0;    // seconds
     double releaseLength_ = 0.0; // seconds

@@ -4,6 +4,7 @@
 
 #include "audiofile/WaveFormat.h"
 #include "core/Records.h"
+#include "devices/TakeHealth.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,7 @@ struct TakeAudio {
     WaveFormat format;                          // the format it was recorded in
     const std::vector<uint8_t>* data = nullptr; // WAV byte image; may be longer than the take
     int64_t frames = 0;                         // frames captured
+    TakeHealth health;                          // how well the capture kept up
 };
 
 // A note for an instrument that renders offline, faster than real time.

@@ -73,34 +73,31 @@ TEST(LoopPlacement, BackwardForwardLoopTurnsInTheMiddleOfTheSearchRegion)
 TEST(LoopPlacement, BothChannelCrossingMoreThanTenPercentOffFallsBackToEitherChannel)
 {
     const WaveFormat format = makeWaveFormat(44100, 2, 16);
-    // The right channel never crosses except at one frame where both channels are silent.
-    auto signal = [](int64_t silentFrame) {
-        return [silentFrame](int64_t f, int ch) -> int32_t {
-            if (f == silentFrame)
-                return 0;
-            return ch ? 5000 : static_cast<int32_t>(8000 * std::sin(2 * M_PI * (f + 0.5) / 60.0));
+    // The left channel crosses its middle between frames 30k - 1 and 30k; the slow right
+    // one only every 3000 frames, at `rightCrossing` and 3000 frames either side.
+    auto signal = [](double rightCrossing) {
+        return [rightCrossing](int64_t f, int ch) -> int32_t {
+            const double phase = ch ? (f - rightCrossing) / 6000.0 : (f + 0.5) / 60.0;
+            return static_cast<int32_t>(8000 * std::sin(2 * M_PI * phase));
         };
     };
     LoopPercentages p;
     p.loopstart = 30;
     p.loopsearchlength = 1;
-    // Wanted Loop_In = 1000 + 3000 = 4000. A silent frame at 1100 is 29 % off.
+    // Wanted Loop_In = 20000 + 3000 = 23000. Both channels crossing at 20129.5 is 29 % off:
+    // the nearest crossing of either channel before 23000 is taken.
     {
-        const auto data = makeSignal(format, 12000, signal(1100));
-        TGmsl_key key = noteKey(1000, 11000, 2);
+        const auto data = makeSignal(format, 50000, signal(20129.5));
+        TGmsl_key key = noteKey(20000, 30000, 2);
         ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
-        const int32_t either =
-            findZeroCrossing(&format, data.data(), static_cast<int32_t>(data.size()), 4000, -1,
-                             kZeroCrossingEitherChannel);
-        EXPECT_EQ(key.Loop_In, either);
-        EXPECT_GT(key.Loop_In, 3940);
+        EXPECT_NEAR(key.Loop_In, 22979.5, 1.0);
     }
-    // One at 3800 is 6.7 % off: the both-channels crossing stays.
+    // Both crossing at 22799.5 is 6.7 % off: that crossing stays.
     {
-        const auto data = makeSignal(format, 12000, signal(3800));
-        TGmsl_key key = noteKey(1000, 11000, 2);
+        const auto data = makeSignal(format, 50000, signal(22799.5));
+        TGmsl_key key = noteKey(20000, 30000, 2);
         ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
-        EXPECT_EQ(key.Loop_In, 3800);
+        EXPECT_NEAR(key.Loop_In, 22799.5, 1.0);
     }
 }
 
@@ -147,6 +144,54 @@ TEST(LoopPlacement, SearchEndFromTheLoadedKeyAndNoNoteLeavesMarkers)
     empty.Loop_In = 7;
     EXPECT_EQ(placeLoop(empty, format, data.data(), data.size(), p, false), 0);
     EXPECT_EQ(empty.Loop_In, 7);
+}
+
+// A take whose DC offset exceeds its swing never touches zero, yet it crosses its own middle
+// every half period: the loop start and end snap to those crossings and the loop keeps the
+// length the search gave it, in both loop modes.
+TEST(LoopPlacement, DcOffsetLargerThanTheSwingStillGivesASensibleLoop)
+{
+    const WaveFormat format = makeWaveFormat(44100, 2, 16);
+    const auto data = makeSignal(format, 30000, [](int64_t f, int ch) {
+        return static_cast<int32_t>(9000 + 3000 * std::sin(2 * M_PI * f / 100.0 + ch));
+    });
+    LoopPercentages p;
+    p.loopstart = 30;
+    p.loopoutsearchstart = 55;
+    p.loopsearchlength = 1;
+    p.xfadelength = 10;
+    for (uint8_t mode : {1, 2}) {
+        TGmsl_key key = noteKey(1000, 29000, mode);
+        ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
+        SCOPED_TRACE(static_cast<int>(mode));
+        // Loop_In within a half period of 30 % into the note, on a crossing of the middle.
+        ASSERT_NEAR(key.Loop_In, 9400, 50);
+        const int32_t l = key.Loop_In;
+        const auto left = [&](int64_t f) { return test::sampleOf(format, data, f, 0) - 9000; };
+        const auto right = [&](int64_t f) { return test::sampleOf(format, data, f, 1) - 9000; };
+        EXPECT_TRUE((left(l - 1) < 0) != (left(l + 1) < 0) ||
+                    (right(l - 1) < 0) != (right(l + 1) < 0));
+        // The end lies in the search region, far from the start.
+        EXPECT_GT(key.Loop_Out - key.Loop_In, 5000);
+        EXPECT_GE(key.Loop_Out, key.LoopSearch_In);
+        EXPECT_LE(key.Loop_Out, 29000);
+        EXPECT_GT(key.xfadeLen, 500);
+    }
+}
+
+// With no crossing anywhere (a constant take) snapping keeps the unsnapped points.
+TEST(LoopPlacement, SnapFindingNoCrossingKeepsThePosition)
+{
+    const WaveFormat format = makeWaveFormat(44100, 1, 16);
+    const auto data = makeSignal(format, 20000, [](int64_t, int) { return 5000; });
+    LoopPercentages p;
+    p.loopstart = 50;
+    p.loopoutsearchstart = 80;
+    p.loopsearchlength = 2;
+    TGmsl_key key = noteKey(0, 19999, 2);
+    ASSERT_EQ(placeLoop(key, format, data.data(), data.size(), p, true), 1);
+    EXPECT_EQ(key.Loop_In, 9999);
+    EXPECT_EQ(key.Loop_Out, key.LoopSearch_In + key.LoopSearch_Len / 2);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Loop search: exact kernels, production against the reference, selection rules, cancel.
 #include "analysis/LoopSearch.h"
+#include "analysis/CentredCrossings.h"
 #include "analysis/LoopKernels.h"
 #include "analysis/LoopPlacement.h"
 #include "analysis/tests/ReferenceLoopSearch.h"
@@ -165,8 +166,8 @@ TEST(LoopSearch, ProductionMatchesReferenceOnRandomSignalsOfEveryFormat)
         expectScoresMatch(format, data, sc);
         // Stepping only takes effect from a loop start on a zero crossing.
         SearchCase onCrossing = sc;
-        onCrossing.s = findZeroCrossing(&format, data.data(), static_cast<int32_t>(data.size()),
-                                        sc.s, 1, kZeroCrossingEitherChannel);
+        onCrossing.s = static_cast<int32_t>(CentredCrossings(format, data.data(), data.size())
+                                                .snap(sc.s, 1, kZeroCrossingEitherChannel));
         for (int k : {0, 5}) {
             for (bool snap : {false, true}) {
                 expectSearchMatches(format, data, sc, k, snap, false);

@@ -1,6 +1,7 @@
 // Reference loop search: one sample difference at a time.
 #include "analysis/tests/ReferenceLoopSearch.h"
 
+#include "analysis/CentredCrossings.h"
 #include "audiofile/ZeroCrossing.h"
 
 #include <algorithm>
@@ -54,17 +55,19 @@ int32_t referenceLoopSearch(const WaveFormat& format, const uint8_t* data, size_
     const int32_t byteCount = static_cast<int32_t>(frames * format.nBlockAlign);
     if (frames < 1)
         return 0;
-    const bool onCrossing = stepping && findZeroCrossing(&format, data, byteCount, s, 0,
-                                                         kZeroCrossingEitherChannel) == s;
+    const CentredCrossings crossings(format, data, static_cast<size_t>(byteCount));
+    const bool onCrossing = stepping && crossings.find(s, 0, kZeroCrossingEitherChannel) == s;
 
     std::vector<int16_t> score(static_cast<size_t>(frames), 32000);
     const int64_t c0 = std::max<int64_t>(a, int64_t{s} + w);
     const int64_t c1 = std::min<int64_t>(b, frames - w);
     for (int64_t c = c0; c < c1;) {
         score[static_cast<size_t>(c)] = referenceScore(format, data, frames, s, c, w);
-        c = onCrossing ? findZeroCrossing(&format, data, byteCount, static_cast<int32_t>(c + 1), 1,
-                                          kZeroCrossingEitherChannel)
-                       : c + 1;
+        const int64_t next =
+            onCrossing ? crossings.find(c + 1, 1, kZeroCrossingEitherChannel) : c + 1;
+        if (next <= c)
+            break;
+        c = next;
     }
     if (scores != nullptr)
         scores->assign(c0 < c1 ? score.begin() + c0 : score.begin(),
@@ -82,9 +85,8 @@ int32_t referenceLoopSearch(const WaveFormat& format, const uint8_t* data, size_
             }
         }
         p = std::max<int64_t>(p, 0);
-        if (snap)
-            p = findZeroCrossing(&format, data, byteCount, static_cast<int32_t>(p), 0,
-                                 kZeroCrossingEitherChannel);
+        if (snap && crossings.find(p, 0, kZeroCrossingEitherChannel) > s)
+            p = crossings.find(p, 0, kZeroCrossingEitherChannel);
         if (pass < k)
             results[pass] = static_cast<int32_t>(p);
         if (pass == 0)

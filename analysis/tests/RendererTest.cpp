@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace tg {
 namespace {
 
@@ -40,11 +42,11 @@ TEST(Renderer, ForwardLoopCrossfadeIsSampleExactInEveryFormat)
     for (uint16_t bits : {8, 16, 24}) {
         const WaveFormat format = makeWaveFormat(44100, bits == 16 ? 2 : 1, bits);
         const int32_t k = bits == 8 ? 100 : bits == 16 ? 20000 : 4000000;
-        // -k in the four frames before Loop_In, +k in the four before Loop_Out.
+        // -k in the four frames before Loop_In, +k in the five up to Loop_Out.
         const auto data = makeSignal(format, 1000, [k](int64_t f, int ch) {
             if (f >= 296 && f < 300)
                 return ch ? k : -k;
-            if (f >= 696 && f < 700)
+            if (f >= 696 && f <= 700)
                 return ch ? -k : k;
             return static_cast<int32_t>(f % 50);
         });
@@ -58,12 +60,12 @@ TEST(Renderer, ForwardLoopCrossfadeIsSampleExactInEveryFormat)
         EXPECT_EQ(out.loopEnd, 600);
         const size_t frames = 601;
         EXPECT_EQ(out.note.size(), frames * format.nBlockAlign + (frames * format.nBlockAlign) % 2);
-        // Linear blend of +k into -k: k, k/2, 0, -k/2; the loop end frame itself untouched.
+        // Linear blend of +k into -k over the last four loop frames: k/2, 0, -k/2, -k.
         EXPECT_EQ(sampleOf(format, out.note, 596, 0), k);
         EXPECT_EQ(sampleOf(format, out.note, 597, 0), k / 2);
         EXPECT_EQ(sampleOf(format, out.note, 598, 0), 0);
         EXPECT_EQ(sampleOf(format, out.note, 599, 0), -k / 2);
-        EXPECT_EQ(sampleOf(format, out.note, 600, 0), 700 % 50);
+        EXPECT_EQ(sampleOf(format, out.note, 600, 0), -k);
         if (format.nChannels == 2) {
             EXPECT_EQ(sampleOf(format, out.note, 597, 1), -k / 2);
         }
@@ -85,10 +87,10 @@ TEST(Renderer, CrossfadeTruncatesTowardZeroWithTheCurveGains)
     ASSERT_TRUE(render(key, format, data, out));
     for (int i = 0; i < 37; ++i) {
         double a, b;
-        fadeCurve(i / 37.0, key.xfadeCurve, a, b);
-        const double mixed = sampleOf(format, data, 700 - 37 + i, 0) * a +
+        fadeCurve((i + 1) / 37.0, key.xfadeCurve, a, b);
+        const double mixed = sampleOf(format, data, 700 - 36 + i, 0) * a +
                              sampleOf(format, data, 300 - 37 + i, 0) * b;
-        EXPECT_EQ(sampleOf(format, out.note, 600 - 37 + i, 0), static_cast<int32_t>(mixed)) << i;
+        EXPECT_EQ(sampleOf(format, out.note, 600 - 36 + i, 0), static_cast<int32_t>(mixed)) << i;
     }
 }
 
@@ -145,11 +147,78 @@ TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)
     key.bfxfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Linear"));
     RenderedNote out;
     ASSERT_TRUE(render(key, format, data, out));
-    // The reversed pass reaches Loop_In - 19 in its last frame, which blends into
-    // Loop_In - 1 (weight 19/20), so playback steps on from about Loop_In - 1 to Loop_In.
-    const double expected = 2810 * (1.0 / 20) + 2990 * (19.0 / 20);
-    EXPECT_EQ(sampleOf(format, out.note, out.loopEnd, 0), static_cast<int32_t>(expected));
+    // The reversed pass reaches Loop_In - 19 in its last frame, which is wholly Loop_In - 1
+    // (the frame before the one the wrap plays); the one before it blends 1/20 of the
+    // reversed audio (Loop_In - 18) into Loop_In - 2.
+    double a, b;
+    fadeCurve(19.0 / 20.0, key.bfxfadeCurve, a, b);
+    EXPECT_EQ(sampleOf(format, out.note, out.loopEnd, 0), 2990);
+    EXPECT_EQ(sampleOf(format, out.note, out.loopEnd - 1, 0),
+              static_cast<int32_t>(2820 * a + 2980 * b));
     EXPECT_EQ(sampleOf(format, out.note, out.loopStart, 0), 3000);
+}
+
+// Every wrap and turn must continue the audio it jumps into: the frame played just before
+// a jump is, after its crossfade, the frame that precedes the jump's target in that audio.
+// Frames no crossfade reaches stay as copied. Random takes, every curve, short and long
+// crossfades, every sample width.
+TEST(Renderer, EverySeamEndsOnTheFrameBeforeItsJumpTarget)
+{
+    std::mt19937 rng(21);
+    for (uint16_t bits : {8, 16, 24}) {
+        for (uint16_t channels : {1, 2}) {
+            const WaveFormat format = makeWaveFormat(44100, channels, bits);
+            const auto data = test::randomBytes(size_t{1200} * format.nBlockAlign, rng());
+            auto same = [&](const RenderedNote& out, int64_t frame, int64_t recorded) {
+                for (int ch = 0; ch < channels; ++ch)
+                    if (sampleOf(format, out.note, frame, ch) !=
+                        sampleOf(format, data, recorded, ch))
+                        return false;
+                return true;
+            };
+            for (int curve = 0; curve < kFadeCurveCount; ++curve) {
+                for (int32_t fade : {0, 1, 2, 3, 17, 64}) {
+                    TGmsl_key key = loopedKey(1);
+                    key.Note_In = std::uniform_int_distribution<int32_t>(0, 50)(rng);
+                    key.Loop_In = std::uniform_int_distribution<int32_t>(100, 400)(rng);
+                    key.Loop_Out =
+                        key.Loop_In + std::uniform_int_distribution<int32_t>(80, 500)(rng);
+                    key.Note_Out = 1150;
+                    key.xfadeLen = fade;
+                    key.bfxfadeLen =
+                        std::uniform_int_distribution<int32_t>(0, 3)(rng) == 0 ? 0 : fade;
+                    key.xfadeCurve = key.bfxfadeCurve = static_cast<uint8_t>(curve);
+                    SCOPED_TRACE(testing::Message() << bits << " bit, " << channels << " ch, curve "
+                                                    << curve << ", fade " << fade);
+                    const int64_t noteIn = key.Note_In, loopIn = key.Loop_In,
+                                  loopOut = key.Loop_Out;
+
+                    RenderedNote out;
+                    ASSERT_TRUE(render(key, format, data, out));
+                    const int64_t end = out.loopEnd;
+                    EXPECT_TRUE(fade == 0 || same(out, end, loopIn - 1));
+                    for (int64_t f = 0; f <= end - fade; ++f) {
+                        ASSERT_TRUE(same(out, f, noteIn + f)) << f;
+                    }
+
+                    key.loopMode = 2;
+                    ASSERT_TRUE(render(key, format, data, out));
+                    const int64_t y = key.bfxfadeLen;
+                    const int64_t turn = loopOut - y;
+                    const int64_t lastForward = turn - 1 - noteIn;
+                    ASSERT_EQ(out.loopEnd, 2 * loopOut - loopIn - noteIn - y - 1);
+                    EXPECT_TRUE(fade == 0 || same(out, lastForward, turn + 1));
+                    EXPECT_TRUE(y == 0 || same(out, out.loopEnd, loopIn - 1));
+                    for (int64_t f = 0; f <= lastForward - fade; ++f) {
+                        ASSERT_TRUE(same(out, f, noteIn + f)) << f;
+                    }
+                    for (int64_t f = lastForward + 1; f <= out.loopEnd - y; ++f) {
+                        ASSERT_TRUE(same(out, f, turn - (f - lastForward - 1))) << f;
+                    }
+                }
+            }
+        }
+    }
 }
 
 TEST(Renderer, LoopEndNotAfterLoopStartRendersThePlainNote)

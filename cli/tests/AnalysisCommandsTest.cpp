@@ -12,6 +12,7 @@
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cmath>
 #include <memory>
@@ -133,6 +134,68 @@ TEST_F(AnalysisCommands, AutoSavesTheMarkersUnlessDryRun)
     EXPECT_NEAR(key.Note_Out, 35000, 10);
     EXPECT_EQ(key.loopMode, 1);
     EXPECT_GT(key.Loop_Out, key.Loop_In);
+}
+
+TEST_F(AnalysisCommands, LoopsReportsEveryLoopAndWhichOnesClick)
+{
+    for (int note : {60, 62, 64}) {
+        addKey(note);
+        TGmsl_key& key = project->msl[0].keys[note];
+        key.Note_In = 5000;
+        key.Note_Out = 34999;
+        key.loopMode = note == 64 ? 0 : 1;
+        key.Loop_In = 10000;
+        // 50 periods of the 200-frame wave join; 50.25 jump from a crest to the middle.
+        key.Loop_Out = note == 60 ? 19999 : 20049;
+    }
+    const std::string path = save();
+    CommandRun r = run({"loops", path});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_NE(r.out.find("Key 62 (D4): loop 10050 frames, crossfade 0, wrap step"),
+              std::string::npos)
+        << r.out;
+    EXPECT_NE(r.out.find("Key 64 (E4): no loop\n3 Key-Samples, 1 clicking loops\n"),
+              std::string::npos)
+        << r.out;
+    r = run({"loops", path, "--json"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    const nlohmann::json j = nlohmann::json::parse(r.out);
+    EXPECT_EQ(j["clicks"], 1);
+    ASSERT_EQ(j["loops"].size(), 3u);
+    EXPECT_EQ(j["loops"][0]["length"], 10000);
+    EXPECT_EQ(j["loops"][0]["click"], false);
+    EXPECT_LT(j["loops"][0]["seamError"].get<double>(), 0.01);
+    EXPECT_EQ(j["loops"][1]["click"], true);
+    EXPECT_GT(j["loops"][1]["stepRatio"].get<double>(), 8.0);
+    EXPECT_EQ(j["loops"][2]["looped"], false);
+}
+
+TEST_F(AnalysisCommands, AutoLoopWarnsAboutLoopsThatClick)
+{
+    // Loud up to frame 20000, quiet after: the loop starts on a loud crest and must end in
+    // the quiet search region, and without a crossfade the wrap steps from quiet to loud.
+    addKey(60);
+    const WaveFormat format = makeWaveFormat(44100, 2, 16);
+    std::vector<uint8_t> data(40000 * 4, 0);
+    for (int f = 5000; f < 35000; ++f) {
+        const double amplitude = f < 20000 ? 23000 : 2000;
+        const int16_t v = static_cast<int16_t>(amplitude * std::cos(2 * M_PI * f / 200.0));
+        for (int ch = 0; ch < 2; ++ch) {
+            data[f * 4 + ch * 2] = static_cast<uint8_t>(v & 0xff);
+            data[f * 4 + ch * 2 + 1] = static_cast<uint8_t>((v >> 8) & 0xff);
+        }
+    }
+    std::string message;
+    ASSERT_TRUE(writeWav(keySampleFileName(*project, project->msl[0], 60), format, data, message));
+    RecordSettings& settings = project->msl[0].recordsettings;
+    settings.zerocrossing = 0;
+    settings.xfadelength = 0.0;
+    const std::string path = save();
+    CommandRun r = run({"auto", path, "--note", "--loop", "--quiet", "--json"});
+    EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_NE(r.err.find("warning: Key 60 (C4): loop "), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("  CLICK\n"), std::string::npos) << r.err;
+    EXPECT_EQ(nlohmann::json::parse(r.out)["clickingLoops"], nlohmann::json::array({60}));
 }
 
 TEST_F(AnalysisCommands, EstimatePrintsTimeAndSize)

@@ -9,6 +9,7 @@
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <string>
@@ -55,6 +56,9 @@ TEST_F(RecordCommand, NoSelectedKeyIsRefusedWithTheRunsMessage)
                          "select single Keys to be recorded by Ctrl-clicking on them.\n"),
               std::string::npos)
         << r.err;
+    const CommandRun json = run({"record", path(), "--json"});
+    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(nlohmann::json::parse(json.out)["error"], r.err.substr(0, r.err.size() - 1));
 }
 
 TEST_F(RecordCommand, MissingDataPathIsRefusedBeforeRecording)

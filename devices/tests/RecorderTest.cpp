@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
+#include <random>
+#include <thread>
 #include <vector>
 
 namespace tg {
@@ -90,6 +93,123 @@ TEST(Recorder, RearmingWithTheSameSizeClearsTheOldTake)
     recorder.stop();
     recorder.processBlock(block.data(), 64);
     EXPECT_EQ(recorder.take().frames, 0);
+}
+
+// Blocks of `frames` stereo frames, timed on a 100 Hz stream clock.
+BlockStatus at(int64_t frame, bool overflow = false)
+{
+    BlockStatus status;
+    status.timed = true;
+    status.time = 1000.0 + double(frame) / 100.0;
+    status.inputOverflow = overflow;
+    return status;
+}
+
+TEST(Recorder, HealthCountsOverflowsUnderflowsAndTheFramesTheClockSaysAreMissing)
+{
+    Recorder recorder;
+    AudioStreamConfig config = stereo16();
+    config.sampleRate = 100;
+    ASSERT_EQ(recorder.arm(config, 3.0), 1); // 300 frames
+    std::vector<int16_t> block = ramp(64, 2, 0);
+    recorder.processBlock(block.data(), 64, at(0));
+    // The clock wobbles by less than half a block: no hole. The host flags an xrun somewhere
+    // else in its graph; the clock shows this stream lost nothing.
+    recorder.processBlock(block.data(), 64, at(64 + 20, true));
+    recorder.processBlock(block.data(), 64, at(128 - 20));
+    TakeHealth health = recorder.take().health;
+    EXPECT_EQ(health.framesReceived, 192);
+    EXPECT_EQ(health.inputOverflows, 1);
+    EXPECT_FALSE(health.droppedFrames());
+    // Without a clock the flag is all there is to go by.
+    ASSERT_EQ(recorder.arm(config, 3.0), 1);
+    recorder.processBlock(block.data(), 64, BlockStatus{false, 0.0, true, false});
+    EXPECT_TRUE(recorder.take().health.droppedFrames());
+    ASSERT_EQ(recorder.arm(config, 3.0), 1);
+    recorder.processBlock(block.data(), 64, at(0));
+    recorder.processBlock(block.data(), 64, at(64));
+    // Two periods never arrived, and the driver flagged the next block.
+    recorder.processBlock(block.data(), 64, at(256, true));
+    recorder.noteOutputStatus(BlockStatus{false, 0.0, false, true});
+    recorder.processBlock(block.data(), 64, at(320));
+    recorder.processBlock(block.data(), 64, at(384)); // only 44 fit: the take is full
+    EXPECT_FALSE(recorder.isRecording());
+    recorder.noteOutputStatus(BlockStatus{false, 0.0, false, true}); // after the take
+    health = recorder.take().health;
+    EXPECT_EQ(health.framesReceived, 300);
+    EXPECT_EQ(health.framesExpected, 428);
+    EXPECT_EQ(health.framesMissing(), 128);
+    EXPECT_EQ(health.inputOverflows, 1);
+    EXPECT_EQ(health.outputUnderflows, 1);
+    EXPECT_TRUE(health.droppedFrames());
+
+    // A clean take: as many frames arrived as the clock let pass.
+    ASSERT_EQ(recorder.arm(config, 1.0), 1);
+    for (int64_t frame = 0; recorder.isRecording(); frame += 64)
+        recorder.processBlock(block.data(), 64, at(frame));
+    health = recorder.take().health;
+    EXPECT_EQ(health.framesExpected, 100);
+    EXPECT_EQ(health.framesReceived, 100);
+    EXPECT_FALSE(health.droppedFrames());
+}
+
+// A callback thread writes numbered frames without pause while this thread arms takes of
+// changing sizes (so the buffer is freed and reallocated), stops some early and reads them.
+// Every take must hold consecutive frames, zeros after its end, and stay as read: a block
+// written after stop() returned, or into a buffer being replaced, shows here (and to the
+// sanitizers).
+TEST(Recorder, ArmStopAndReadAgainstARunningCallbackThread)
+{
+    Recorder recorder;
+    AudioStreamConfig config{0, -1, -1, 1024, 32, 1, -1.0f};
+    std::atomic<bool> running{true};
+    std::atomic<long> blocks{0};
+    std::thread callback([&] {
+        std::vector<int32_t> block(16);
+        int32_t next = 1;
+        while (running.load(std::memory_order_relaxed)) {
+            for (int32_t& sample : block)
+                sample = next++;
+            BlockStatus status;
+            status.timed = true;
+            status.time = double(next) / 1024.0;
+            recorder.processBlock(block.data(), block.size(), status);
+            blocks.fetch_add(1, std::memory_order_relaxed);
+        }
+    });
+    std::mt19937 random(7);
+    int complete = 0;
+    for (int round = 0; round < 400; ++round) {
+        const double seconds = double(1 + random() % 6) / 64.0; // 16 to 96 frames
+        ASSERT_EQ(recorder.arm(config, seconds), 1);
+        if (random() % 2 == 0) {
+            const long until = blocks.load() + long(random() % 4);
+            while (recorder.isRecording() && blocks.load() < until)
+                std::this_thread::yield();
+            recorder.stop();
+        } else {
+            while (recorder.isRecording())
+                std::this_thread::yield();
+            ++complete;
+        }
+        const RecordedTake take = recorder.take();
+        const std::vector<uint8_t> copy = *take.data;
+        ASSERT_EQ(copy.size(), size_t(seconds * 1024.0) * 4);
+        ASSERT_LE(take.frames * 4, int64_t(copy.size()));
+        const auto* samples = reinterpret_cast<const int32_t*>(copy.data());
+        for (int64_t i = 1; i < take.frames; ++i)
+            ASSERT_EQ(samples[i], samples[i - 1] + 1) << "round " << round << " frame " << i;
+        for (size_t i = size_t(take.frames); i < copy.size() / 4; ++i)
+            ASSERT_EQ(samples[i], 0) << "round " << round << " frame " << i;
+        EXPECT_FALSE(take.health.droppedFrames());
+        const long seen = blocks.load();
+        while (blocks.load() < seen + 2)
+            std::this_thread::yield();
+        ASSERT_EQ(*recorder.take().data, copy) << "written after the stop, round " << round;
+    }
+    running = false;
+    callback.join();
+    EXPECT_GT(complete, 0);
 }
 
 TEST(PeakLevel, LargestSignedValueNotMagnitude)

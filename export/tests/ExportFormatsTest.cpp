@@ -55,7 +55,6 @@ TEST(ExportFormats, FirstKeyInTableOrderDecides)
 TEST(ExportFormats, EntriesWithoutAKeyStartNoExport)
 {
     EXPECT_EQ(tg::findExportFormat("Cakewalk Dimension Preset (*.prog)"), nullptr);
-    EXPECT_EQ(tg::findExportFormat("OP-1 (*.aif)"), nullptr);
     EXPECT_EQ(tg::findExportFormat("Akai (*.SND)"), nullptr);
 }
 

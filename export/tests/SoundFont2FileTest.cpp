@@ -108,25 +108,33 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
     EXPECT_EQ(sf2.samples[3].name, "EOS");
     EXPECT_EQ(sf2.samples[3].start, 0u);
 
-    // Four generators per zone in fixed order, then the terminal.
-    ASSERT_EQ(sf2.igen.size(), 3u * 4 + 1);
+    // Generators in fixed order: key and velocity range, the stereo halves' pan (hard left
+    // and right), sample mode, sample; then the terminal.
+    ASSERT_EQ(sf2.igen.size(), 4u + 5 + 5 + 1);
+    const std::vector<uint16_t> zoneStarts = {0, 4, 9, 14};
     for (uint16_t zone = 0; zone < 3; ++zone) {
-        EXPECT_EQ(sf2.igen[4 * zone].oper, 43);
-        EXPECT_EQ(sf2.igen[4 * zone + 1].oper, 44);
-        EXPECT_EQ(sf2.igen[4 * zone + 2].oper, 54);
-        EXPECT_EQ(sf2.igen[4 * zone + 3].oper, 53);
-        EXPECT_EQ(sf2.igen[4 * zone + 3].amount, zone);
-        EXPECT_EQ(sf2.ibag[zone], std::make_pair(uint16_t(4 * zone), uint16_t(0)));
+        const uint16_t g = zoneStarts[zone];
+        const uint16_t panned = zoneStarts[zone + 1] - g == 5;
+        EXPECT_EQ(sf2.igen[g].oper, 43);
+        EXPECT_EQ(sf2.igen[g + 1].oper, 44);
+        EXPECT_EQ(sf2.igen[g + 2 + panned].oper, 54);
+        EXPECT_EQ(sf2.igen[g + 3 + panned].oper, 53);
+        EXPECT_EQ(sf2.igen[g + 3 + panned].amount, zone);
+        EXPECT_EQ(sf2.ibag[zone], std::make_pair(g, uint16_t(0)));
     }
+    EXPECT_EQ(sf2.igen[6].oper, 17);
+    EXPECT_EQ(int16_t(sf2.igen[6].amount), -500);
+    EXPECT_EQ(sf2.igen[11].oper, 17);
+    EXPECT_EQ(int16_t(sf2.igen[11].amount), 500);
     EXPECT_EQ(sf2.igen[0].low(), 58);
     EXPECT_EQ(sf2.igen[0].high(), 63);
     EXPECT_EQ(sf2.igen[1].low(), 1);
     EXPECT_EQ(sf2.igen[1].high(), 64);
     EXPECT_EQ(sf2.igen[2].amount, 1); // looped
-    EXPECT_EQ(sf2.igen[6].amount, 0); // not looped
-    EXPECT_EQ(sf2.igen[12].oper, 0);
-    EXPECT_EQ(sf2.igen[12].amount, 0);
-    EXPECT_EQ(sf2.ibag[3], std::make_pair(uint16_t(12), uint16_t(0)));
+    EXPECT_EQ(sf2.igen[7].amount, 0); // not looped
+    EXPECT_EQ(sf2.igen[14].oper, 0);
+    EXPECT_EQ(sf2.igen[14].amount, 0);
+    EXPECT_EQ(sf2.ibag[3], std::make_pair(uint16_t(14), uint16_t(0)));
 
     const std::string& phdr = sf2.chunks.at("phdr");
     ASSERT_EQ(phdr.size(), 2u * 38);

@@ -75,6 +75,15 @@ TakeAudio FakeTakeSource::take()
     audio.frames =
         stopped_ ? std::min<int64_t>(frames, (clock_.now - armedAt) * format.nSamplesPerSec / 1000)
                  : frames;
+    audio.health.framesReceived = audio.frames;
+    audio.health.framesExpected = audio.frames;
+    audio.health.clocked = true;
+    if (droppingTakes > 0) {
+        --droppingTakes;
+        audio.health.framesExpected += 512; // two periods of 256 lost in one xrun
+        audio.health.inputOverflows = 1;
+        audio.health.outputUnderflows = 1;
+    }
     return audio;
 }
 

@@ -40,6 +40,7 @@ class FakeTakeSource : public TakeSource {
     bool silent = false;     // the synth plays nothing
     int latencyFrames = 441; // how late the synth's sound arrives
     bool failPrepare = false;
+    int droppingTakes = 0; // so many takes from now report lost frames, as after an xrun
 
     // What happened.
     std::vector<SentMessage> sent;    // since the last arm
@@ -69,6 +70,7 @@ class RecordingObserver : public RunObserver {
         boxes.push_back(title + ": " + text);
     }
     void checkTake(int note) override { checked.push_back(note); }
+    void takeRecorded(const TakeReport& report) override { takes.push_back(report); }
     void finished(bool close) override
     {
         finishedCalls++;
@@ -78,6 +80,7 @@ class RecordingObserver : public RunObserver {
 
     std::vector<std::string> lines, titles, boxes;
     std::vector<int> checked;
+    std::vector<TakeReport> takes;
     int lastDone = -1, lastTotal = -1, finishedCalls = 0;
     bool closed = false;
 };

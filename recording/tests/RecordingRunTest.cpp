@@ -267,6 +267,50 @@ TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
     EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 60)));
 }
 
+TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedOnceMoreThenTheRunStops)
+{
+    addLayer("Soft", 1);
+    layer(0).keys[60].keyState = 1;
+    layer(0).keys[62].keyState = 1;
+    save();
+    source.droppingTakes = 1;
+    auto run = makeRun();
+    ASSERT_TRUE(run->open().ok());
+    run->start();
+    while (run->keysDone() < 1 && !run->finished())
+        runUntil(*run, clock, clock.now + 100);
+    // The first take of key 60 was refused and the key recorded again, after its countdown.
+    ASSERT_EQ(source.armedAtMs.size(), 2u);
+    EXPECT_EQ(source.armedAtMs[1] - source.armedAtMs[0], 3500 + 1000); // take, countdown
+    EXPECT_TRUE(observer.logged("NOTE 60 (C4): 154350 of 154862 frames received, 512 missing, 1 "
+                                "input overflow(s), 1 output underflow(s)"));
+    EXPECT_TRUE(observer.logged("Frames were dropped: the take is not kept, NOTE 60 (C4) is "
+                                "recorded again"));
+    EXPECT_TRUE(observer.logged("NOTE 60 (C4): 154350 of 154350 frames received, 0 missing, 0 "
+                                "input overflow(s), 0 output underflow(s)"));
+    ASSERT_EQ(observer.takes.size(), 2u);
+    EXPECT_FALSE(observer.takes[0].kept);
+    EXPECT_TRUE(observer.takes[0].file.empty());
+    EXPECT_TRUE(observer.takes[1].kept);
+    EXPECT_EQ(observer.takes[1].file, keySampleFileName(project(), layer(0), 60));
+    EXPECT_EQ(layer(0).keys[60].hasAudio, 1);
+
+    // Key 62 drops frames twice: nothing of it is kept and the run ends with the reason.
+    source.droppingTakes = 2;
+    runToEnd(*run, clock);
+    EXPECT_TRUE(run->failed());
+    ASSERT_EQ(observer.boxes.size(), 1u);
+    EXPECT_EQ(observer.boxes[0],
+              "Error: Frames were dropped again while recording NOTE 62 (D4): 512 frame(s) "
+              "missing, 1 input overflow(s). The take was not kept and the recording stopped; "
+              "lower the system's load or raise the audio latency, then record again.");
+    EXPECT_EQ(source.armedAtMs.size(), 4u);
+    EXPECT_EQ(run->keysDone(), 1);
+    EXPECT_EQ(layer(0).keys[62].hasAudio, 0);
+    EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 62)));
+    EXPECT_EQ(source.history.back().bytes, (Bytes{0xB1, 123, 0}));
+}
+
 TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
 {
     addLayer("Soft");

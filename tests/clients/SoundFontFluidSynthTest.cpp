@@ -253,21 +253,20 @@ TEST_F(SoundFontInFluidSynth, KeyBetweenKeySamplesPlaysTheNearerOneTransposed)
     EXPECT_NEAR(rms(low.left, 0.3, 0.9) / rms(high.left, 0.3, 0.9), 2.0, 0.1);
 }
 
-TEST_F(SoundFontInFluidSynth, StereoPairPlaysItsLeftAndRightHalves)
+TEST_F(SoundFontInFluidSynth, StereoPairKeepsItsChannelsApart)
 {
     FluidPlayer player(exportBank("stereo"));
     ASSERT_TRUE(player.loaded());
     const Rendering r = player.play(72, 1.0);
     const double f = loopableFrequency(72);
-    // No pan generator is written, so both halves sound on both outputs: the left half's
-    // tone at its amplitude 0.4, the right half's fifth above at 0.2.
-    for (const std::vector<float>* out : {&r.left, &r.right}) {
-        const double leftHalf = toneLevel(*out, f, 0.3, 0.9);
-        const double rightHalf = toneLevel(*out, 1.5 * f, 0.3, 0.9);
-        EXPECT_GT(rightHalf, 0.01);
-        EXPECT_NEAR(leftHalf / rightHalf, 2.0, 0.1);
-        EXPECT_LT(toneLevel(*out, 1.25 * f, 0.3, 0.9), rightHalf * 0.05);
-    }
+    // The left half (amplitude 0.4) sounds on the left output only, the right half (the
+    // fifth above, 0.2) on the right only, as they were recorded.
+    const double left = toneLevel(r.left, f, 0.3, 0.9);
+    const double right = toneLevel(r.right, 1.5 * f, 0.3, 0.9);
+    EXPECT_GT(right, 0.01);
+    EXPECT_NEAR(left / right, 2.0, 0.1);
+    EXPECT_LT(toneLevel(r.left, 1.5 * f, 0.3, 0.9), left * 0.01);
+    EXPECT_LT(toneLevel(r.right, f, 0.3, 0.9), right * 0.01);
 }
 
 TEST_F(SoundFontInFluidSynth, BankStructureAsWritten)
@@ -285,13 +284,14 @@ TEST_F(SoundFontInFluidSynth, BankStructureAsWritten)
     EXPECT_EQ(sf2.samples[3].type, 2);
     EXPECT_EQ(sf2.samples[3].link, 2);
     EXPECT_EQ(sf2.samples[4].name, "EOS");
-    // Zones from the key-range mapping: 36-54, 55-66, 67-96 (both stereo halves).
-    ASSERT_EQ(sf2.igen.size(), 4u * 4 + 1);
+    // Zones from the key-range mapping: 36-54, 55-66, 67-96 (both stereo halves, which
+    // also carry their pan).
+    ASSERT_EQ(sf2.igen.size(), 4u + 4 + 5 + 5 + 1);
     EXPECT_EQ(sf2.igen[0].low(), 36);
     EXPECT_EQ(sf2.igen[0].high(), 54);
     EXPECT_EQ(sf2.igen[4].low(), 55);
     EXPECT_EQ(sf2.igen[4].high(), 66);
     EXPECT_EQ(sf2.igen[8].low(), 67);
-    EXPECT_EQ(sf2.igen[12].high(), 96);
-    EXPECT_EQ(sf2.igen[16].oper, 0);
+    EXPECT_EQ(sf2.igen[13].high(), 96);
+    EXPECT_EQ(sf2.igen[18].oper, 0);
 }

@@ -223,6 +223,63 @@ TEST_F(SynthRecording, ResetAllControllersReleasesTheSustainPedal)
 namespace tg::test {
 namespace {
 
+// The recorder's health counts on the real chain: a clean take gets every frame the server's
+// clock let pass; a take during which another client stalls the server for a few periods
+// misses the periods the server skipped, and carries the xrun JACK reports to every client.
+TEST_F(SynthRecording, TakeHealthCountsTheXrunsOfTheServer)
+{
+    std::string msg;
+    ASSERT_TRUE(recordWithActions(1.0, {}, msg)) << msg;
+    TakeHealth health = audio::recordBuffer().health;
+    std::fprintf(stderr, "clean take: %lld of %lld frames, %d overflow(s)\n",
+                 (long long)health.framesReceived, (long long)health.framesExpected,
+                 health.inputOverflows);
+    EXPECT_EQ(health.framesReceived, 44100);
+    EXPECT_TRUE(health.clocked);
+    EXPECT_FALSE(health.droppedFrames()) << health.framesMissing() << " frames missing";
+
+    StallingClient staller;
+    ASSERT_TRUE(staller.ok());
+    ASSERT_TRUE(recordWithActions(1.0, {{0.4, [&] { staller.stallOnce(60); }}}, msg)) << msg;
+    health = audio::recordBuffer().health;
+    std::fprintf(stderr, "stalled take: %lld of %lld frames, %d overflow(s), server xruns %d\n",
+                 (long long)health.framesReceived, (long long)health.framesExpected,
+                 health.inputOverflows, staller.xruns());
+    EXPECT_GE(staller.xruns(), 1);
+    EXPECT_GE(health.inputOverflows, 1);
+    EXPECT_GT(health.framesMissing(), 0);
+    EXPECT_TRUE(health.droppedFrames());
+}
+
+// Arming, stopping and reading takes as fast as the GUI could while the callback writes the
+// synth's sound: a take read after stop() stays as read, and nothing lands past its end.
+TEST_F(SynthRecording, ArmStopAndReadWhileTheCallbackWrites)
+{
+    sendBytes({0xC0, 80});
+    sendBytes({0x90, 60, 100}); // a square lead held through every take
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    unsigned seed = 11;
+    int sounding = 0;
+    for (int round = 0; round < 150; ++round) {
+        seed = seed * 1103515245u + 12345u;
+        const double seconds = 0.01 * double(1 + (seed >> 16) % 8);
+        ASSERT_EQ(audio::startRecording(seconds), 1);
+        std::this_thread::sleep_for(std::chrono::microseconds((seed >> 8) % 40000));
+        audio::stopRecording();
+        const RecordedTake take = audio::recordBuffer();
+        const std::vector<uint8_t> copy = *take.data;
+        const size_t used = size_t(take.frames) * 4;
+        ASSERT_LE(used, copy.size());
+        for (size_t i = used; i < copy.size(); ++i)
+            ASSERT_EQ(copy[i], 0) << "round " << round << " byte " << i;
+        sounding += peakBetween(firstChannel(copy, 2, take.frames), 0, take.frames) > 100.0;
+        std::this_thread::sleep_for(std::chrono::milliseconds(15)); // a few more blocks
+        ASSERT_EQ(*audio::recordBuffer().data, copy) << "written after the stop, round " << round;
+    }
+    sendBytes({0x80, 60, 0});
+    EXPECT_GT(sounding, 30); // the takes did record the synth
+}
+
 // A 10 ms latency asks for 441 frames per buffer; the engine asks PortAudio for 512 and the
 // stream records as usual. A take of 0 seconds ends at the first block with nothing stored.
 TEST(SoundChainStreams, TenMillisecondLatencyUsesFiveHundredTwelveFrames)

@@ -16,6 +16,7 @@
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <cmath>
@@ -39,8 +40,10 @@ namespace {
 constexpr int kRate = 44100;
 const std::vector<int> kKeys = {48, 60, 72, 84}; // 37 keys from C3, every 12th
 
-// Runs the CLI with `args`, stderr to `logFile`; returns the child's id (or -1).
-pid_t startCli(const std::vector<std::string>& args, const std::string& logFile)
+// Runs the CLI with `args`, stderr to `logFile` (and stdout to `outFile`, or nowhere);
+// returns the child's id (or -1).
+pid_t startCli(const std::vector<std::string>& args, const std::string& logFile,
+               const std::string& outFile = "/dev/null")
 {
     std::vector<std::string> all = {TG_CLI_PATH};
     all.insert(all.end(), args.begin(), args.end());
@@ -52,7 +55,8 @@ pid_t startCli(const std::vector<std::string>& args, const std::string& logFile)
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 2, logFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                      0644);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                     0644);
     pid_t pid = -1;
     if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
         pid = -1;
@@ -68,9 +72,10 @@ int waitCli(pid_t pid)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-int runCli(const std::vector<std::string>& args, const std::string& logFile)
+int runCli(const std::vector<std::string>& args, const std::string& logFile,
+           const std::string& outFile = "/dev/null")
 {
-    const pid_t pid = startCli(args, logFile);
+    const pid_t pid = startCli(args, logFile, outFile);
     return pid < 0 ? -1 : waitCli(pid);
 }
 
@@ -188,8 +193,22 @@ double measureInputLatency()
 
 TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
 {
-    ASSERT_EQ(runCli({"record", project(), "--verbose"}, log()), 0) << fileText(log());
+    const std::string out = folder.file("takes.json");
+    ASSERT_EQ(runCli({"record", project(), "--verbose", "--json"}, log(), out), 0)
+        << fileText(log());
     const std::string text = fileText(log());
+    // Every kept take came whole: all the frames the server's clock let pass.
+    const nlohmann::json takes = nlohmann::json::parse(fileText(out))["takes"];
+    int kept = 0;
+    for (const nlohmann::json& take : takes) {
+        if (!take["kept"].get<bool>())
+            continue;
+        ++kept;
+        EXPECT_EQ(take["frames"], int64_t(kRate * 2.5));
+        EXPECT_EQ(take["framesReceived"], take["frames"]);
+        EXPECT_EQ(take["framesMissing"], 0);
+    }
+    EXPECT_EQ(kept, 8) << takes.dump(1);
     EXPECT_NE(text.find("Record selected Project (Automatic Mode) - 8 keys (8 done)"),
               std::string::npos)
         << text;

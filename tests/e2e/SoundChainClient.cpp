@@ -115,4 +115,39 @@ std::vector<std::string> JackPatchbay::connections(const std::string& port)
     return names;
 }
 
+StallingClient::StallingClient()
+{
+    jack_status_t status;
+    auto* client = jack_client_open("tg-e2e-staller", JackNoStartServer, &status);
+    if (client == nullptr)
+        return;
+    if (jack_set_process_callback(client, &StallingClient::process, this) != 0 ||
+        jack_set_xrun_callback(client, &StallingClient::xrun, this) != 0 ||
+        jack_activate(client) != 0) {
+        jack_client_close(client);
+        return;
+    }
+    client_ = client;
+}
+
+StallingClient::~StallingClient()
+{
+    if (client_ != nullptr)
+        jack_client_close(static_cast<jack_client_t*>(client_));
+}
+
+int StallingClient::process(unsigned, void* self)
+{
+    const int ms = static_cast<StallingClient*>(self)->stallMs_.exchange(0);
+    if (ms > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    return 0;
+}
+
+int StallingClient::xrun(void* self)
+{
+    static_cast<StallingClient*>(self)->xruns_.fetch_add(1);
+    return 0;
+}
+
 } // namespace tg::test

@@ -59,4 +59,24 @@ class JackPatchbay {
     void* client_ = nullptr;
 };
 
+// A JACK client of the test's own whose process callback, once asked, sleeps through a few
+// periods: the server misses its deadline and tells every client of the xrun.
+class StallingClient {
+  public:
+    StallingClient();
+    ~StallingClient();
+    bool ok() const { return client_ != nullptr; }
+    // The next process cycle takes `milliseconds`.
+    void stallOnce(int milliseconds) { stallMs_.store(milliseconds); }
+    // Xruns the server reported to this client.
+    int xruns() const { return xruns_.load(); }
+
+  private:
+    static int process(unsigned frames, void* self);
+    static int xrun(void* self);
+    void* client_ = nullptr;
+    std::atomic<int> stallMs_{0};
+    std::atomic<int> xruns_{0};
+};
+
 } // namespace tg::test

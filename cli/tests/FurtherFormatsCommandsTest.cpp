@@ -1,0 +1,40 @@
+// The export command with the further formats' menu texts and short keys: what exports and
+// what is refused with its reason.
+#include "cli/CliApp.h"
+#include "cli/tests/CommandRunner.h"
+#include "export/ExportFormats.h"
+#include "export/UnavailableFormats.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace tg {
+namespace {
+
+using test::runCli;
+
+TEST(FurtherFormatsCommand, MenuTextsAndShortKeysExportOrSayWhyNot)
+{
+    test::TempDir dir;
+    const std::string project = dir.file("Empty.TGprj");
+    ASSERT_EQ(runCli({"new", project, "--data-path", dir.path()}).status, cli::kExitOk);
+
+    for (const char* format : {"decent", "Decent Sampler Library (*.dslibrary)"}) {
+        const test::CommandRun r =
+            runCli({"export", project, "--format", format, "--dest", dir.file("Set"), "--quiet"});
+        EXPECT_EQ(r.status, cli::kExitOk) << format << ": " << r.err;
+    }
+    EXPECT_TRUE(std::filesystem::exists(dir.file("Set.dspreset")));
+    EXPECT_TRUE(std::filesystem::exists(dir.file("Set.dslibrary")));
+
+    const test::CommandRun nnxt =
+        runCli({"export", project, "--format", "nnxt", "--dest", dir.file("Patch")});
+    EXPECT_EQ(nnxt.status, cli::kExitFailed);
+    EXPECT_NE(nnxt.err.find(exportUnavailableReason(ExportFormat::NNXT)), std::string::npos)
+        << nnxt.err;
+}
+
+} // namespace
+} // namespace tg

@@ -1,0 +1,23 @@
+# The further sampler formats: Decent Sampler, the shared XML and file-name helpers, and the
+# runner rows that connect them to the export menu.
+target_sources(tg_export PRIVATE
+    FurtherFormatsRunner.cpp FurtherFormatsRunner.h
+    SettingsWordCheck.cpp SettingsWordCheck.h
+    UnavailableFormats.cpp UnavailableFormats.h
+    decent/DecentPreset.cpp decent/DecentPreset.h
+    decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
+    op1/Op1DrumKit.cpp op1/Op1DrumKit.h
+    op1/Op1Export.cpp op1/Op1Export.h
+    volca/VolcaExport.cpp volca/VolcaExport.h
+    volca/VolcaStream.cpp volca/VolcaStream.h
+    xml/XmlText.cpp xml/XmlText.h)
+
+tg_add_tests(tg_export_further_tests
+    SOURCES
+        decent/tests/DecentSamplerExportTest.cpp
+        tests/FurtherFormatsMenuTest.cpp
+        op1/tests/Op1ExportTest.cpp
+        volca/tests/VolcaExportTest.cpp
+        tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h
+        tests/SyntheticProject.cpp tests/SyntheticProject.h
+    LIBS tg_export)

@@ -1,0 +1,155 @@
+// The recorded test Project, a bounded WAV chunk reader and an XML attribute scanner.
+#include "export/tests/FurtherFormatsFixture.h"
+
+#include "audiofile/WavFile.h"
+#include "core/Message.h"
+#include "core/Names.h"
+#include "export/ExportAudioServices.h"
+#include "export/KeyRangeMapping.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <regex>
+
+namespace tg::test {
+namespace {
+
+constexpr int kFrames = 12000;
+
+std::vector<uint8_t> tone(int channels, int note)
+{
+    std::vector<uint8_t> data;
+    for (int i = 0; i < kFrames; ++i)
+        for (int c = 0; c < channels; ++c) {
+            const int16_t v = int16_t(9000 * std::sin(0.0021 * note * i * (c + 1)) + c * 7);
+            data.push_back(uint8_t(v & 0xFF));
+            data.push_back(uint8_t((v >> 8) & 0xFF));
+        }
+    return data;
+}
+
+uint32_t le(const std::string& b, size_t at, int bytes)
+{
+    uint32_t v = 0;
+    for (int i = bytes - 1; i >= 0; --i)
+        v = (v << 8) | uint8_t(b[at + size_t(i)]);
+    return v;
+}
+
+} // namespace
+
+RecordedProject::RecordedProject()
+{
+    out = dir.file("out");
+    std::filesystem::create_directories(out);
+    std::filesystem::create_directories(dir.file("data"));
+    copyText(project->name, "Strings");
+    copyText(project->dataPath, dir.file("data").c_str());
+    project->mslCount = 2;
+    for (int m = 0; m < 2; ++m) {
+        TGmsl& msl = project->msl[m];
+        copyText(msl.name, m == 0 ? "Soft" : "Loud");
+        msl.range_start = m == 0 ? 1 : 65;
+        msl.range_end = m == 0 ? 64 : 127;
+        msl.KBrangeIn = 48;
+        msl.KBrangeOut = 72;
+        for (int note : {60, 67}) {
+            TGmsl_key& key = msl.keys[note];
+            key = makeNewKey(note);
+            key.keyState = 1;
+            key.hasAudio = 1;
+            key.Note_In = 300;
+            key.Note_Out = 11000;
+            key.loopMode = (m == 1 && note == 67) ? 0 : 1;
+            key.Loop_In = 3000 + note;
+            key.Loop_Out = 8000 + note;
+            key.xfadeLen = 250;
+            key.releaseOn = (m == 0 && note == 60) ? 1 : 0;
+            std::string text;
+            const int channels = m + 1;
+            EXPECT_EQ(writeWav(keySampleFileName(*project, msl, note),
+                               makeWaveFormat(44100, uint16_t(channels), 16), tone(channels, note),
+                               text),
+                      1)
+                << text;
+        }
+    }
+
+    services = defaultExportServices();
+    const auto render = services.render;
+    services.render = [this, render](const TGmsl_key& key, const KeyAudio& audio,
+                                     RenderedKey& result, std::string& message) {
+        if (!render(key, audio, result, message))
+            return 0;
+        // The program's renderer gives no release part; this one does for keys that have
+        // "Release ON", so that release zones are exported too.
+        if (key.releaseOn != 0)
+            result.release.assign(result.note.end() - 400, result.note.end());
+        for (int m = 0; m < project->mslCount; ++m)
+            for (int n = 0; n < kKeyCount; ++n)
+                if (&project->msl[m].keys[n] == &key)
+                    rendered[{m, n}] = result;
+        return 1;
+    };
+}
+
+std::map<std::pair<int, int>, std::pair<int, int>> RecordedProject::zones() const
+{
+    auto mapped = std::make_unique<Project>(*project);
+    Project& copy = *mapped;
+    mapKeyRanges(copy, -1);
+    std::map<std::pair<int, int>, std::pair<int, int>> result;
+    for (int m = 0; m < copy.mslCount; ++m)
+        for (int n = 0; n < kKeyCount; ++n)
+            if (copy.msl[m].keys[n].keyState != 0)
+                result[{m, n}] = {copy.msl[m].keys[n].mapLow, copy.msl[m].keys[n].mapHigh};
+    return result;
+}
+
+WavImage readWavImage(const std::string& bytes)
+{
+    WavImage image;
+    if (bytes.size() < 12 || bytes.compare(0, 4, "RIFF") != 0 || bytes.compare(8, 4, "WAVE") != 0)
+        return image;
+    bool haveFormat = false;
+    size_t at = 12;
+    while (at + 8 <= bytes.size()) {
+        const std::string id = bytes.substr(at, 4);
+        const uint32_t size = le(bytes, at + 4, 4);
+        if (size > bytes.size() - at - 8)
+            return image;
+        if (id == "fmt " && size >= 16) {
+            image.channels = uint16_t(le(bytes, at + 10, 2));
+            image.rate = le(bytes, at + 12, 4);
+            image.bits = uint16_t(le(bytes, at + 22, 2));
+            haveFormat = true;
+        } else if (id == "data") {
+            image.data.assign(bytes.begin() + long(at + 8), bytes.begin() + long(at + 8 + size));
+            image.ok = haveFormat;
+        }
+        at += 8 + size + (size & 1);
+    }
+    return image;
+}
+
+std::vector<std::map<std::string, std::string>> xmlElements(const std::string& xml,
+                                                            const std::string& element)
+{
+    std::vector<std::map<std::string, std::string>> found;
+    const std::regex tag("<" + element + "((?:\\s+[A-Za-z_][\\w.-]*=\"[^\"]*\")*)\\s*/?>");
+    const std::regex attribute("([A-Za-z_][\\w.-]*)=\"([^\"]*)\"");
+    for (auto it = std::sregex_iterator(xml.begin(), xml.end(), tag); it != std::sregex_iterator();
+         ++it) {
+        std::map<std::string, std::string> attributes;
+        const std::string list = (*it)[1];
+        for (auto a = std::sregex_iterator(list.begin(), list.end(), attribute);
+             a != std::sregex_iterator(); ++a)
+            attributes[(*a)[1]] = (*a)[2];
+        found.push_back(attributes);
+    }
+    return found;
+}
+
+} // namespace tg::test

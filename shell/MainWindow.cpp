@@ -1,0 +1,157 @@
+// The main window: docks, central area, menus, window state and the quit question.
+#include "shell/MainWindow.h"
+
+#include "core/IniKeys.h"
+#include "core/Model.h"
+#include "shell/ActionTable.h"
+#include "shell/DockWidget.h"
+#include "shell/IniFile.h"
+#include "shell/ProjectFileFlow.h"
+#include "shell/panels/CentralWidget.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+
+namespace tg::shell {
+
+const std::vector<DockSpec>& dockSpecs()
+{
+    static const std::vector<DockSpec> specs = {
+        {"Input/Output", "InputOutputDock"},  {"Projects", "ProjectsDock"},
+        {"Multi-Samples", "MultisampleDock"}, {"Samples", "SamplesDock"},
+        {"Peak Meter", "PeakLevelDock"},      {"Keyboard", "KeyboardDock"},
+    };
+    return specs;
+}
+
+MainWindow::MainWindow(Model& model, QWidget* parent) : QMainWindow(parent), model_(model)
+{
+    setObjectName(QStringLiteral("MainWindow"));
+    setWindowTitle(QString::fromLatin1(kMainWindowTitle));
+    setDockNestingEnabled(true);
+
+    central_ = new CentralWidget(model_, this);
+    setCentralWidget(central_);
+    actions_ = new MenuActions(menuBar(), this);
+    projectFiles_ = new ProjectFileFlow(model_, this, *actions_);
+    createDocks();
+    fillPanelsMenu();
+    bindActions();
+    readWindowState();
+    model_.addListener(this);
+}
+
+MainWindow::~MainWindow()
+{
+    model_.removeListener(this);
+}
+
+DockWidget* MainWindow::dock(const QString& objectName) const
+{
+    for (DockWidget* dock : docks_)
+        if (dock->objectName() == objectName)
+            return dock;
+    return nullptr;
+}
+
+void MainWindow::createDocks()
+{
+    for (const DockSpec& spec : dockSpecs()) {
+        auto* dock = new DockWidget(QString::fromUtf8(spec.title),
+                                    QString::fromLatin1(spec.objectName), this);
+        auto* pending =
+            new QLabel(tr("%1: not available yet in this version.").arg(dock->windowTitle()));
+        pending->setAlignment(Qt::AlignCenter);
+        pending->setEnabled(false);
+        dock->setPanel(pending);
+        docks_.push_back(dock);
+    }
+    // Lists on the left, devices on the right, keyboard along the bottom.
+    addDockWidget(Qt::LeftDockWidgetArea, dock(QStringLiteral("ProjectsDock")));
+    addDockWidget(Qt::LeftDockWidgetArea, dock(QStringLiteral("MultisampleDock")));
+    addDockWidget(Qt::LeftDockWidgetArea, dock(QStringLiteral("SamplesDock")));
+    addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("InputOutputDock")));
+    addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("PeakLevelDock")));
+    addDockWidget(Qt::BottomDockWidgetArea, dock(QStringLiteral("KeyboardDock")));
+}
+
+void MainWindow::fillPanelsMenu()
+{
+    QMenu* panels = actions_->submenu(QString::fromLatin1(kPanelsMenu));
+    for (DockWidget* dock : docks_)
+        panels->addAction(dock->toggleViewAction());
+}
+
+bool MainWindow::headerShown() const
+{
+    return central_->header()->isVisibleTo(central_);
+}
+
+void MainWindow::bindActions()
+{
+    actions_->bind(QStringLiteral("quit"), [this] { close(); });
+
+    QAction* header = actions_->action(QStringLiteral("showHeader"));
+    header->setChecked(true);
+    actions_->bindToggle(QStringLiteral("showHeader"),
+                         [this](bool on) { central_->header()->setVisible(on); });
+
+    QAction* tips = actions_->action(QStringLiteral("showToolTips"));
+    tips->setChecked(true);
+    actions_->bindToggle(QStringLiteral("showToolTips"), [this](bool on) { toolTipsShown_ = on; });
+}
+
+void MainWindow::readWindowState()
+{
+    const auto ini = openIniFile();
+    const QVariant geometry = ini->value(ini::kMainWindowGeometry);
+    if (geometry.isValid())
+        restoreGeometry(geometry.toByteArray());
+    else
+        resize(1280, 800);
+    const QVariant state = ini->value(ini::kMainWindowState);
+    if (state.isValid())
+        restoreState(state.toByteArray());
+    for (DockWidget* dock : docks_)
+        dock->readState(*ini);
+    const bool showHeader = ini->value(ini::kMainWindowShowHeader, true).toBool();
+    actions_->action(QStringLiteral("showHeader"))->setChecked(showHeader);
+    central_->header()->setVisible(showHeader);
+}
+
+void MainWindow::writeWindowState() const
+{
+    const auto ini = openIniFile();
+    ini->setValue(ini::kMainWindowGeometry, saveGeometry());
+    ini->setValue(ini::kMainWindowState, saveState());
+    ini->setValue(ini::kMainWindowShowHeader, headerShown());
+    for (DockWidget* dock : docks_)
+        dock->writeState(*ini);
+    ini->sync();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    const bool ask =
+        openIniFile()->value(ini::kShowWarningOnQuit, ini::kShowWarningOnQuitDefault).toBool();
+    if (ask && QMessageBox::question(this, tr("Quit"), tr("Do you really want to quit?"),
+                                     QMessageBox::Yes | QMessageBox::No) != QMessageBox::Yes) {
+        event->ignore();
+        return;
+    }
+    writeWindowState();
+    event->accept();
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (!toolTipsShown_ && event->type() == QEvent::ToolTip)
+        return true;
+    return QMainWindow::eventFilter(watched, event);
+}
+
+} // namespace tg::shell

@@ -1,0 +1,69 @@
+// The application's one top-level window: creates the docks, the central area and the menus,
+// and wires them. Every menu entry calls one slot that opens one dialog or calls one function
+// below the shell.
+#pragma once
+
+#include "core/ModelListener.h"
+
+#include <QMainWindow>
+#include <QStringList>
+
+#include <vector>
+
+namespace tg {
+class Model;
+}
+
+namespace tg::shell {
+
+class CentralWidget;
+class DockWidget;
+class MenuActions;
+class ProjectFileFlow;
+
+constexpr const char* kMainWindowTitle = "Tonegrabber 6";
+
+// The six docks: title and object name.
+struct DockSpec {
+    const char* title;
+    const char* objectName;
+};
+const std::vector<DockSpec>& dockSpecs();
+
+class MainWindow : public QMainWindow, public TonegrabberModelListener {
+    Q_OBJECT
+  public:
+    explicit MainWindow(Model& model, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    Model& model() { return model_; }
+    MenuActions& actions() { return *actions_; }
+    CentralWidget* centralArea() const { return central_; }
+    ProjectFileFlow& projectFiles() { return *projectFiles_; }
+    // The dock of `objectName` (one of dockSpecs()), nullptr for an unknown name.
+    DockWidget* dock(const QString& objectName) const;
+
+    // Shown or hidden with "Show Header"; kept as "MainWindow/ShowHeader".
+    bool headerShown() const;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    // Installed on the application: swallows tool tips while they are switched off.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void createDocks();
+    void bindActions();
+    void fillPanelsMenu();
+    void readWindowState();
+    void writeWindowState() const;
+
+    Model& model_;
+    MenuActions* actions_ = nullptr;
+    ProjectFileFlow* projectFiles_ = nullptr;
+    CentralWidget* central_ = nullptr;
+    std::vector<DockWidget*> docks_;
+    bool toolTipsShown_ = true;
+};
+
+} // namespace tg::shell

@@ -1,0 +1,207 @@
+// The main window as the user meets it: menus, docks, the quit question and the window state
+// kept in Tonegrabber.ini.
+#include "shell/MainWindow.h"
+#include "core/IniKeys.h"
+#include "core/Model.h"
+#include "shell/ActionTable.h"
+#include "shell/DockWidget.h"
+#include "shell/IniFile.h"
+#include "shell/tests/WidgetTestSupport.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace tg::shell {
+namespace {
+
+struct Expected {
+    const char* menu;
+    const char* text;
+    const char* shortcut;
+};
+
+// The menu entries users know by heart, written out independently of the action table.
+const Expected kExpected[] = {
+    {"File", "Open Project", "Ctrl+O"},
+    {"File", "Save selected Project", "Ctrl+S"},
+    {"File", "Save selected Project as", "Ctrl+Shift+S"},
+    {"File", "Save all Projects", "Ctrl+Alt+S"},
+    {"File", "Project Wizard", "Ctrl+W"},
+    {"File", "Preset Manager", "Ctrl+P"},
+    {"File", "Save selected Project as Preset", ""},
+    {"File", "Instrument Copier", "Ctrl+Shift+C"},
+    {"File", "Quit", "Ctrl+Q"},
+    {"Edit", "Copy selected Multi-Sample (except Key-Samples)", ""},
+    {"Edit", "Copy selected Multi-Sample", ""},
+    {"Edit", "Paste from copied Multi-Sample", ""},
+    {"Edit", "Normalize", "Ctrl+N"},
+    {"Edit", "Change Gain", "Ctrl+G"},
+    {"Edit", "Auto-Note/Auto-Loop for all", "Ctrl+A"},
+    {"Import/Export", "Import Audio Files", "Ctrl+I"},
+    {"Import/Export", "Import WAV-Files", ""},
+    {"Import/Export", "Import AIFF-Files", ""},
+    {"Import/Export", "Import Single-Sample-Soundlibrary", ""},
+    {"Recording", "Estimate Time and Size", "Ctrl+E"},
+    {"Recording", "Record selected Multi-Sample", "Ctrl+R"},
+    {"Recording", "Record selected Project", "Alt+R"},
+    {"Recording", "Record all Projects", "Ctrl+Alt+R"},
+    {"Recording", "Semi-automatic Record selected Multi-Sample", "Ctrl+Shift+R"},
+    {"Recording", "Semi-automatic Record selected Project", "Alt+Shift+R"},
+    {"Recording", "Semi-automatic Record all Projects", "Ctrl+Alt+Shift+R"},
+    {"View", "Show Quick Info / Tool Tips", ""},
+    {"Extras", "MIDI Monitor", "Ctrl+M"},
+    {"Extras", "VST Host", "Ctrl+H"},
+    {"Extras", "Open Preference Dialog", "Alt+P"},
+    {"Extras", "Set current Settings as Default", ""},
+    {"Extras", "Save Preferences to Disk", ""},
+    {"Help", "Quick Help: Key Commands", ""},
+    {"Help", "Quick Help: Note/Loop/Release Editor", ""},
+    {"Help", "Check for Updates", ""},
+    {"Help", "Version History", ""},
+    {"Help", "Manuals", ""},
+    {"Help", "Support", ""},
+    {"Help", "Privacy Policy", ""},
+};
+
+// Every action of `menu` and its submenus.
+QList<QAction*> actionsBelow(QMenu* menu)
+{
+    QList<QAction*> found;
+    for (QAction* action : menu->actions()) {
+        found << action;
+        if (action->menu())
+            found << actionsBelow(action->menu());
+    }
+    return found;
+}
+
+class MainWindowTest : public ::testing::Test {
+  protected:
+    void SetUp() override { window = std::make_unique<MainWindow>(model); }
+
+    QAction* find(const QString& menuTitle, const QString& text) const
+    {
+        for (QAction* top : window->menuBar()->actions())
+            if (top->text() == menuTitle)
+                for (QAction* action : actionsBelow(top->menu()))
+                    if (action->text() == text)
+                        return action;
+        return nullptr;
+    }
+
+    void showAndActivate()
+    {
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+
+    Model model;
+    std::unique_ptr<MainWindow> window;
+};
+
+TEST_F(MainWindowTest, SevenMenusHoldEveryEntryWithItsShortcut)
+{
+    QStringList titles;
+    for (QAction* top : window->menuBar()->actions())
+        titles << top->text();
+    EXPECT_EQ(titles, QStringList({"File", "Edit", "Import/Export", "Recording", "View", "Extras",
+                                   "Help"}));
+    for (const Expected& e : kExpected) {
+        QAction* action = find(e.menu, e.text);
+        ASSERT_NE(action, nullptr) << e.menu << " / " << e.text;
+        EXPECT_EQ(action->shortcut(), QKeySequence(QString::fromLatin1(e.shortcut))) << e.text;
+    }
+    for (const char* submenu : {"Recent Projects", "Export selected Project as ...",
+                                "Export all Projects as ..", "Main Window", "Panels"})
+        EXPECT_TRUE(find("File", submenu) || find("Import/Export", submenu) ||
+                    find("View", submenu))
+            << submenu;
+}
+
+TEST_F(MainWindowTest, EntriesWithoutAHandlerAreDisabledAndSaySo)
+{
+    QAction* normalize = find("Edit", "Normalize");
+    EXPECT_FALSE(normalize->isEnabled());
+    EXPECT_EQ(normalize->toolTip(), QString::fromLatin1(kNotAvailableYet));
+
+    bool ran = false;
+    window->actions().bind(QStringLiteral("openNormalizeDialog"), [&] { ran = true; });
+    EXPECT_TRUE(normalize->isEnabled());
+    normalize->trigger();
+    EXPECT_TRUE(ran);
+}
+
+TEST_F(MainWindowTest, SixDocksWithTheirTitlesAndOwnTitleBars)
+{
+    const std::pair<const char*, const char*> docks[] = {
+        {"InputOutputDock", "Input/Output"},  {"ProjectsDock", "Projects"},
+        {"MultisampleDock", "Multi-Samples"}, {"SamplesDock", "Samples"},
+        {"PeakLevelDock", "Peak Meter"},      {"KeyboardDock", "Keyboard"}};
+    showAndActivate();
+    for (const auto& [name, title] : docks) {
+        DockWidget* dock = window->dock(QString::fromLatin1(name));
+        ASSERT_NE(dock, nullptr) << name;
+        EXPECT_EQ(dock->windowTitle(), QString::fromUtf8(title));
+        EXPECT_TRUE(dock->isVisible()) << name;
+    }
+
+    DockWidget* samples = window->dock(QStringLiteral("SamplesDock"));
+    EXPECT_FALSE(samples->dockBackButton()->isEnabled()) << "a docked dock has nowhere to go";
+    samples->setFloating(true);
+    ASSERT_TRUE(samples->dockBackButton()->isEnabled());
+    samples->dockBackButton()->click();
+    EXPECT_FALSE(samples->isFloating());
+    samples->closeButton()->click();
+    EXPECT_FALSE(samples->isVisible());
+}
+
+TEST_F(MainWindowTest, QuitWithoutQuestionWritesEveryWindowStateKey)
+{
+    openIniFile()->setValue(ini::kShowWarningOnQuit, false);
+    showAndActivate();
+    window->actions().action(QStringLiteral("showHeader"))->setChecked(false);
+    window->dock(QStringLiteral("KeyboardDock"))->setFloating(true);
+
+    test::MessageBoxAnswerer answerer(QMessageBox::No);
+    QTest::keyClick(window.get(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(answerer.seen().empty());
+
+    const auto ini = openIniFile();
+    EXPECT_FALSE(ini->value(ini::kMainWindowGeometry).toByteArray().isEmpty());
+    EXPECT_FALSE(ini->value(ini::kMainWindowState).toByteArray().isEmpty());
+    EXPECT_EQ(ini->value(ini::kMainWindowShowHeader), QVariant(false));
+    for (const DockSpec& dock : dockSpecs()) {
+        const QString name = QString::fromLatin1(dock.objectName);
+        EXPECT_TRUE(ini->contains(name + "/Geometry")) << dock.objectName;
+        EXPECT_EQ(ini->value(name + "/IsFloating").toBool(), name == "KeyboardDock");
+    }
+
+    // The next window comes back as this one was left.
+    MainWindow next(model);
+    EXPECT_FALSE(next.headerShown());
+    EXPECT_TRUE(next.dock(QStringLiteral("KeyboardDock"))->isFloating());
+    EXPECT_FALSE(next.actions().action(QStringLiteral("showHeader"))->isChecked());
+}
+
+TEST_F(MainWindowTest, AnsweringNoToTheQuitQuestionKeepsTheWindow)
+{
+    showAndActivate();
+    test::MessageBoxAnswerer answerer(QMessageBox::No);
+    QTest::keyClick(window.get(), Qt::Key_Q, Qt::ControlModifier);
+    ASSERT_EQ(answerer.seen().size(), 1u);
+    EXPECT_EQ(answerer.seen()[0].title, "Quit");
+    EXPECT_EQ(answerer.seen()[0].text, "Do you really want to quit?");
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(openIniFile()->contains(ini::kMainWindowGeometry));
+}
+
+} // namespace
+} // namespace tg::shell

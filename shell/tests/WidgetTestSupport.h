@@ -1,0 +1,42 @@
+// Helpers of the widget tests: answering message boxes as a user would, and project files
+// written by the real writer.
+#pragma once
+
+#include <QMessageBox>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <string>
+#include <vector>
+
+namespace tg::test {
+
+// While it lives, answers every message box that comes up: notes its title and text and
+// presses `answer` (or the button whose text is `answerText`, when given).
+class MessageBoxAnswerer : public QObject {
+  public:
+    explicit MessageBoxAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok,
+                                QString answerText = {});
+    struct Seen {
+        QString title;
+        QString text;
+    };
+    const std::vector<Seen>& seen() const { return seen_; }
+    QStringList texts() const;
+
+  private:
+    void answerOpenBox();
+
+    QMessageBox::StandardButton answer_;
+    QString answerText_;
+    QTimer timer_;
+    std::vector<Seen> seen_;
+};
+
+// Writes "<folder>/<name>.TGprj" with the given Multi-Sample names and returns its path.
+// Keys 60..64 of each Multi-Sample are selected.
+std::string writeProjectFile(const std::string& folder, const std::string& name,
+                             const std::vector<std::string>& multiSamples);
+
+} // namespace tg::test

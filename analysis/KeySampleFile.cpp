@@ -2,25 +2,13 @@
 #include "analysis/KeySampleFile.h"
 
 #include "audiofile/WavFile.h"
-#include "core/Message.h"
-
-#include <cstdio>
 
 namespace tg {
 
 int writeWavReplacing(const std::string& path, const WaveFormat& format,
                       const std::vector<uint8_t>& data, std::string& message)
 {
-    const std::string temporary = path + ".tg-tmp";
-    if (!writeWav(temporary, format, data, message)) {
-        std::remove(temporary.c_str());
-        return 0;
-    }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
-        return setMessage(message, "unable to open \"%s\"", path.c_str());
-    }
-    return 1;
+    return writeWav(path, format, data, message); // the writer replaces a file whole or not at all
 }
 
 std::vector<int> multiSamplesInScope(const Project& project, KeyScope scope, int msl)

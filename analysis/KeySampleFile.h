@@ -10,9 +10,8 @@
 
 namespace tg {
 
-// Writes `data` as a WAV file at `path` through a temporary file beside it that is renamed
-// over the original only when it was written completely. Returns 1, or 0 with the writer's
-// message (the original file is then untouched).
+// Writes `data` as a WAV file at `path`, replacing the file there only once the new one is
+// complete. Returns 1, or 0 with the writer's message (the original file is then untouched).
 int writeWavReplacing(const std::string& path, const WaveFormat& format,
                       const std::vector<uint8_t>& data, std::string& message);
 

@@ -91,12 +91,9 @@ int writeAiff(const std::string& path, const WaveFormat& format, const uint8_t* 
     if (ok && looped)
         ok = markers.write(file) && instrument.write(file);
     ok = ok && name.write(file) && sound.writeHeader(file);
-    if (!ok) {
-        file.finish();
+    if (!ok)
         return setMessage(message, "Error writing chunk data to file (\"%s\")", q);
-    }
-    ok = writeSamples(file, data, sampleBytes, format.wBitsPerSample / 8);
-    ok = file.finish() && ok;
+    ok = writeSamples(file, data, sampleBytes, format.wBitsPerSample / 8) && file.finish();
     if (!ok)
         return setMessage(message, "Error writing sound data to file (\"%s\")", q);
     return 1;

@@ -21,20 +21,33 @@ bool BinaryFile::openForReading(const std::string& path)
 bool BinaryFile::openForWriting(const std::string& path)
 {
     close();
-    file_ = std::fopen(path.c_str(), "wb");
     size_ = 0;
-    return file_ != nullptr;
+    writer_ = std::make_unique<AtomicFile>(path);
+    if (!writer_->open()) {
+        writer_.reset();
+        return false;
+    }
+    file_ = writer_->stream();
+    return true;
 }
 
 void BinaryFile::close()
 {
-    if (file_)
+    if (writer_)
+        writer_.reset(); // discards the temporary file
+    else if (file_)
         std::fclose(file_);
     file_ = nullptr;
 }
 
 bool BinaryFile::finish()
 {
+    if (writer_) {
+        file_ = nullptr;
+        const bool ok = writer_->commit();
+        writer_.reset();
+        return ok;
+    }
     if (!file_)
         return false;
     bool ok = std::fclose(file_) == 0;
@@ -109,6 +122,8 @@ bool BinaryFile::readU32BE(uint32_t& value)
 
 bool BinaryFile::write(const void* source, size_t count)
 {
+    if (writer_)
+        return writer_->write(source, count); // a failure stops the commit
     if (!file_)
         return false;
     if (count == 0)

@@ -1,14 +1,19 @@
 // Bounded, endian-explicit reading and writing of a file, for the audio file readers and writers.
 #pragma once
 
+#include "core/AtomicFile.h"
+
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 namespace tg {
 
 // Wraps a FILE*; every read reports whether all requested bytes arrived, so that a truncated
-// or lying file ends a parse cleanly instead of leaving fields half filled.
+// or lying file ends a parse cleanly instead of leaving fields half filled. A file opened for
+// writing appears whole at `finish()` or not at all: until then the bytes go to a temporary
+// file beside it, and a file that was there before stays as it was.
 class BinaryFile {
   public:
     BinaryFile() = default;
@@ -18,8 +23,10 @@ class BinaryFile {
 
     bool openForReading(const std::string& path);
     bool openForWriting(const std::string& path);
+    // Closes the file; one being written is thrown away.
     void close();
-    // Closes a file opened for writing; false when buffered bytes could not be written.
+    // Puts a file opened for writing in place; false when any of its bytes could not be
+    // written (nothing is replaced then).
     bool finish();
 
     // Total size of the file in bytes (measured when opened for reading).
@@ -48,6 +55,7 @@ class BinaryFile {
 
   private:
     FILE* file_ = nullptr;
+    std::unique_ptr<AtomicFile> writer_; // set while writing
     int64_t size_ = 0;
 };
 

@@ -72,7 +72,7 @@ int writeWav(const std::string& path, const WaveFormat& format, const uint8_t* a
         ok = writeSamplerChunk(file, format, *loop);
     ok = ok && file.writeText("tngb") && file.writeU32LE(kOwnChunkText) &&
          file.writeText("pelnotav");
-    ok = file.finish() && ok;
+    ok = ok && file.finish(); // a failed file is thrown away, the old one kept
     if (!ok)
         return setMessage(message, "error writing %s", path.c_str());
     return 1;

@@ -77,7 +77,7 @@ Project* loadProject(const ProjectArgs& args, int& status)
         status = kExitBadUsage;
         return nullptr;
     }
-    Model& model = Model::instance();
+    Model& model = commandModel();
     std::string message;
     if (!openProjectFile(model, args.path, message) || model.currentProject() == nullptr) {
         status = fail(message, args.json);

@@ -2,6 +2,7 @@
 #include "cli/CliApp.h"
 
 #include <iostream>
+#include <new>
 
 namespace tg::cli {
 
@@ -38,8 +39,26 @@ int CliApp::run(int argc, char** argv)
     }
     for (const Command& command : commands_)
         if (command.app->parsed())
-            return command.handler();
+            return runHandler(command);
     return kExitBadUsage;
+}
+
+// Whatever a command runs into (a path the file system refuses, memory running out), the user
+// gets a message and status 1, never an abort.
+int CliApp::runHandler(const Command& command)
+{
+    const CLI::Option* jsonFlag = command.app->get_option_no_throw("--json");
+    const bool json = jsonFlag != nullptr && jsonFlag->count() > 0;
+    const std::string name = command.app->get_name();
+    try {
+        return command.handler();
+    } catch (const std::bad_alloc&) {
+        return fail(name + ": out of memory.", json);
+    } catch (const std::exception& e) {
+        return fail(name + ": " + e.what(), json);
+    } catch (...) {
+        return fail(name + ": an unexpected error stopped the command.", json);
+    }
 }
 
 int fail(const std::string& message, bool json)

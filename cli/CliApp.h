@@ -30,6 +30,7 @@ class CliApp {
         CLI::App* app;
         std::function<int()> handler;
     };
+    int runHandler(const Command& command);
     CLI::App app_;
     std::vector<Command> commands_;
 };

@@ -4,11 +4,11 @@
 // step took.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/ProjectAccess.h"
 
 #include "analysis/BatchAuto.h"
 #include "core/Message.h"
 #include "core/Model.h"
-#include "core/Preferences.h"
 #include "core/ProjectFile.h"
 #include "export/ExportAudioServices.h"
 #include "export/ExportFormats.h"
@@ -150,13 +150,59 @@ void printTable(const std::vector<DemoStep>& steps, double audioSeconds, double 
     }
 }
 
-int runDemo(const std::string& outDir, bool quiet)
+// The names the demo makes in its folder; nothing else may be there when it starts, so that
+// running it again replaces only what it made before.
+bool madeByTheDemo(const std::string& name)
+{
+    if (name == "sfz" || name == "sf2" || name == "bitwig")
+        return true;
+    for (const DemoInstrument& instrument : kDemoInstruments) {
+        const std::string project = instrument.name;
+        if (name == project + ".TGprj" || name == project + "_data")
+            return true;
+    }
+    return false;
+}
+
+// The demo works in an empty or new folder, or in one an earlier demo made; it never replaces
+// or deletes files it did not make. Returns 1, or 0 with `message`.
+int prepareDemoFolder(const std::string& folder, std::string& message)
 {
     std::error_code error;
-    std::filesystem::create_directories(outDir, error);
+    if (std::filesystem::exists(folder, error)) {
+        if (!std::filesystem::is_directory(folder, error)) {
+            message = "The demo's folder '" + folder + "' is a file.";
+            return 0;
+        }
+        bool ours = true;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, error))
+            ours = ours && madeByTheDemo(entry.path().filename().string());
+        if (error) {
+            message = "The folder '" + folder + "' cannot be read: " + error.message() + ".";
+            return 0;
+        }
+        if (!ours) {
+            message = "The folder '" + folder +
+                      "' holds files the demo did not make; name a new or empty folder.";
+            return 0;
+        }
+    }
+    std::filesystem::create_directories(folder, error);
+    if (error || !std::filesystem::is_directory(folder, error)) {
+        message = "The folder '" + folder + "' cannot be made.";
+        return 0;
+    }
+    return 1;
+}
+
+int runDemo(const std::string& outDir, bool quiet)
+{
+    std::string message;
+    if (outDir.empty())
+        return fail("No folder given for the demo: the path is empty.", false);
     const std::string folder = std::filesystem::absolute(outDir).lexically_normal().string();
-    if (error || !std::filesystem::is_directory(folder))
-        return fail("The folder '" + folder + "' cannot be made.", false);
+    if (!prepareDemoFolder(folder, message))
+        return fail(message, false);
     if (!std::filesystem::exists(kDemoSoundFont))
         return fail(std::string("The General MIDI SoundFont '") + kDemoSoundFont +
                         "' is missing (scripts/install-deps.sh installs it).",
@@ -166,21 +212,19 @@ int runDemo(const std::string& outDir, bool quiet)
     double audioSeconds = 0.0;
     double bounceSeconds = 0.0;
     double renderSeconds = 0.0;
-    std::string message;
+    std::error_code error;
     for (const DemoInstrument& instrument : kDemoInstruments) {
-        auto model = std::make_unique<Model>();
-        loadPreferences(model->preferences());
+        Model& model = commandModel();
         const std::string name = instrument.name;
         const std::string dataPath = folder + "/" + name + "_data";
         std::filesystem::create_directories(dataPath, error);
 
         Stopwatch create;
-        const Result made = createProjectFromSetup(*model, demoSetup(instrument, dataPath));
+        const Result made = createProjectFromSetup(model, demoSetup(instrument, dataPath));
         if (!made.ok())
             return fail(made.message, false);
-        Project& project = *model->currentProject();
+        Project& project = *model.currentProject();
         const std::string projectFile = folder + "/" + name + ".TGprj";
-        std::filesystem::remove(projectFile, error);
         if (!saveProject(project, folder, name, message))
             return fail(message, false);
         steps.push_back({name, "create Project", create.seconds(), projectFile});
@@ -190,7 +234,7 @@ int runDemo(const std::string& outDir, bool quiet)
         choice.preset = instrument.preset;
         OfflineTakeSource source(choice);
         Stopwatch bounce;
-        if (!bounceProject(*model, source, quiet, message))
+        if (!bounceProject(model, source, quiet, message))
             return fail(message, false);
         const double bounced = bounce.seconds();
         audioSeconds += source.secondsRendered();

@@ -205,7 +205,7 @@ int runExportCommand(const ExportArgs& args)
         return status;
 
     // Every project is loaded and checked before the first file is written.
-    Model& model = Model::instance();
+    Model& model = commandModel();
     std::vector<std::pair<int, ExportRequest>> turns; // Project index in the model, request
     std::string message;
     for (const std::string& path : args.paths) {

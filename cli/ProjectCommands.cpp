@@ -151,12 +151,11 @@ void printProject(const Project& p)
 
 int runInfo(const std::string& path, bool asJson)
 {
-    auto model = std::make_unique<Model>();
-    loadPreferences(model->preferences());
+    Model& model = commandModel();
     std::string message;
-    if (!openProjectFile(*model, path, message))
+    if (!openProjectFile(model, path, message))
         return fail(message, asJson);
-    const Project& project = *model->currentProject();
+    const Project& project = *model.currentProject();
     if (asJson)
         printJson(projectJson(project));
     else
@@ -174,10 +173,8 @@ struct NewOptions {
 
 // The preferences supply the devices, format and lengths the options leave out, as they do
 // for a new Multi-Sample.
-void takeDefaultsFromPreferences(NewOptions& options)
+void takeDefaultsFromPreferences(NewOptions& options, const Preferences& prefs)
 {
-    Preferences prefs;
-    loadPreferences(prefs);
     ProjectSetupRecord& setup = options.setup;
     const auto given = [&](const char* option) { return options.command->count(option) > 0; };
     if (!given("--audio-in"))
@@ -195,6 +192,10 @@ void takeDefaultsFromPreferences(NewOptions& options)
 int runNew(NewOptions options)
 {
     ProjectSetupRecord& setup = options.setup;
+    if (options.path.empty()) {
+        std::cerr << "Bad argument '': the project file's path is empty.\n";
+        return kExitBadUsage;
+    }
     const std::filesystem::path file = std::filesystem::absolute(options.path);
     const std::string extension = std::string(".") + kProjectExtension;
     if (file.extension() != extension) {
@@ -204,7 +205,8 @@ int runNew(NewOptions options)
     }
     setup.name = file.stem().string();
     setup.automatic = !options.semi;
-    takeDefaultsFromPreferences(options);
+    Model& model = commandModel();
+    takeDefaultsFromPreferences(options, model.preferences());
     setup.autoLoop = options.autoloop != "off";
     if (options.autoloop == "simple")
         setup.complexity = LoopComplexity::Simple;
@@ -213,8 +215,7 @@ int runNew(NewOptions options)
     else
         setup.complexity = LoopComplexity::Intermediate;
 
-    auto model = std::make_unique<Model>();
-    Result check = checkSetupName(*model, setup.name);
+    Result check = checkSetupName(model, setup.name);
     if (check.ok())
         check = checkSetupDataPath(setup.dataPath);
     if (!check.ok())
@@ -224,13 +225,13 @@ int runNew(NewOptions options)
     if (std::filesystem::exists(file, error))
         return fail("The project file '" + file.string() + "' already exists.", false);
 
-    const Result made = createProjectFromSetup(*model, setup);
+    const Result made = createProjectFromSetup(model, setup);
     if (!made.ok())
         return fail(made.message, false);
     std::string message;
-    if (!saveProject(*model->currentProject(), file.parent_path().string(), setup.name, message))
+    if (!saveProject(*model.currentProject(), file.parent_path().string(), setup.name, message))
         return fail(message, false);
-    std::cout << "Created " << file.string() << " with " << model->currentProject()->mslCount
+    std::cout << "Created " << file.string() << " with " << model.currentProject()->mslCount
               << " Multi-Sample(s).\n";
     return kExitOk;
 }

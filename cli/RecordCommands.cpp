@@ -173,12 +173,11 @@ int openProjects(Model& model, const RecordOptions& options)
 // as quickly as the user can read them.
 int checkBeforeDevices(const RecordOptions& options, int command, const std::string& output)
 {
-    auto model = std::make_unique<Model>();
-    loadPreferences(model->preferences());
-    if (const int status = openProjects(*model, options); status != kExitOk)
+    Model& model = commandModel();
+    if (const int status = openProjects(model, options); status != kExitOk)
         return status;
     RecordList list;
-    Result result = buildRecordList(*model, command, list);
+    Result result = buildRecordList(model, command, list);
     std::string title;
     if (result.ok())
         result = checkRecordList(list, output, title);
@@ -237,15 +236,15 @@ int runRecord(const RecordOptions& options)
     char* argv[] = {name, nullptr};
     QCoreApplication app(argc, argv);
 
-    auto model = std::make_unique<Model>();
+    Model& model = commandModel();
     std::string message;
     // Offline bouncing needs no device at all: the core starts without the device steps.
     const int initialized =
-        options.offline ? initializeCore(*model, determineCoreFolders(), StartupHooks{}, message)
-                        : initializeWithDevices(*model, determineCoreFolders(), message);
+        options.offline ? initializeCore(model, determineCoreFolders(), StartupHooks{}, message)
+                        : initializeWithDevices(model, determineCoreFolders(), message);
     if (!initialized)
         return fail(message, options.json);
-    if (const int status = openProjects(*model, options); status != kExitOk)
+    if (const int status = openProjects(model, options); status != kExitOk)
         return status;
 
     StderrObserver observer(options.quiet);
@@ -261,13 +260,13 @@ int runRecord(const RecordOptions& options)
         OfflineTakeSource offline(choice);
         const auto begin = std::chrono::steady_clock::now();
         std::string failure;
-        if (!runOfflineRecording(*model, runOptions, offline, observer, message))
+        if (!runOfflineRecording(model, runOptions, offline, observer, message))
             failure = message;
         const double wall =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
         // Every take was saved as it was made; this saves what a failure left changed.
-        for (int i = 0; i < model->projectCount(); ++i)
-            if (!saveProjectAgain(model->project(i), message) && failure.empty())
+        for (int i = 0; i < model.projectCount(); ++i)
+            if (!saveProjectAgain(model.project(i), message) && failure.empty())
                 failure = message;
         if (failure.empty() && !options.quiet)
             std::cerr << "Bounced " << offline.secondsRendered() << " s of audio from "
@@ -290,7 +289,7 @@ int runRecord(const RecordOptions& options)
         source = std::make_unique<RealTimeTakeSource>(audioManager, midiManager);
     }
     SteadyRunClock clock;
-    RecordingRun run(*model, runOptions, *source, clock, observer);
+    RecordingRun run(model, runOptions, *source, clock, observer);
 
     stopSignal.store(0);
     std::signal(SIGINT, onStopSignal);

@@ -177,14 +177,13 @@ int runSet(const SetOptions& options)
         assignments.push_back(a);
     }
 
-    auto model = std::make_unique<Model>();
-    loadPreferences(model->preferences());
+    Model& model = commandModel();
     int savedCurrentMsl = 0;
     if (!projectPath.empty()) {
         std::string message;
-        if (!openProjectFile(*model, projectPath, message))
+        if (!openProjectFile(model, projectPath, message))
             return fail(message, false);
-        Project& project = *model->currentProject();
+        Project& project = *model.currentProject();
         savedCurrentMsl = project.currentMsl;
         const int index = options.multisample < 0 ? project.currentMsl : options.multisample;
         if (anyMultiSampleKey && (index < 0 || index >= project.mslCount))
@@ -192,28 +191,28 @@ int runSet(const SetOptions& options)
                             "': the project has " + std::to_string(project.mslCount) +
                             " Multi-Sample(s).");
         if (project.mslCount > 0)
-            model->selectMultiSample(index < project.mslCount ? index : 0);
+            model.selectMultiSample(index < project.mslCount ? index : 0);
     }
     for (const Assignment& a : assignments)
-        if (!store(*model, a))
+        if (!store(model, a))
             return badUsage("Bad argument '" + a.argument + "'.");
     std::ostringstream confirmation;
     for (const Assignment& a : assignments)
-        confirmation << a.key << '=' << storedValue(*model, a) << '\n';
+        confirmation << a.key << '=' << storedValue(model, a) << '\n';
 
     if (!options.dryRun) {
         if (anyPreferencesKey) {
             std::error_code error;
             std::filesystem::create_directories(userDataFolder(), error);
-            if (!savePreferences(model->preferences()))
+            if (!savePreferences(model.preferences()))
                 return fail("Cannot write the preferences file '" + preferencesFilePath() + "'.",
                             false);
         }
         if (anyMultiSampleKey) {
             // Picking a Multi-Sample for the command does not change the project's own choice.
-            model->currentProject()->currentMsl = savedCurrentMsl;
+            model.currentProject()->currentMsl = savedCurrentMsl;
             std::string message;
-            if (!saveProjectAgain(*model->currentProject(), message))
+            if (!saveProjectAgain(*model.currentProject(), message))
                 return fail(message, false);
         }
     }

@@ -19,6 +19,7 @@ void clearProject(Project& project)
         msl = TGmsl();
     project.name[0] = '\0';
     project.projectDir[0] = '\0';
+    project.fileName[0] = '\0';
     project.dataPath[0] = '\0';
     project.mslCount = 0;
     project.currentMsl = 0;
@@ -156,6 +157,7 @@ Result Model::newProject()
     currentProject_ = index;
     project->name[0] = '\0';
     project->projectDir[0] = '\0';
+    project->fileName[0] = '\0';
     copyText(project->dataPath, prefs_.datapath);
     project->mslCount = 0;
     project->currentMsl = 0;
@@ -208,6 +210,7 @@ Result Model::duplicateProject()
         return Result::refused(kNoProjectMemory);
     *copy = *view_;
     copy->projectDir[0] = '\0'; // the copy has never been saved
+    copy->fileName[0] = '\0';
     projectCount_ = index + 1;
     currentProject_ = index;
     pointViewAt(index);

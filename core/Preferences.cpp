@@ -2,6 +2,7 @@
 // directions cannot drift apart.
 #include "core/Preferences.h"
 
+#include "core/AtomicFile.h"
 #include "core/LittleEndian.h"
 #include "core/Message.h"
 #include "core/Paths.h"
@@ -184,13 +185,7 @@ void loadPreferences(Preferences& prefs)
 bool savePreferences(const Preferences& prefs)
 {
     const std::vector<uint8_t> image = serializePreferences(prefs);
-    std::ofstream file(preferencesFilePath(), std::ios::binary | std::ios::trunc);
-    if (!file)
-        return false;
-    file.write(reinterpret_cast<const char*>(image.data()),
-               static_cast<std::streamsize>(image.size()));
-    file.close();
-    return static_cast<bool>(file);
+    return replaceFileContents(preferencesFilePath(), image.data(), image.size());
 }
 
 PreferencesSnapshot takePreferencesSnapshot(const Preferences& prefs)

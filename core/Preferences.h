@@ -80,8 +80,9 @@ std::string preferencesFilePath();
 // 5872 bytes. Any other file, or none, keeps the defaults, without a message.
 void loadPreferences(Preferences& prefs);
 
-// Writes the preferences file. Returns false when it cannot be written; the program does
-// not report that to the user.
+// Writes the preferences file, replacing the old one only once the new one is complete.
+// Returns false when it cannot be written (the old file is then kept); the program does not
+// report that to the user.
 bool savePreferences(const Preferences& prefs);
 
 // The preferences dialog edits the live record: it takes a snapshot of all 5872 bytes before

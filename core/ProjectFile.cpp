@@ -79,7 +79,8 @@ int replaceFile(const std::string& target, const std::vector<uint8_t>& bytes, st
 int saveProject(Project& project, const std::string& folder, const std::string& name,
                 std::string& message, bool relocateData, const OverwriteQuestion& askOverwrite)
 {
-    const std::string path = joinPath(folder, name + "." + kProjectExtension);
+    const std::string fileName = name + "." + kProjectExtension;
+    const std::string path = joinPath(folder, fileName);
     copyText(project.name, name.c_str());
     std::error_code error;
     if (askOverwrite && std::filesystem::exists(path, error) && !askOverwrite(path)) {
@@ -91,6 +92,7 @@ int saveProject(Project& project, const std::string& folder, const std::string& 
     if (!replaceFile(path, serializeProject(project, storedDataPath), message))
         return 0;
     copyText(project.projectDir, folder.c_str());
+    copyText(project.fileName, fileName.c_str());
     project.modified = 0;
     return 1;
 }
@@ -99,7 +101,14 @@ int saveProjectAgain(Project& project, std::string& message)
 {
     if (project.projectDir[0] == '\0')
         return 1;
-    return saveProject(project, project.projectDir, project.name, message);
+    if (project.fileName[0] == '\0')
+        return saveProject(project, project.projectDir, project.name, message);
+    // Back to the file the Project came from: its name may be longer than the record holds.
+    const std::string path = joinPath(project.projectDir, project.fileName);
+    if (!replaceFile(path, serializeProject(project, project.dataPath), message))
+        return 0;
+    project.modified = 0;
+    return 1;
 }
 
 void markKeysWithAudio(Project& project)
@@ -131,7 +140,7 @@ int loadProjects(Model& model, const std::string& folder, const std::vector<std:
         const std::string extension = fileName.substr(dot + 1);
         char name[kNameSize] = {};
         copyText(name, baseName.c_str());
-        if (baseName.size() >= kNameSize + 1)
+        if (baseName.size() > kNameSize - 1)
             outcome.warnings.push_back(formatText(kNameTooLong, baseName.c_str(), name));
         if (!options.skipNameCheck)
             for (int p = 0; p < model.projectCount(); ++p)
@@ -145,6 +154,7 @@ int loadProjects(Model& model, const std::string& folder, const std::vector<std:
         Project& project = model.project(index);
         copyText(project.name, name);
         copyText(project.projectDir, folder.c_str());
+        copyText(project.fileName, fileName.c_str());
 
         const std::string path = joinPath(folder, baseName + "." + extension);
         File file(std::fopen(path.c_str(), "rb"), &std::fclose);

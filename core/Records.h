@@ -126,6 +126,10 @@ struct Project {
     TGmsl msl[kMaxMultiSamples];
     char name[kNameSize] = "";
     char projectDir[kPathSize] = ""; // folder of the project file; empty until saved or loaded
+    // The project file's own name in projectDir, which a save goes back to: a longer name than
+    // `name` holds, or another spelling of the extension, would otherwise name a different file.
+    // Empty until saved or loaded.
+    char fileName[kPathSize] = "";
     char dataPath[kPathSize] = "";   // folder of the Key-Sample WAV files
     int32_t mslCount = 0;            // Multi-Samples in use, 0..128
     int32_t currentMsl = 0;

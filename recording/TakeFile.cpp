@@ -1,13 +1,10 @@
-// Writing a take to its Key-Sample file through a temporary file.
+// Writing a take to its Key-Sample file, whole or not at all.
 #include "recording/TakeFile.h"
 
 #include "audiofile/WavFile.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <limits>
-
-#include <unistd.h>
 
 namespace tg {
 
@@ -28,21 +25,8 @@ int writeTakeFile(const std::string& path, const WaveFormat& format, const uint8
         message = "error writing " + path;
         return 0;
     }
-    const std::string temporary = path + ".part";
-    if (!writeWav(temporary, format, data, int32_t(bytes), nullptr, 0, nullptr, 0, message)) {
-        std::remove(temporary.c_str());
-        // The user knows the file by its own name, not by the temporary one.
-        for (size_t at = message.find(temporary); at != std::string::npos;
-             at = message.find(temporary, at + path.size()))
-            message.replace(at, temporary.size(), path);
-        return 0;
-    }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
-        message = "error writing " + path;
-        return 0;
-    }
-    return 1;
+    // The writer puts the file in place only once complete, so an earlier take stays whole.
+    return writeWav(path, format, data, int32_t(bytes), nullptr, 0, nullptr, 0, message);
 }
 
 } // namespace tg

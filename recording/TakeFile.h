@@ -13,9 +13,8 @@ namespace tg {
 // the record buffer holds.
 size_t takeByteCount(const WaveFormat& format, int64_t frames, size_t bufferBytes);
 
-// Writes `bytes` of `data` as a WAV file at `path`: into a temporary file beside it first,
-// renamed over `path` only once complete, so an earlier take of the key stays whole until
-// then. Returns 1, or 0 with the writer's message (naming `path`).
+// Writes `bytes` of `data` as a WAV file at `path`, put in place only once complete, so an
+// earlier take of the key stays whole until then. Returns 1, or 0 with the writer's message (naming `path`).
 int writeTakeFile(const std::string& path, const WaveFormat& format, const uint8_t* data,
                   size_t bytes, std::string& message);
 

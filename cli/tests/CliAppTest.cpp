@@ -1,7 +1,10 @@
+// The command frame: dispatch, exit statuses, and no abort whatever a command runs into.
 #include "cli/CliApp.h"
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -43,4 +46,27 @@ TEST(CliApp, HelpAndVersionSucceed)
     app.addCommand("probe", "test command", [] { return 1; });
     EXPECT_EQ(runWith(app, {"--help"}), tg::cli::kExitOk);
     EXPECT_EQ(runWith(app, {"--version"}), tg::cli::kExitOk);
+}
+
+TEST(CliApp, ACommandThatThrowsEndsWithItsMessageAndStatusOne)
+{
+    tg::cli::CliApp app;
+    bool json = false;
+    CLI::App* command = app.addCommand("probe", "test command", []() -> int {
+        throw std::runtime_error("filesystem error: cannot make absolute path");
+    });
+    command->add_flag("--json", json);
+    app.addCommand("hungry", "test command", []() -> int { throw std::bad_alloc(); });
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runWith(app, {"probe"}), tg::cli::kExitFailed);
+    EXPECT_EQ(runWith(app, {"hungry"}), tg::cli::kExitFailed);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "probe: filesystem error: cannot make absolute path\nhungry: out of memory.\n");
+
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(runWith(app, {"probe", "--json"}), tg::cli::kExitFailed);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find(
+                  "\"error\": \"probe: filesystem error: cannot make absolute path\""),
+              std::string::npos);
 }

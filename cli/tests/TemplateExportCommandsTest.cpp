@@ -1,12 +1,12 @@
 // The export command for Bitwig, Deluge, Prophet-X, Quantum and Kronos on a saved Project with
-// real Key-Sample files: what lands on disk, read back by unzip, xmllint and our own readers.
+// real Key-Sample files: the options reach the exporters, the refusals and an interrupt end
+// with their statuses. What is inside the files is the exporters' own tests' business.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
 
 #include "audiofile/WavFile.h"
 #include "cli/tests/CommandRunner.h"
-#include "core/Message.h"
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
@@ -22,7 +22,6 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
-#include <regex>
 #include <set>
 
 using namespace tg;
@@ -121,37 +120,9 @@ std::set<std::string> filesUnder(const std::string& root)
     return files;
 }
 
-// A bounded big-endian reader over a file image.
-struct BigEndianReader {
-    std::string bytes;
-    size_t at = 0;
-    bool overrun = false;
-
-    uint32_t u8()
-    {
-        if (at >= bytes.size()) {
-            overrun = true;
-            return 0;
-        }
-        return uint8_t(bytes[at++]);
-    }
-    uint32_t u16() { return (u8() << 8) | u8(); }
-    uint32_t u32() { return (u16() << 16) | u16(); }
-    std::string text(size_t width)
-    {
-        if (at + width > bytes.size()) {
-            overrun = true;
-            return {};
-        }
-        std::string out = bytes.substr(at, width);
-        at += width;
-        return out;
-    }
-};
-
 } // namespace
 
-TEST(TemplateExportCommand, BitwigArchivePassesUnzipAndXmllintAndNamesOnlyItsFiles)
+TEST(TemplateExportCommand, OptionsReachTheExportersAndTheFilesLandWhereNamed)
 {
     SavedProject saved;
     const std::string projectBefore = test::readFileBytes(saved.path);
@@ -160,205 +131,41 @@ TEST(TemplateExportCommand, BitwigArchivePassesUnzipAndXmllintAndNamesOnlyItsFil
                         "Keys", "--creator", "Tester", "--keywords", "warm,soft", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_EQ(r.err, "");
+    std::string xml;
+    ASSERT_EQ(shell("unzip -p " + quoted(archive) + " multisample.xml", &xml), 0) << xml;
+    for (const char* tag :
+         {"<category>Keys</category>", "<creator>Tester</creator>", "<keyword>soft</keyword>"})
+        EXPECT_NE(xml.find(tag), std::string::npos) << tag;
 
-    std::string output;
-    EXPECT_EQ(shell("unzip -t " + quoted(archive), &output), 0) << output;
-    const std::string unpacked = saved.dir.file("unpacked");
-    ASSERT_EQ(shell("unzip -q " + quoted(archive) + " -d " + quoted(unpacked), &output), 0)
-        << output;
-    const std::string xml = unpacked + "/multisample.xml";
-    output.clear();
-    EXPECT_EQ(shell("xmllint --noout " + quoted(xml), &output), 0) << output;
-
-    const std::string text = test::readFileBytes(xml);
-    EXPECT_NE(text.find("<category>Keys</category>"), std::string::npos);
-    EXPECT_NE(text.find("<creator>Tester</creator>"), std::string::npos);
-    EXPECT_NE(text.find("<keyword>warm</keyword>"), std::string::npos);
-    std::set<std::string> named;
-    const std::regex fileAttribute("<sample file=\"([^\"]+)\"");
-    for (std::sregex_iterator it(text.begin(), text.end(), fileAttribute), end; it != end; ++it)
-        named.insert((*it)[1]);
-    std::set<std::string> archived = filesUnder(unpacked);
-    archived.erase("multisample.xml");
-    EXPECT_EQ(named, archived);
-    EXPECT_EQ(named.size(), 6u); // two layers of three keys
-    EXPECT_EQ(named.count("Piano-01-Hard-060-K-C4.wav"), 1u);
-
-    // The sample files come from the program's WAV writer: format, length and loop read back.
-    WaveFormat format;
-    int32_t loopStart = 0, loopEnd = 0, rootKey = 0, frames = 0;
-    std::string message;
-    ASSERT_EQ(readWavHeader(unpacked + "/Piano-01-Hard-060-K-C4.wav", format, loopStart, loopEnd,
-                            rootKey, frames, message),
-              1)
-        << message;
-    EXPECT_EQ(format.nSamplesPerSec, 44100u);
-    EXPECT_EQ(format.nChannels, 2);
-    EXPECT_EQ(format.wBitsPerSample, 16);
-    EXPECT_EQ(rootKey, 60);
-    EXPECT_GT(loopEnd, loopStart);
-    EXPECT_GT(frames, loopEnd);
-    EXPECT_NE(text.find(formatText("sample-stop=\"%d.00000000\"", frames)), std::string::npos);
-
-    // Exporting never changes the Project file.
-    EXPECT_EQ(test::readFileBytes(saved.path), projectBefore);
-}
-
-TEST(TemplateExportCommand, KronosFilesParseBackAndCarryTheRenderedAudio)
-{
-    SavedProject saved;
-    const std::string out = saved.dir.file("korg");
-    const std::string wavs = saved.dir.file("wavs");
-    fs::create_directories(out);
-    fs::create_directories(wavs);
-    // Mono (mix), 16 bit, 44.1 kHz; the same word for a WAV set to compare the audio with.
-    const std::string word = "0x00040408";
-    CommandRun r = run({"export", saved.path, "--format", "Korg Kronos (*.KMP)", "--dest", out,
-                        "--settings", word, "--quiet"});
+    const std::string korg = saved.dir.file("korg");
+    r = run({"export", saved.path, "--format", "Korg Kronos (*.KMP)", "--dest", korg, "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    r = run({"export", saved.path, "--format", "wav", "--dest", wavs, "--settings", word,
-             "--naming", "<#msi#>-<#mn#>", "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_TRUE(fs::exists(korg + "/Piano00.KSC"));
+    EXPECT_TRUE(fs::exists(korg + "/Piano00/Hard010.KMP"));
 
-    EXPECT_EQ(test::readFileBytes(out + "/Piano00.KSC"),
-              "#KORG Script Version 1.0\r\nSoft000.KMP\r\nHard010.KMP\r\n");
-
-    for (int layer = 0; layer < 2; ++layer) {
-        const std::string kmpName = layer == 0 ? "Soft000.KMP" : "Hard010.KMP";
-        BigEndianReader kmp{test::readFileBytes(out + "/Piano00/" + kmpName)};
-        ASSERT_EQ(kmp.text(4), "MSP1");
-        ASSERT_EQ(kmp.u32(), 18u);
-        kmp.text(16);
-        const uint32_t zones = kmp.u8();
-        kmp.u8();
-        ASSERT_EQ(kmp.text(4), "NAME");
-        ASSERT_EQ(kmp.u32(), 24u);
-        kmp.text(24);
-        ASSERT_EQ(kmp.text(4), "RLP1");
-        ASSERT_EQ(kmp.u32(), 18u * zones);
-        // Key ranges start at 36: a gap zone covers 0-35 before the three Key-Samples.
-        ASSERT_EQ(zones, 4u);
-        std::vector<std::string> ksfFiles;
-        std::vector<uint32_t> originals;
-        for (uint32_t z = 0; z < zones; ++z) {
-            const uint32_t original = kmp.u8();
-            const uint32_t top = kmp.u8();
-            kmp.text(4);
-            const std::string file = kmp.text(12);
-            if (z == 0) {
-                EXPECT_EQ(original, 0u);
-                EXPECT_EQ(top, 35u);
-                EXPECT_EQ(file, "SKIPPEDSAMPL");
-                continue;
-            }
-            originals.push_back(original);
-            ksfFiles.push_back(file);
-        }
-        ASSERT_EQ(kmp.text(4), "MNO1");
-        EXPECT_EQ(kmp.u32(), 4u);
-        EXPECT_EQ(kmp.u32(), uint32_t(layer + 1));
-        EXPECT_FALSE(kmp.overrun);
-        EXPECT_EQ(kmp.at, kmp.bytes.size());
-        ASSERT_EQ(originals, (std::vector<uint32_t>{48, 60, 72}));
-
-        for (size_t k = 0; k < ksfFiles.size(); ++k) {
-            BigEndianReader ksf{test::readFileBytes(out + "/Piano00/" + ksfFiles[k])};
-            ASSERT_EQ(ksf.text(4), "SMP1");
-            ASSERT_EQ(ksf.u32(), 32u);
-            ksf.text(16);
-            ksf.u32();
-            ksf.u32();
-            const uint32_t loopStart = ksf.u32();
-            const uint32_t loopEnd = ksf.u32();
-            ASSERT_EQ(ksf.text(4), "SMD1");
-            const uint32_t size = ksf.u32();
-            EXPECT_EQ(ksf.u32(), 44100u);
-            EXPECT_EQ(ksf.u8(), 0u); // looped
-            ksf.u8();
-            EXPECT_EQ(ksf.u8(), 1u);
-            EXPECT_EQ(ksf.u8(), 16u);
-            const uint32_t frames = ksf.u32();
-            ASSERT_EQ(size, frames * 2 + 12);
-
-            // The same Key-Sample in the WAV set, little-endian: the same frames.
-            WaveFormat format;
-            std::vector<uint8_t> wav;
-            std::string message;
-            const std::string wavPath = wavs + formatText("/%02d-%03u.wav", layer, originals[k]);
-            ASSERT_EQ(readWav(wavPath, format, wav, message), 1) << message;
-            ASSERT_EQ(format.nChannels, 1);
-            ASSERT_EQ(wav.size() / 2, frames);
-            for (uint32_t i = 0; i < frames; ++i) {
-                const uint32_t value = ksf.u16();
-                ASSERT_EQ(value, uint32_t(wav[2 * i] | (wav[2 * i + 1] << 8))) << "frame " << i;
-            }
-            int32_t wavLoopStart = 0, wavLoopEnd = 0, root = 0, wavFrames = 0;
-            ASSERT_EQ(
-                readWavHeader(wavPath, format, wavLoopStart, wavLoopEnd, root, wavFrames, message),
-                1);
-            EXPECT_EQ(loopStart, uint32_t(wavLoopStart));
-            EXPECT_EQ(loopEnd, uint32_t(wavLoopEnd));
-            ASSERT_EQ(ksf.text(4), "SNO1");
-            ksf.u32();
-            ksf.u32();
-            ASSERT_EQ(ksf.text(4), "NAME");
-            EXPECT_EQ(ksf.u32(), 24u);
-            ksf.text(24);
-            EXPECT_FALSE(ksf.overrun);
-            EXPECT_EQ(ksf.at, ksf.bytes.size());
-        }
-    }
-}
-
-TEST(TemplateExportCommand, DelugeQuantumAndProphetXFilesLandWhereTheCardsExpectThem)
-{
-    SavedProject saved;
     const std::string card = saved.dir.file("card");
-
-    CommandRun r = run({"export", saved.path, "--format", "deluge", "--dest", card,
-                        "--multisamples", "1", "--program-name", "Grand", "--quiet"});
+    r = run({"export", saved.path, "--format", "deluge", "--dest", card, "--multisamples", "1",
+             "--program-name", "Grand", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     // Only the selected layer: one file per key of "Hard".
     EXPECT_EQ(filesUnder(card), (std::set<std::string>{
                                     "SYNTHS/Grand.XML", "SAMPLES/TNGB/Grand/K048.wav",
                                     "SAMPLES/TNGB/Grand/K060.wav", "SAMPLES/TNGB/Grand/K072.wav"}));
-    std::string output;
-    EXPECT_EQ(shell("xmllint --noout " + quoted(card + "/SYNTHS/Grand.XML"), &output), 0) << output;
 
     const std::string drive = saved.dir.file("drive");
     r = run({"export", saved.path, "--format", "Waldorf Quantum and Iridium (*.map)", "--dest",
              drive, "--folder", "Pianos", "--program-name", "Grand", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    const std::set<std::string> quantum = filesUnder(drive);
-    EXPECT_EQ(quantum.size(), 7u);
-    EXPECT_EQ(quantum.count("samples/Pianos/Grand.map"), 1u);
-    EXPECT_EQ(quantum.count("samples/Pianos/K-00-048.wav"), 1u);
-    EXPECT_EQ(quantum.count("samples/Pianos/K-01-072.wav"), 1u);
+    EXPECT_TRUE(fs::exists(drive + "/samples/Pianos/Grand.map"));
 
     const std::string usb = saved.dir.file("usb");
     const std::vector<std::string> prophet = {
         "export",         saved.path, "--format",   "prophetx", "--dest",           usb,
         "--bank",         "User 1",   "--category", "Keys",     "--program-number", "3",
         "--program-name", "Grand",    "--quiet"};
-    r = run(prophet);
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    ASSERT_EQ(run(prophet).status, cli::kExitOk);
     const std::string zip = usb + "/px/User 1/Keys/03. Grand.zip";
-    ASSERT_TRUE(fs::exists(zip));
-    output.clear();
-    EXPECT_EQ(shell("unzip -t " + quoted(zip), &output), 0) << output;
-    output.clear();
-    ASSERT_EQ(shell("unzip -Z1 " + quoted(zip), &output), 0);
-    EXPECT_NE(output.find("03. Grand.grp"), std::string::npos) << output;
-    EXPECT_NE(output.find("K-01-060.wav"), std::string::npos) << output;
-    // The Prophet-X takes 48 kHz 16-bit: the default word says so.
-    const std::string wav = saved.dir.file("px-wav");
-    ASSERT_EQ(shell("unzip -q " + quoted(zip) + " -d " + quoted(wav)), 0);
-    WaveFormat format;
-    int32_t a = 0, b = 0, c = 0, frames = 0;
-    std::string message;
-    ASSERT_EQ(readWavHeader(wav + "/K-01-060.wav", format, a, b, c, frames, message), 1);
-    EXPECT_EQ(format.nSamplesPerSec, 48000u);
-
+    EXPECT_TRUE(fs::exists(zip));
     // The same number again is refused, and the first program stays.
     r = run(prophet);
     EXPECT_EQ(r.status, cli::kExitFailed);
@@ -367,10 +174,12 @@ TEST(TemplateExportCommand, DelugeQuantumAndProphetXFilesLandWhereTheCardsExpect
               std::string::npos)
         << r.err;
     EXPECT_TRUE(fs::exists(zip));
-
     r = run({"export", saved.path, "--format", "prophetx", "--dest", usb, "--quiet"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
     EXPECT_NE(r.err.find("--bank"), std::string::npos) << r.err;
+
+    // Exporting never changes the Project file.
+    EXPECT_EQ(test::readFileBytes(saved.path), projectBefore);
 }
 
 TEST(TemplateExportCommand, PreExportChecksRefuseBeforeAnythingIsWritten)

@@ -398,17 +398,34 @@ TEST_F(ProjectFileTest, LengthsAboveTheirLimitsAreClamped)
     EXPECT_EQ(rs.releaselength2, 1800.0);
 }
 
-TEST_F(ProjectFileTest, BaseNameOf49CharactersIsCutTo47WithAWarning)
+TEST_F(ProjectFileTest, CutNameWarnsFrom48CharactersAndSavingGoesBackToTheLoadedFile)
 {
-    const std::string base(49, 'n');
+    const std::string cut(47, 'n');
+    const std::string base = cut + "n"; // one character more than a name holds
     auto p = makeProject("x", "/d", 0);
     writeFile(base + ".TGprj", tg::serializeProject(*p, "/d"));
-    ASSERT_TRUE(load({base + ".TGprj"}, {true, false, {}})) << message;
-    EXPECT_EQ(std::string(model.project(0).name), std::string(47, 'n'));
+    writeFile(cut + ".TGprj", tg::serializeProject(*p, "/unrelated"));
+    const std::string unrelated = tg::test::readFileBytes(dir.file(cut + ".TGprj"));
+    writeFile("Lower.tgprj", tg::serializeProject(*p, "/d"));
+
+    ASSERT_TRUE(load({base + ".TGprj", "Lower.tgprj"}, {true, false, {}})) << message;
+    EXPECT_EQ(std::string(model.project(0).name), cut);
     ASSERT_EQ(outcome.warnings.size(), 1u);
     EXPECT_EQ(outcome.warnings[0],
               "The name of the project is too long and will be truncated\n\n\"" + base +
-                  "\"\nwill become\n\"" + std::string(47, 'n') + "\"");
+                  "\"\nwill become\n\"" + cut + "\"");
+
+    for (int i = 0; i < 2; ++i) {
+        model.project(i).viewValue = 7;
+        ASSERT_TRUE(tg::saveProjectAgain(model.project(i), message)) << message;
+    }
+    EXPECT_EQ(tg::test::readFileBytes(dir.file(cut + ".TGprj")), unrelated);
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Lower.TGprj")));
+    tg::Model reloaded;
+    ASSERT_TRUE(tg::loadProjects(reloaded, dir.path(), {base + ".TGprj", "Lower.tgprj"},
+                                 {true, false, {}}, outcome, message));
+    EXPECT_EQ(reloaded.project(0).viewValue, 7);
+    EXPECT_EQ(reloaded.project(1).viewValue, 7);
 }
 
 TEST_F(ProjectFileTest, StoredStringLengthsAreBoundedByFieldAndFile)

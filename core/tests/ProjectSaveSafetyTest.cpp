@@ -1,6 +1,7 @@
 // Saving never damages the previous project file: a disk that fills up during the write, and a
 // process that dies in the middle of it, both leave the old file byte for byte as it was.
 #include "core/ProjectFile.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -46,16 +47,13 @@ class SaveSafety : public ::testing::Test {
 TEST_F(SaveSafety, FullDiskDuringTheWriteKeepsThePreviousFile)
 {
     auto p = projectWithOneLayer("New layer");
-    rlimit saved{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
-    auto oldHandler = std::signal(SIGXFSZ, SIG_IGN); // writes past the limit fail with EFBIG
-    rlimit small = saved;
-    small.rlim_cur = kSmallFileLimit;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     std::string message;
-    const int saved_ok = tg::saveProject(*p, dir.path(), "P", message);
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, oldHandler);
+    int saved_ok = 0;
+    {
+        tg::test::FileSizeLimit full(kSmallFileLimit);
+        ASSERT_TRUE(full.active());
+        saved_ok = tg::saveProject(*p, dir.path(), "P", message);
+    }
 
     EXPECT_EQ(saved_ok, 0);
     EXPECT_EQ(message, "write error: " + dir.file("P.TGprj"));

@@ -344,9 +344,9 @@ TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
     layer(0).keys[60].keyState = 1;
     layer(0).keys[72].keyState = 1;
     save();
-    // A folder where the second take's temporary file would go: the writer cannot open it.
+    // A folder where the second take's file would go: the finished file cannot take its place.
     const std::string second = keySampleFileName(project(), layer(0), 72);
-    std::filesystem::create_directories(second + ".part");
+    std::filesystem::create_directories(second);
     auto run = makeRun();
     ASSERT_TRUE(run->open().ok());
     run->start();
@@ -354,9 +354,9 @@ TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
     ASSERT_TRUE(run->finished());
     EXPECT_TRUE(run->failed());
     ASSERT_EQ(observer.boxes.size(), 1u);
-    EXPECT_EQ(observer.boxes[0], "Error: unable to open " + second);
+    EXPECT_EQ(observer.boxes[0], "Error: error writing " + second);
     EXPECT_TRUE(std::filesystem::exists(keySampleFileName(project(), layer(0), 60)));
-    EXPECT_FALSE(std::filesystem::exists(second));
+    EXPECT_TRUE(std::filesystem::is_directory(second));
     // The stop sequence ran.
     EXPECT_EQ(source.history.back().bytes, (Bytes{0xB0, 123, 0}));
 

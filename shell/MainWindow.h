@@ -3,6 +3,7 @@
 // below the shell.
 #pragma once
 
+#include "core/ListEditing.h"
 #include "core/ModelListener.h"
 
 #include <QMainWindow>
@@ -51,7 +52,17 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     // Installed on the application: swallows tool tips while they are switched off.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+    // Edit menu: copy the current Multi-Sample (with or without its keys), paste it over the
+    // current one.
+    void copyMultisample(bool withKeys);
+    void pasteMultisample();
+    // Extras menu.
+    void setCurrentSettingsAsDefault();
+    void savePreferencesToDisk();
+    void openPreferencesDialog();
+
   private:
+    QWidget* createPanel(const QString& dockName, const QString& title);
     void createDocks();
     void bindActions();
     void fillPanelsMenu();
@@ -64,6 +75,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     CentralWidget* central_ = nullptr;
     std::vector<DockWidget*> docks_;
     bool toolTipsShown_ = true;
+    MultiSampleCopy copiedMultiSample_;
 };
 
 } // namespace tg::shell

@@ -29,13 +29,11 @@ start_display "$WORK"
 export ASAN_OPTIONS=detect_leaks=0 # a sanitizer build may be given; its exit is not judged here
 start_program "$root/$build/app/tonegrabber" "${projects[@]}"
 window=$(wait_for_window "Tonegrabber 6" 300)
-sleep 2
-screenshot "$window" docs/screenshots/main-window.png
+screenshot_when_painted "$window" docs/screenshots/main-window.png 60
 
 press_keys "$window" alt+p
 dialog=$(wait_for_window "Preferences" 60)
-sleep 1
-screenshot "$dialog" docs/screenshots/preferences.png
+screenshot_when_painted "$dialog" docs/screenshots/preferences.png 60
 press_keys "$dialog" Escape
 
 press_keys "$window" ctrl+q

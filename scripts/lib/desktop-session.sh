@@ -69,6 +69,23 @@ not_blank() {
     fi
 }
 
+# screenshot_when_painted WINDOW FILE SECONDS: retakes the screenshot until the window has
+# been painted (a window is black until its first paint; a busy machine delays it).
+screenshot_when_painted() {
+    local deadline=$((SECONDS + $3))
+    while true; do
+        screenshot "$1" "$2"
+        if not_blank "$2" 2>/dev/null; then
+            return 0
+        fi
+        if [ $SECONDS -ge "$deadline" ]; then
+            not_blank "$2"
+            return 1
+        fi
+        sleep 1
+    done
+}
+
 # stop_session: ends the program (if still running) and the display, by their process ids.
 stop_session() {
     if [ -n "${APP_PID:-}" ] && kill -0 "$APP_PID" 2>/dev/null; then

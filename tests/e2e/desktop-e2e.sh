@@ -34,9 +34,7 @@ start_program "$app" "$WORK/projects/Piano.TGprj" "$WORK/projects/Strings.TGprj"
 
 # The start-up measures the loop search speed: slow under the sanitizers on a busy machine.
 window=$(wait_for_window "Tonegrabber 6" 300) || fail "the main window did not appear"
-sleep 2 # the first paint
-screenshot "$window" "$WORK/main-window.png"
-not_blank "$WORK/main-window.png" || fail "blank main window"
+screenshot_when_painted "$window" "$WORK/main-window.png" 60 || fail "blank main window"
 
 press_keys "$window" ctrl+q
 question=$(wait_for_window "Quit" 60) || fail "no quit question after Ctrl+Q"

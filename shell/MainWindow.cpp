@@ -96,6 +96,9 @@ void MainWindow::createDocks()
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("InputOutputDock")));
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("PeakLevelDock")));
     addDockWidget(Qt::BottomDockWidgetArea, dock(QStringLiteral("KeyboardDock")));
+    // The key table needs room for its columns; the device panels less.
+    resizeDocks({dock(QStringLiteral("SamplesDock")), dock(QStringLiteral("InputOutputDock"))},
+                {400, 240}, Qt::Horizontal);
 }
 
 void MainWindow::fillPanelsMenu()

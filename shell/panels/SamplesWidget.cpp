@@ -118,6 +118,13 @@ void SamplesWidget::refresh()
         table_->selectRow(current);
     else
         table_->clearSelection();
+    // Shows the selected key, or else the first key in use, rather than the bottom of the range.
+    int shown = msl ? current : -1;
+    for (int note = 0; msl && shown < 0 && note < kKeyCount; ++note)
+        if (msl->keys[note].keyState)
+            shown = note;
+    if (shown >= 0)
+        table_->scrollToItem(table_->item(shown, KeyColumn), QAbstractItemView::PositionAtTop);
     refreshing_ = false;
 }
 

@@ -5,6 +5,7 @@
 #include "core/Model.h"
 #include "core/Preferences.h"
 #include "core/SettingsAccessor.h"
+#include "export/ExportFormats.h"
 #include "shell/ActionTable.h"
 #include "shell/DockWidget.h"
 #include "shell/IniFile.h"
@@ -47,6 +48,7 @@ MainWindow::MainWindow(Model& model, QWidget* parent) : QMainWindow(parent), mod
     projectFiles_ = new ProjectFileFlow(model_, this, *actions_);
     createDocks();
     fillPanelsMenu();
+    fillExportMenus();
     bindActions();
     readWindowState();
     model_.addListener(this);
@@ -99,6 +101,19 @@ void MainWindow::createDocks()
     // The key table needs room for its columns; the device panels less.
     resizeDocks({dock(QStringLiteral("SamplesDock")), dock(QStringLiteral("InputOutputDock"))},
                 {400, 240}, Qt::Horizontal);
+}
+
+void MainWindow::fillExportMenus()
+{
+    // One entry per format in each; the export dialog binds "exportSelected:<text>" and
+    // "exportAll:<text>".
+    QMenu* selected = actions_->submenu(QString::fromLatin1(kExportSelectedMenu));
+    QMenu* all = actions_->submenu(QString::fromLatin1(kExportAllMenu));
+    for (const std::string& text : exportMenuTexts()) {
+        const QString entry = QString::fromStdString(text);
+        actions_->addPendingEntry(selected, QStringLiteral("exportSelected:") + entry, entry);
+        actions_->addPendingEntry(all, QStringLiteral("exportAll:") + entry, entry);
+    }
 }
 
 void MainWindow::fillPanelsMenu()

@@ -66,6 +66,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     void createDocks();
     void bindActions();
     void fillPanelsMenu();
+    void fillExportMenus();
     void readWindowState();
     void writeWindowState() const;
 

@@ -123,6 +123,9 @@ TEST_F(MainWindowTest, SevenMenusHoldEveryEntryWithItsShortcut)
         EXPECT_TRUE(find("File", submenu) || find("Import/Export", submenu) ||
                     find("View", submenu))
             << submenu;
+    QAction* sf2 = find("Import/Export", "SoundFont2 (*.sf2)");
+    ASSERT_NE(sf2, nullptr) << "the export submenus list the formats";
+    EXPECT_FALSE(sf2->isEnabled());
 }
 
 TEST_F(MainWindowTest, EntriesWithoutAHandlerAreDisabledAndSaySo)

@@ -9,6 +9,7 @@ void addAllCommands(CliApp& app)
     addAudioFileCommands(app);
     addDeviceCommands(app);
     addProjectCommands(app);
+    addListCommands(app);
     addRecordCommands(app);
     addAnalysisCommands(app);
     addExportCommands(app);

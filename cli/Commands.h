@@ -14,6 +14,10 @@ void addSettingsCommands(CliApp& app);
 // new, info
 void addProjectCommands(CliApp& app);
 
+// msl rename|duplicate|delete|move|paste, keys lock|unlock|select|deselect, relocate
+// (cli/ListCommands.cpp)
+void addListCommands(CliApp& app);
+
 // wav-info, aiff-info, convert
 void addAudioFileCommands(CliApp& app);
 

@@ -299,6 +299,37 @@ bool findSettingKind(const std::string& key, SettingKind& kind)
     return true;
 }
 
+namespace {
+
+template <typename Entry, size_t N>
+void appendKeys(const Entry (&table)[N], bool multiSample, SettingKind kind,
+                std::vector<SettingKey>& keys)
+{
+    for (const Entry& entry : table) {
+        if (multiSample ? !entry.msl : !entry.prefs)
+            continue;
+        std::string key = std::string(multiSample ? "msl." : "prefs.") + entry.name;
+        std::replace(key.begin(), key.end(), '.', '_');
+        keys.push_back({key, kind});
+    }
+}
+
+} // namespace
+
+std::vector<SettingKey> settingKeys(const std::string& prefix)
+{
+    const bool multiSample = prefix == "msl";
+    std::vector<SettingKey> keys;
+    if (!multiSample && prefix != "prefs")
+        return keys;
+    appendKeys(kTextKeys, multiSample, SettingKind::Text, keys);
+    appendKeys(kShortKeys, multiSample, SettingKind::Short, keys);
+    appendKeys(kLongKeys, multiSample, SettingKind::Long, keys);
+    appendKeys(kCharKeys, multiSample, SettingKind::Char, keys);
+    appendKeys(kDoubleKeys, multiSample, SettingKind::Double, keys);
+    return keys;
+}
+
 bool setCurrentSettingsAsDefault(Model& model)
 {
     const TGmsl* msl = model.currentMultiSample();

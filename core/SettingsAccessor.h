@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tg {
 
@@ -34,6 +35,14 @@ double settingDouble(Model& model, const std::string& key, bool& ok);
 // The kind of `key`, whether or not its target exists right now. False for unknown keys and
 // for keys with neither "msl_" nor "prefs_".
 bool findSettingKind(const std::string& key, SettingKind& kind);
+
+// Every key of one target in table order, as widget object names ("prefs_datapath", ...).
+// `prefix` is "prefs" or "msl".
+struct SettingKey {
+    std::string key;
+    SettingKind kind;
+};
+std::vector<SettingKey> settingKeys(const std::string& prefix);
 
 // "Set current Settings as Default": the fields that exist under both "msl." and "prefs."
 // (devices, recording format, MIDI values and the whole record-setting block) are copied from

@@ -20,8 +20,8 @@ packages=(
     # tests: frameworks, third-party readers and the real sound chain
     libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev sndfile-programs
     unzip libxml2-utils jackd2 fluidsynth fluid-soundfont-gm sox
-    # screenshots of the desktop program on a virtual display
-    xvfb xdotool imagemagick
+    # the desktop program on a virtual display: Xvfb, key presses, window lookup, screenshots
+    xvfb xdotool x11-utils imagemagick
 )
 
 export DEBIAN_FRONTEND=noninteractive

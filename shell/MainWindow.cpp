@@ -3,18 +3,26 @@
 
 #include "core/IniKeys.h"
 #include "core/Model.h"
+#include "core/Preferences.h"
+#include "core/SettingsAccessor.h"
+#include "export/ExportFormats.h"
 #include "shell/ActionTable.h"
 #include "shell/DockWidget.h"
 #include "shell/ExportFlow.h"
 #include "shell/ExtrasActions.h"
 #include "shell/IniFile.h"
+#include "shell/MessageBoxes.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/dialogs/AutoDialog.h"
 #include "shell/dialogs/ChangeGainDialog.h"
 #include "shell/dialogs/NormalizeDialog.h"
+#include "shell/dialogs/PreferencesDialog.h"
 #include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
 #include "shell/panels/KeyboardWidget.h"
+#include "shell/panels/MultisampleWidget.h"
+#include "shell/panels/ProjectsWidget.h"
+#include "shell/panels/SamplesWidget.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -67,16 +75,28 @@ DockWidget* MainWindow::dock(const QString& objectName) const
     return nullptr;
 }
 
+QWidget* MainWindow::createPanel(const QString& dockName, const QString& title)
+{
+    if (dockName == QLatin1String("ProjectsDock"))
+        return new ProjectsWidget(model_);
+    if (dockName == QLatin1String("MultisampleDock"))
+        return new MultisampleWidget(model_);
+    if (dockName == QLatin1String("SamplesDock"))
+        return new SamplesWidget(model_);
+    // The device panels and the keyboard plug in here (DockWidget::setPanel).
+    auto* pending = new QLabel(tr("%1: not available yet in this version.").arg(title));
+    pending->setAlignment(Qt::AlignCenter);
+    pending->setWordWrap(true);
+    pending->setEnabled(false);
+    return pending;
+}
+
 void MainWindow::createDocks()
 {
     for (const DockEntry& entry : dockEntries()) {
         auto* dock = new DockWidget(QString::fromUtf8(entry.title),
                                     QString::fromLatin1(entry.objectName), this);
-        auto* pending =
-            new QLabel(tr("%1: not available yet in this version.").arg(dock->windowTitle()));
-        pending->setAlignment(Qt::AlignCenter);
-        pending->setEnabled(false);
-        dock->setPanel(pending);
+        dock->setPanel(createPanel(dock->objectName(), dock->windowTitle()));
         docks_.push_back(dock);
     }
     // Lists on the left, devices on the right, keyboard along the bottom.
@@ -86,6 +106,9 @@ void MainWindow::createDocks()
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("InputOutputDock")));
     addDockWidget(Qt::RightDockWidgetArea, dock(QStringLiteral("PeakLevelDock")));
     addDockWidget(Qt::BottomDockWidgetArea, dock(QStringLiteral("KeyboardDock")));
+    // The key table needs room for its columns; the device panels less.
+    resizeDocks({dock(QStringLiteral("SamplesDock")), dock(QStringLiteral("InputOutputDock"))},
+                {400, 240}, Qt::Horizontal);
 }
 
 void MainWindow::createEditorAndKeyboard()
@@ -111,6 +134,13 @@ bool MainWindow::headerShown() const
 
 void MainWindow::bindActions()
 {
+    actions_->bind(QStringLiteral("copyMultisampleSettings"), [this] { copyMultisample(false); });
+    actions_->bind(QStringLiteral("copyMultisample"), [this] { copyMultisample(true); });
+    actions_->bind(QStringLiteral("pasteMultisample"), [this] { pasteMultisample(); });
+    actions_->bind(QStringLiteral("setCurrentSettingsAsDefault"),
+                   [this] { setCurrentSettingsAsDefault(); });
+    actions_->bind(QStringLiteral("savePreferencesToDisk"), [this] { savePreferencesToDisk(); });
+    actions_->bind(QStringLiteral("openPreferencesDialog"), [this] { openPreferencesDialog(); });
     actions_->bind(QStringLiteral("quit"), [this] { close(); });
     actions_->bind(QStringLiteral("openNormalizeDialog"),
                    [this] { NormalizeDialog(model_, this).exec(); });
@@ -127,6 +157,39 @@ void MainWindow::bindActions()
     QAction* tips = actions_->action(QStringLiteral("showToolTips"));
     tips->setChecked(true);
     actions_->bindToggle(QStringLiteral("showToolTips"), [this](bool on) { toolTipsShown_ = on; });
+}
+
+void MainWindow::copyMultisample(bool withKeys)
+{
+    const Project* project = model_.currentProject();
+    if (!project || !model_.currentMultiSample()) {
+        showMessage(this, tr("Error"), tr("There is no Multi-Sample selected."));
+        return;
+    }
+    tg::copyMultiSample(*project, project->currentMsl, withKeys, copiedMultiSample_);
+}
+
+void MainWindow::pasteMultisample()
+{
+    showResult(this, tg::pasteMultiSample(model_, copiedMultiSample_, overwriteQuestion(this)));
+}
+
+void MainWindow::setCurrentSettingsAsDefault()
+{
+    if (!tg::setCurrentSettingsAsDefault(model_))
+        showMessage(this, tr("Error"), tr("There is no Multi-Sample selected."));
+}
+
+void MainWindow::openPreferencesDialog()
+{
+    PreferencesDialog dialog(model_, this);
+    dialog.exec();
+}
+
+void MainWindow::savePreferencesToDisk()
+{
+    // Like loading, saving the preferences does not report a file it cannot write.
+    savePreferences(model_.preferences());
 }
 
 void MainWindow::readWindowState()

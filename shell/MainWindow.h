@@ -3,6 +3,7 @@
 // below the shell.
 #pragma once
 
+#include "core/ListEditing.h"
 #include "core/ModelListener.h"
 
 #include <QMainWindow>
@@ -55,7 +56,17 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     // Installed on the application: swallows tool tips while they are switched off.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+    // Edit menu: copy the current Multi-Sample (with or without its keys), paste it over the
+    // current one.
+    void copyMultisample(bool withKeys);
+    void pasteMultisample();
+    // Extras menu.
+    void setCurrentSettingsAsDefault();
+    void savePreferencesToDisk();
+    void openPreferencesDialog();
+
   private:
+    QWidget* createPanel(const QString& dockName, const QString& title);
     void createDocks();
     void createEditorAndKeyboard();
     void bindActions();
@@ -71,6 +82,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     KeyboardWidget* keyboard_ = nullptr;
     std::vector<DockWidget*> docks_;
     bool toolTipsShown_ = true;
+    MultiSampleCopy copiedMultiSample_;
 };
 
 } // namespace tg::shell

@@ -3,9 +3,12 @@
 
 #include "core/Model.h"
 #include "core/NoteNames.h"
+#include "core/SettingsAccessor.h"
+#include "shell/panels/SettingsForm.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
-#include <QVBoxLayout>
+#include <QScrollArea>
 
 namespace tg::shell {
 
@@ -95,9 +98,15 @@ InfoSettingsWidget::InfoSettingsWidget(Model& model, QWidget* parent)
     info_->setTextFormat(Qt::RichText);
     info_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     info_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(info_);
-    layout->addStretch(1);
+    // A Multi-Sample's settings sit beside its facts, one widget per settings key.
+    settings_ = new QScrollArea(this);
+    settings_->setObjectName(QStringLiteral("multiSampleSettings"));
+    settings_->setWidget(new SettingsForm(model_, settingKeys("msl")));
+    settings_->setWidgetResizable(true);
+    settings_->setFrameShape(QFrame::NoFrame);
+    auto* layout = new QHBoxLayout(this);
+    layout->addWidget(info_, 2);
+    layout->addWidget(settings_, 3);
     model_.addListener(this);
     setFocus(model_.currentProject() ? Focus::Project : Focus::None);
 }
@@ -122,6 +131,7 @@ void InfoSettingsWidget::setFocus(Focus focus)
         focus = Focus::MultiSample;
     focus_ = focus;
     setTitle(titleFor(focus_));
+    settings_->setVisible(focus_ == Focus::MultiSample);
     refresh();
 }
 

@@ -1,5 +1,6 @@
 // The info and settings panel: facts about what was selected last (a Project, a Multi-Sample
-// or a Key-Sample), under a title that names the kind of selection.
+// or a Key-Sample), under a title that names the kind of selection, and a Multi-Sample's
+// settings.
 #pragma once
 
 #include "core/ModelListener.h"
@@ -7,6 +8,7 @@
 #include <QGroupBox>
 
 class QLabel;
+class QScrollArea;
 
 namespace tg {
 class Model;
@@ -41,6 +43,7 @@ class InfoSettingsWidget : public QGroupBox, public TonegrabberModelListener {
     Model& model_;
     Focus focus_ = Focus::None;
     QLabel* info_ = nullptr;
+    QScrollArea* settings_ = nullptr;
 };
 
 } // namespace tg::shell

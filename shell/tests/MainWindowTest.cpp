@@ -123,6 +123,8 @@ TEST_F(MainWindowTest, SevenMenusHoldEveryEntryWithItsShortcut)
         EXPECT_TRUE(find("File", submenu) || find("Import/Export", submenu) ||
                     find("View", submenu))
             << submenu;
+    QAction* sf2 = find("Import/Export", "SoundFont2 (*.sf2)");
+    EXPECT_NE(sf2, nullptr) << "the export submenus list the formats";
 }
 
 TEST_F(MainWindowTest, EntriesWithoutAHandlerAreDisabledAndSaySo)

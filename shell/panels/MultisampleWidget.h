@@ -1,0 +1,31 @@
+// The Multi-Samples panel: the Multi-Samples of the current Project, the current one selected.
+#pragma once
+
+#include "shell/panels/ListPanel.h"
+
+namespace tg::shell {
+
+class MultisampleWidget : public ListPanel {
+    Q_OBJECT
+  public:
+    explicit MultisampleWidget(Model& model, QWidget* parent = nullptr);
+
+    void projectListChanged() override { refresh(); }
+    void currentProjectChanged(int) override { refresh(); }
+    void multiSampleListChanged() override { refresh(); }
+    void currentMultiSampleChanged(int) override { refresh(); }
+    void multiSampleChanged(int) override { refresh(); }
+
+  protected:
+    QStringList names() const override;
+    int currentRow() const override;
+    void selectRow(int row) override;
+    Result rename(int row, const QString& name) override;
+    Result duplicate() override;
+    Result removeCurrent() override;
+    Result moveUp() override;
+    Result moveDown() override;
+    QString deleteQuestion() const override;
+};
+
+} // namespace tg::shell

@@ -62,6 +62,7 @@ struct RecordOptions {
     std::string instrument; // instrument choice; empty: the one stored for the user
     bool semi = false;      // semi-automatic, also when the project was made with `new --semi`
     bool yes = false;       // semi-automatic without questions: every take is kept
+    int maxRecLength = 20;  // seconds: the longest semi-automatic take
 };
 
 // The log's line breaks are the dialog's (\r\n); a terminal wants plain ones.
@@ -290,6 +291,7 @@ int runRecord(const RecordOptions& options)
     RunOptions runOptions;
     runOptions.command = command;
     runOptions.automatic = !semi;
+    runOptions.maxRecLength = options.maxRecLength;
     runOptions.recordOnlyEmptyKeys = options.onlyEmpty;
     runOptions.keepLockedKeys = options.keepLocked;
     runOptions.verbose = options.verbose;
@@ -411,6 +413,11 @@ void addRecordCommands(CliApp& app)
     record->add_flag("--yes", options->yes,
                      "Semi-automatic without questions: every countdown starts at once and every "
                      "take is kept (standard input need not be a terminal)");
+    record
+        ->add_option("--max-rec-length", options->maxRecLength,
+                     "Max Rec Length: seconds after which a semi-automatic take stops by itself "
+                     "(default 20)")
+        ->check(CLI::Range(0, 1000));
 }
 
 } // namespace tg::cli

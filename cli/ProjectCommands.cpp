@@ -3,6 +3,7 @@
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
+#include "cli/RecordingMode.h"
 
 #include "core/Model.h"
 #include "core/NoteNames.h"
@@ -231,6 +232,10 @@ int runNew(NewOptions options)
     std::string message;
     if (!saveProject(*model.currentProject(), file.parent_path().string(), setup.name, message))
         return fail(message, false);
+    // The wizard records its new Project at once in the chosen mode; here the next `record`
+    // does, so the choice is kept until then.
+    if (!rememberSemiAutomatic(file.string(), options.semi, message))
+        return fail(message, false);
     std::cout << "Created " << file.string() << " with " << model.currentProject()->mslCount
               << " Multi-Sample(s).\n";
     return kExitOk;
@@ -283,7 +288,8 @@ void addProjectCommands(CliApp& app)
     made->add_option("--loop-start", s.loopStartPercent,
                      "Loop start in % of the sample: 30, 50, 70")
         ->check(CLI::IsMember({30, 50, 70}));
-    made->add_flag("--semi", options->semi, "Semi-automatic recording");
+    made->add_flag("--semi", options->semi,
+                   "Semi-automatic recording: `record` then asks about every take");
     made->add_flag("--plugin", s.pluginRecording, "Record the hosted instrument");
 }
 

@@ -1,8 +1,12 @@
-// `record`: the automatic recording run over real devices, with its log and progress on
-// stderr; Ctrl-C (or SIGTERM) stops it with the same stop sequence as the dialog's button.
+// `record`: the recording run over real devices or bounced from the hosted instrument,
+// automatic or semi-automatic (asking about every take in the terminal), with its log and
+// progress on stderr; Ctrl-C (or SIGTERM) stops it with the same stop sequence as the
+// dialog's button.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
+#include "cli/RecordingMode.h"
+#include "cli/SemiAutomaticSession.h"
 
 #include "core/IniKeys.h"
 #include "core/Model.h"
@@ -23,6 +27,8 @@
 
 #include <QCoreApplication>
 #include <QSettings>
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -54,6 +60,9 @@ struct RecordOptions {
     bool json = false;      // one JSON document on stdout: the takes and their health
     bool offline = false;   // bounce from the hosted instrument, no audio device
     std::string instrument; // instrument choice; empty: the one stored for the user
+    bool semi = false;      // semi-automatic, also when the project was made with `new --semi`
+    bool yes = false;       // semi-automatic without questions: every take is kept
+    int maxRecLength = 20;  // seconds: the longest semi-automatic take
 };
 
 // The log's line breaks are the dialog's (\r\n); a terminal wants plain ones.
@@ -144,6 +153,28 @@ void drive(RecordingRun& run, const RunClock& clock)
     }
 }
 
+// Runs the semi-automatic session over `run` (not yet opened) and returns why the run did
+// not get through every key (empty when it did).
+std::string recordSemiAutomatic(RecordingRun& run, const RunClock& clock,
+                                SkippingRunClock* skipping, bool yes,
+                                const StderrObserver& observer)
+{
+    if (!run.open().ok())
+        return observer.failure;
+    const bool completed = driveSemiAutomatic({run, clock, skipping, yes, &stopSignal});
+    if (run.failed())
+        return observer.failure;
+    return completed && run.finished() ? std::string() : std::string("Recording stopped.");
+}
+
+// Semi-automatic when asked for, or when a project was made for it.
+bool semiAutomaticRun(const RecordOptions& options)
+{
+    return options.semi ||
+           std::any_of(options.projects.begin(), options.projects.end(),
+                       [](const std::string& path) { return madeForSemiAutomatic(path); });
+}
+
 // Loads the project files into `model` and selects the first one (and the Multi-Sample).
 // Returns kExitOk, or the status of the failure (reported).
 int openProjects(Model& model, const RecordOptions& options)
@@ -204,6 +235,14 @@ int runRecord(const RecordOptions& options)
         std::cerr << "Bad argument: several project files need --scope all.\n";
         return kExitBadUsage;
     }
+    const bool semi = semiAutomaticRun(options);
+    if (semi && !options.yes && isatty(STDIN_FILENO) == 0) {
+        std::cerr << "Bad argument" << (options.semi ? " --semi" : "") << ": the semi-automatic run"
+                  << (options.semi ? "" : " (the project was made with new --semi)")
+                  << " asks on standard input about every take, and standard input is not a "
+                     "terminal; give --yes to keep every take without asking.\n";
+        return kExitBadUsage;
+    }
 
     // The hosted instrument: given here (and kept for the user), or the one kept last time.
     InstrumentSpec choice;
@@ -250,7 +289,8 @@ int runRecord(const RecordOptions& options)
     StderrObserver observer(options.quiet);
     RunOptions runOptions;
     runOptions.command = command;
-    runOptions.automatic = true;
+    runOptions.automatic = !semi;
+    runOptions.maxRecLength = options.maxRecLength;
     runOptions.recordOnlyEmptyKeys = options.onlyEmpty;
     runOptions.keepLockedKeys = options.keepLocked;
     runOptions.verbose = options.verbose;
@@ -260,8 +300,20 @@ int runRecord(const RecordOptions& options)
         OfflineTakeSource offline(choice);
         const auto begin = std::chrono::steady_clock::now();
         std::string failure;
-        if (!runOfflineRecording(model, runOptions, offline, observer, message))
+        if (semi) {
+            SkippingRunClock clock;
+            RecordingRun run(model, runOptions, offline, clock, observer);
+            stopSignal.store(0);
+            std::signal(SIGINT, onStopSignal);
+            std::signal(SIGTERM, onStopSignal);
+            failure = recordSemiAutomatic(run, clock, &clock, options.yes, observer);
+            std::signal(SIGINT, SIG_DFL);
+            std::signal(SIGTERM, SIG_DFL);
+            if (!offline.lastError().empty())
+                failure = offline.lastError();
+        } else if (!runOfflineRecording(model, runOptions, offline, observer, message)) {
             failure = message;
+        }
         const double wall =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
         // Every take was saved as it was made; this saves what a failure left changed.
@@ -295,7 +347,12 @@ int runRecord(const RecordOptions& options)
     std::signal(SIGINT, onStopSignal);
     std::signal(SIGTERM, onStopSignal);
     std::string failure;
-    if (!run.open().ok()) {
+    if (semi) {
+        failure = recordSemiAutomatic(run, clock, nullptr, options.yes, observer);
+        for (const RecordEntry& entry : run.recordList().entries)
+            if (!saveProjectAgain(*entry.project, message) && failure.empty())
+                failure = message;
+    } else if (!run.open().ok()) {
         failure = observer.failure;
     } else {
         run.start();
@@ -348,6 +405,18 @@ void addRecordCommands(CliApp& app)
     record->add_option("--instrument", options->instrument,
                        "Hosted instrument: PATH.sf2[?bank=B&preset=P&gain=G] or "
                        "lv2:URI[?symbol=value&...]; kept for the next time");
+    record->add_flag("--semi", options->semi,
+                     "Semi-automatic: Enter starts each countdown and stops the take, then keep "
+                     "(k), discard (d), name (n NAME) or prehear (p) it; also the mode of a "
+                     "project made with new --semi");
+    record->add_flag("--yes", options->yes,
+                     "Semi-automatic without questions: every countdown starts at once and every "
+                     "take is kept (standard input need not be a terminal)");
+    record
+        ->add_option("--max-rec-length", options->maxRecLength,
+                     "Max Rec Length: seconds after which a semi-automatic take stops by itself "
+                     "(default 20)")
+        ->check(CLI::Range(0, 1000));
 }
 
 } // namespace tg::cli

@@ -307,10 +307,13 @@ void RecordingRun::recordNote()
     armedMs_ = int64_t(std::llround(seconds * 1000.0));
     measuredNoteMs_ = 0.0;
     const TGmsl& msl = *list_.entries[entry_].msl;
-    if (!options_.automatic) {
+    OfflineNoteRenderer* renderer = source_.offlineRenderer();
+    if (!options_.automatic && renderer == nullptr) {
         state_ = State::Recording;
         startTimer(kRecordingTimer, kRecordingPollMs, false);
-    } else if (OfflineNoteRenderer* renderer = source_.offlineRenderer()) {
+    } else if (renderer != nullptr) {
+        // Bouncing plays the note itself, in either mode: a semi-automatic take is the
+        // Multi-Sample's note, bounced when the user starts it, and then checked as usual.
         OfflineNote offline;
         offline.note = note;
         offline.attackVelocity = msl.MIDIoutAttackVelocity;
@@ -320,7 +323,7 @@ void RecordingRun::recordNote()
         offline.releaseLength = releaseLength_;
         offline.leadIn = kNoteLeadIn;
         renderer->renderNote(offline);
-        state_ = State::Release;
+        state_ = options_.automatic ? State::Release : State::Recording;
         startTimer(kRecordingTimer, kRecordingPollMs, false);
     } else {
         state_ = State::Armed;

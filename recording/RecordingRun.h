@@ -118,6 +118,11 @@ class RecordingRun {
     bool failed() const { return failed_; } // ended by an error
     const RecordList& recordList() const { return list_; }
     int currentKey() const { return currentKey_; }
+    // The record-list entry of the current key (null before the first key and at the end).
+    const RecordEntry* currentEntry() const
+    {
+        return currentKey_ >= 0 && entry_ < list_.entries.size() ? &list_.entries[entry_] : nullptr;
+    }
     int keysDone() const { return done_; }
     int totalKeys() const { return list_.totalKeys; }
     double measuredNoteMs() const { return measuredNoteMs_; }

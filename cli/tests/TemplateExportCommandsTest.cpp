@@ -10,6 +10,7 @@
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -31,21 +32,6 @@ namespace {
 
 using tg::test::CommandRun;
 constexpr auto run = tg::test::runCli;
-
-// Runs a shell command with its output (stdout and stderr) in `output`; its exit status.
-int shell(const std::string& command, std::string* output = nullptr)
-{
-    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe)
-        return -1;
-    std::array<char, 4096> buffer{};
-    size_t got = 0;
-    while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
-        if (output)
-            output->append(buffer.data(), got);
-    const int status = pclose(pipe);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 std::string quoted(const std::string& path)
 {
@@ -132,7 +118,7 @@ TEST(TemplateExportCommand, OptionsReachTheExportersAndTheFilesLandWhereNamed)
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_EQ(r.err, "");
     std::string xml;
-    ASSERT_EQ(shell("unzip -p " + quoted(archive) + " multisample.xml", &xml), 0) << xml;
+    ASSERT_EQ(test::runCommand("unzip -p " + quoted(archive) + " multisample.xml", &xml), 0) << xml;
     for (const char* tag :
          {"<category>Keys</category>", "<creator>Tester</creator>", "<keyword>soft</keyword>"})
         EXPECT_NE(xml.find(tag), std::string::npos) << tag;

@@ -5,10 +5,8 @@
 #include "core/Message.h"
 #include "tests/support/TempDir.h"
 
-#include <array>
 #include <cstdio>
 #include <cstring>
-#include <sys/wait.h>
 
 namespace tg::test {
 
@@ -99,25 +97,6 @@ WavFileWriter wavFileWriter()
         return writeWav(path, sample.format, sample.audio, message,
                         sample.hasLoop ? &loop : nullptr);
     };
-}
-
-int runCommand(const std::string& command, std::string* output)
-{
-    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe)
-        return -1;
-    std::array<char, 4096> buffer{};
-    size_t got = 0;
-    while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
-        if (output)
-            output->append(buffer.data(), got);
-    const int status = pclose(pipe);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-bool haveProgram(const char* program)
-{
-    return runCommand(std::string("command -v ") + program + " >/dev/null") == 0;
 }
 
 } // namespace tg::test

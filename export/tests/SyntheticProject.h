@@ -46,9 +46,4 @@ public:
 // The program's WAV writer, with the loop and root key in `smpl` when the sample is looped.
 WavFileWriter wavFileWriter();
 
-// Runs a shell command; its exit status, or -1 when it could not run.
-int runCommand(const std::string& command, std::string* output = nullptr);
-// True when `program` is found on PATH.
-bool haveProgram(const char* program);
-
 } // namespace tg::test

@@ -4,6 +4,7 @@
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
 #include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -15,24 +16,9 @@
 #include <sstream>
 #include <string>
 
-#include <sys/wait.h>
 
 namespace tg::test {
 namespace {
-
-int runCommand(const std::string& command, std::string& output)
-{
-    output.clear();
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return -1;
-    char buffer[4096];
-    size_t got = 0;
-    while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        output.append(buffer, got);
-    const int status = pclose(pipe);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 // The first file path of each table row ("... /path/file.ext (12.3 MB)" or a bare path).
 std::vector<std::string> madeFiles(const std::string& table)
@@ -56,7 +42,7 @@ TEST(Demo, MakesTwoProjectsInThreeFormatsThatLoad)
     const std::string command = "TONEGRABBER_HOME='" + dir.file("home") +
                                 "' JACK_NO_START_SERVER=1 '" + TG_CLI_PATH + "' demo '" + out +
                                 "' --quiet 2>&1";
-    ASSERT_EQ(runCommand(command, table), 0) << table;
+    ASSERT_EQ(runCommand(command, &table), 0) << table;
     std::fprintf(stderr, "%s", table.c_str());
 
     const std::vector<std::string> files = madeFiles(table);
@@ -69,7 +55,7 @@ TEST(Demo, MakesTwoProjectsInThreeFormatsThatLoad)
         const std::string extension = std::filesystem::path(file).extension().string();
         std::string output;
         if (extension == ".multisample") {
-            EXPECT_EQ(runCommand("unzip -t '" + file + "' 2>&1", output), 0) << output;
+            EXPECT_EQ(runCommand("unzip -t '" + file + "'", &output), 0) << output;
             ++archives;
         } else if (extension == ".sf2") {
             InstrumentSpec choice;

@@ -7,6 +7,7 @@
 #include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ShellCommand.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -27,20 +28,6 @@ constexpr double kRate = 44100.0;
 // recording can be from the wall-clock time it was sent at.
 constexpr int64_t kJackPeriod = 1024;
 
-std::string runCommand(const std::string& command)
-{
-    std::string output;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return output;
-    char buffer[4096];
-    size_t got;
-    while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        output.append(buffer, got);
-    pclose(pipe);
-    return output;
-}
-
 bool contains(const nlohmann::json& list, const std::string& name)
 {
     return std::find(list.begin(), list.end(), name) != list.end();
@@ -48,7 +35,8 @@ bool contains(const nlohmann::json& list, const std::string& name)
 
 TEST(SoundChainDevices, CliListsTheSynthAsAudioInputAndMidiOutput)
 {
-    const std::string output = runCommand(std::string(TG_CLI_PATH) + " devices --json 2>/dev/null");
+    std::string output;
+    runCommand(std::string(TG_CLI_PATH) + " devices --json 2>/dev/null", &output);
     const nlohmann::json document = nlohmann::json::parse(output, nullptr, false);
     ASSERT_FALSE(document.is_discarded()) << output;
     EXPECT_TRUE(contains(document["audioIn"], kSynthAudioDevice)) << output;

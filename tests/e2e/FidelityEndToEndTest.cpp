@@ -3,17 +3,9 @@
 // FluidSynth. For a set of notes, sampled keys and keys between them, the re-rendered sound
 // must match the original preset's render: pitch within 0.5 %, level within 1 dB, and the
 // spectral distance is reported.
-#include "analysis/BatchAuto.h"
-#include "core/Model.h"
-#include "core/ProjectFile.h"
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
-#include "export/ExportAudioServices.h"
-#include "export/ExportFormats.h"
-#include "export/ExportRunner.h"
-#include "recording/OfflineTakeSource.h"
-#include "recording/ProjectSetup.h"
-#include "recording/RecordingRun.h"
+#include "tests/e2e/SampledSoundFont.h"
 #include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/TempDir.h"
 
@@ -26,7 +18,7 @@
 namespace tg::test {
 namespace {
 
-constexpr const char* kFont = "/usr/share/sounds/sf2/FluidR3_GM.sf2";
+constexpr const char* kFont = kGeneralMidiFont;
 constexpr double kRate = 44100.0;
 constexpr int kFftSize = 4096;
 
@@ -132,46 +124,10 @@ TEST_P(Fidelity, SampledSoundFontPresetPlaysBackLikeTheOriginal)
 {
     TempDir dir;
     Model model;
-    ProjectSetupRecord setup;
-    setup.name = "Fidelity";
-    setup.dataPath = dir.path();
-    setup.audioInDevice = kPluginDeviceName;
-    setup.midiOutDevice = kPluginDeviceName;
-    setup.pluginRecording = true;
-    setup.keyCount = 37; // 48..84
-    setup.velocityLayers = 1;
-    setup.keyStep = 6;
-    setup.noteLength = 2.0;
-    setup.releaseLength = 0.5f;
-    setup.autoLoop = true;
-    ASSERT_TRUE(createProjectFromSetup(model, setup).ok());
-    Project& project = *model.currentProject();
-    project.msl[0].MIDIoutAttackVelocity = 127;
-    std::string msg;
-    ASSERT_EQ(saveProject(project, dir.path(), "Fidelity", msg), 1) << msg;
+    sampleIntoSoundFont(model, dir.path(), {"Fidelity", GetParam(), 6, 0.5f});
+    ASSERT_FALSE(HasFatalFailure());
 
     const std::string original = std::string(kFont) + "?preset=" + std::to_string(GetParam());
-    InstrumentSpec choice;
-    ASSERT_EQ(parseInstrumentSpec(original, choice, msg), 1);
-    OfflineTakeSource source(choice);
-    RunObserver quiet;
-    RunOptions options;
-    options.command = kRecordSelectedProject;
-    options.recordOnlyEmptyKeys = false;
-    ASSERT_EQ(runOfflineRecording(model, options, source, quiet, msg), 1) << msg;
-    BatchAutoOptions autoOptions;
-    autoOptions.autoNote = true;
-    autoOptions.autoLoop = true;
-    ASSERT_EQ(batchAutoNoteLoop(
-                  project, KeyScope::Project, 0, autoOptions,
-                  [](const std::string&, double) { return true; }, msg),
-              1)
-        << msg;
-    ExportRequest request;
-    request.menuText = menuTextForShortKey("sf2");
-    request.destination = dir.file("Fidelity.sf2");
-    ASSERT_EQ(runExport(project, request, defaultExportServices(), msg), 1) << msg;
-
     // The takes already carry the original's gain, so the sampled bank would play at unity
     // gain, but its stereo Key-Samples are pairs panned hard left and right, and FluidSynth
     // plays a hard-panned voice at 0.707 of the sample (a centred one at 0.5 per side): the

@@ -11,17 +11,10 @@
 #include "analysis/PcmSamples.h"
 #include "analysis/Renderer.h"
 #include "audiofile/WavFile.h"
-#include "core/Model.h"
 #include "core/Names.h"
-#include "core/ProjectFile.h"
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
-#include "export/ExportAudioServices.h"
-#include "export/ExportFormats.h"
-#include "export/ExportRunner.h"
-#include "recording/OfflineTakeSource.h"
-#include "recording/ProjectSetup.h"
-#include "recording/RecordingRun.h"
+#include "tests/e2e/SampledSoundFont.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +26,7 @@
 namespace tg::test {
 namespace {
 
-constexpr const char* kFont = "/usr/share/sounds/sf2/FluidR3_GM.sf2";
+constexpr const char* kFont = kGeneralMidiFont;
 constexpr int32_t kRate = 44100;
 constexpr double kHoldSeconds = 6.0; // three times the sampled note
 
@@ -182,45 +175,10 @@ TEST_P(HeldLoops, SampledPresetHoldsEveryKeyWithoutClicks)
 {
     TempDir dir;
     Model model;
-    ProjectSetupRecord setup;
-    setup.name = "Held";
-    setup.dataPath = dir.path();
-    setup.audioInDevice = kPluginDeviceName;
-    setup.midiOutDevice = kPluginDeviceName;
-    setup.pluginRecording = true;
-    setup.keyCount = 37; // 48..84
-    setup.keyStep = 18;  // 48, 66, 84
-    setup.noteLength = 2.0;
-    setup.releaseLength = 0.3f;
-    setup.autoLoop = true;
-    ASSERT_TRUE(createProjectFromSetup(model, setup).ok());
-    Project& project = *model.currentProject();
-    project.msl[0].MIDIoutAttackVelocity = 127;
+    sampleIntoSoundFont(model, dir.path(), {"Held", GetParam(), 18, 0.3f}); // keys 48, 66, 84
+    ASSERT_FALSE(HasFatalFailure());
+    const Project& project = *model.currentProject();
     std::string msg;
-    ASSERT_EQ(saveProject(project, dir.path(), "Held", msg), 1) << msg;
-
-    InstrumentSpec choice;
-    ASSERT_EQ(parseInstrumentSpec(std::string(kFont) + "?preset=" + std::to_string(GetParam()),
-                                  choice, msg),
-              1);
-    OfflineTakeSource source(choice);
-    RunObserver quiet;
-    RunOptions options;
-    options.command = kRecordSelectedProject;
-    options.recordOnlyEmptyKeys = false;
-    ASSERT_EQ(runOfflineRecording(model, options, source, quiet, msg), 1) << msg;
-    BatchAutoOptions autoOptions;
-    autoOptions.autoNote = true;
-    autoOptions.autoLoop = true;
-    ASSERT_EQ(batchAutoNoteLoop(
-                  project, KeyScope::Project, 0, autoOptions,
-                  [](const std::string&, double) { return true; }, msg),
-              1)
-        << msg;
-    ExportRequest request;
-    request.menuText = menuTextForShortKey("sf2");
-    request.destination = dir.file("Held.sf2");
-    ASSERT_EQ(runExport(project, request, defaultExportServices(), msg), 1) << msg;
 
     InstrumentSpec sampledChoice;
     ASSERT_EQ(parseInstrumentSpec(dir.file("Held.sf2") + "?gain=1", sampledChoice, msg), 1);

@@ -2,6 +2,7 @@
 // SoundFont, saved as a preset, applied to a new project and recorded again, gives the same
 // Multi-Samples as the original.
 #include "tests/support/TempDir.h"
+#include "tests/support/ShellCommand.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -9,8 +10,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
-
-#include <sys/wait.h>
 
 namespace tg::test {
 namespace {
@@ -20,17 +19,9 @@ class PresetRecordCli : public ::testing::Test {
     int cli(const std::string& arguments, std::string& output)
     {
         output.clear();
-        const std::string command = "TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH +
-                                    "' " + arguments + " 2>&1";
-        FILE* pipe = popen(command.c_str(), "r");
-        if (pipe == nullptr)
-            return -1;
-        char buffer[4096];
-        size_t got = 0;
-        while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-            output.append(buffer, got);
-        const int status = pclose(pipe);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return runCommand("TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH + "' " +
+                              arguments,
+                          &output);
     }
 
     nlohmann::json multiSamples(const std::string& project)

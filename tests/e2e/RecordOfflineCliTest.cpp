@@ -2,6 +2,7 @@
 // new plug-in Project, the instrument kept for the next run, and the refusals.
 #include "audiofile/WavFile.h"
 #include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +12,6 @@
 #include <filesystem>
 #include <string>
 
-#include <sys/wait.h>
-
 namespace tg::test {
 namespace {
 
@@ -21,17 +20,9 @@ class RecordOfflineCli : public ::testing::Test {
     int cli(const std::string& arguments, std::string& output)
     {
         output.clear();
-        const std::string command = "TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH +
-                                    "' " + arguments + " 2>&1";
-        FILE* pipe = popen(command.c_str(), "r");
-        if (pipe == nullptr)
-            return -1;
-        char buffer[4096];
-        size_t got = 0;
-        while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-            output.append(buffer, got);
-        const int status = pclose(pipe);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return runCommand("TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH + "' " +
+                              arguments,
+                          &output);
     }
 
     void SetUp() override

@@ -2,6 +2,7 @@
 // runs on a pseudo-terminal, bouncing from the General MIDI SoundFont, and the test answers
 // its questions; and the same run with standard input from a pipe.
 #include "tests/support/TempDir.h"
+#include "tests/support/ShellCommand.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -56,17 +57,8 @@ class SemiAutomaticCli : public ::testing::Test {
     int cli(const std::string& arguments, std::string& output, const char* input = "/dev/null")
     {
         output.clear();
-        const std::string command =
-            "'" + std::string(TG_CLI_PATH) + "' " + arguments + " < " + input + " 2>&1";
-        FILE* pipe = popen(command.c_str(), "r");
-        if (pipe == nullptr)
-            return -1;
-        char buffer[4096];
-        size_t got = 0;
-        while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-            output.append(buffer, got);
-        const int status = pclose(pipe);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return runCommand("'" + std::string(TG_CLI_PATH) + "' " + arguments + " < " + input,
+                          &output);
     }
 
     // Starts `record` on a new pseudo-terminal.

@@ -4,6 +4,7 @@
 
 #include "export/tests/FurtherFormatsFixture.h"
 #include "export/tests/SyntheticProject.h"
+#include "tests/support/ShellCommand.h"
 
 #include <gtest/gtest.h>
 

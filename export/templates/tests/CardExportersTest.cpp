@@ -4,6 +4,7 @@
 #include "export/templates/QuantumExporter.h"
 
 #include "export/tests/SyntheticProject.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>

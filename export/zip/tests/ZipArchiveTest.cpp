@@ -2,6 +2,7 @@
 #include "export/zip/ZipArchive.h"
 
 #include "export/tests/SyntheticProject.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,24 @@
+// A General MIDI preset sampled the way a user would: a Project over the hosted SoundFont
+// instrument, recorded offline, auto-noted, auto-looped and exported as SoundFont 2.
+#pragma once
+
+#include "core/Model.h"
+
+#include <string>
+
+namespace tg::test {
+
+inline constexpr const char* kGeneralMidiFont = "/usr/share/sounds/sf2/FluidR3_GM.sf2";
+
+struct SampledPreset {
+    std::string name;          // of the Project and of the exported "<folder>/<name>.sf2"
+    int preset = 0;            // of the General MIDI font
+    int keyStep = 6;           // keys 48..84, every `keyStep`
+    float releaseLength = 0.5f;
+};
+
+// Fills `model` with the recorded Project in `folder` and writes "<folder>/<name>.sf2".
+// Fails the calling test (check HasFatalFailure) when a step fails.
+void sampleIntoSoundFont(Model& model, const std::string& folder, const SampledPreset& what);
+
+} // namespace tg::test

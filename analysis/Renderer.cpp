@@ -27,6 +27,14 @@ void copyFrames(const Source& src, std::vector<uint8_t>& buffer, int64_t to, int
                 int64_t count, int step)
 {
     const size_t align = src.format.nBlockAlign;
+    if (count <= 0)
+        return;
+    if (step == 1) { // the note and forward loops: one block copy
+        std::memcpy(buffer.data() + static_cast<size_t>(to) * align,
+                    src.data + static_cast<size_t>(from) * align,
+                    static_cast<size_t>(count) * align);
+        return;
+    }
     for (int64_t i = 0; i < count; ++i)
         std::memcpy(buffer.data() + static_cast<size_t>(to + i) * align,
                     src.data + static_cast<size_t>(from + step * i) * align, align);

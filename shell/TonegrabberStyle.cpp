@@ -19,6 +19,14 @@ TonegrabberStyle::TonegrabberStyle() : QProxyStyle(QStyleFactory::create(QString
 {
 }
 
+int TonegrabberStyle::styleHint(StyleHint hint, const QStyleOption* option,
+                                const QWidget* widget, QStyleHintReturn* returnData) const
+{
+    if (hint == SH_MenuBar_AltKeyNavigation)
+        return 1;
+    return QProxyStyle::styleHint(hint, option, widget, returnData);
+}
+
 void TonegrabberStyle::polish(QPalette& palette)
 {
     palette.setColor(QPalette::Window, kWindow);

@@ -13,6 +13,10 @@ class TonegrabberStyle : public QProxyStyle {
     TonegrabberStyle();
     void polish(QPalette& palette) override;
     using QProxyStyle::polish;
+    // Alt alone puts the focus on the menu bar, so every menu entry (many have no shortcut)
+    // can be reached from the keyboard.
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returnData) const override;
 };
 
 // The tool-tip sheet, shared with the checked-button sheet the panels use.

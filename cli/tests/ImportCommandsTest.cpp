@@ -54,16 +54,16 @@ class ImportCommands : public testing::Test {
             fs::create_directories(dir.file(folder));
         // A Multi-Sample of three looped stereo sines, saved as Source.TGprj. No crossfade:
         // the rendered note is the recording itself.
-        test::SavedProjectSpec spec;
-        spec.layers = {"Piano"};
-        spec.notes = {std::begin(kNotes), std::end(kNotes)};
-        spec.frames = 20000;
-        spec.channels = 2;
-        spec.noteIn = 300;
-        spec.loopIn = 6000;
-        spec.loopOut = 15999;
-        spec.dataPath = dir.file("src");
-        test::saveSineProject(dir.path(), "Source", spec, [](Project& project) {
+        test::SineProjectShape shape;
+        shape.layers = {"Piano"};
+        shape.notes = {std::begin(kNotes), std::end(kNotes)};
+        shape.frames = 20000;
+        shape.channels = 2;
+        shape.noteIn = 300;
+        shape.loopIn = 6000;
+        shape.loopOut = 15999;
+        shape.dataPath = dir.file("src");
+        test::saveSineProject(dir.path(), "Source", shape, [](Project& project) {
             copyText(project.msl[0].AudioInFormat, "44.1KHz, Stereo, 16bit");
             for (int note : kNotes)
                 project.msl[0].keys[note].xfadeLen = 0;

@@ -85,13 +85,13 @@ class ExportFlowTest : public ::testing::Test {
   protected:
     void SetUp() override
     {
-        test::SavedProjectSpec spec;
-        spec.notes = {60, 64};
-        spec.frames = 6000;
-        spec.noteIn = 200;
-        spec.loopIn = 1500;
-        spec.loopOut = 4999;
-        test::saveSineProject(dir.path(), "Menu", spec);
+        test::SineProjectShape shape;
+        shape.notes = {60, 64};
+        shape.frames = 6000;
+        shape.noteIn = 200;
+        shape.loopIn = 1500;
+        shape.loopOut = 4999;
+        test::saveSineProject(dir.path(), "Menu", shape);
         std::string message;
         ProjectLoadOutcome outcome;
         ASSERT_TRUE(loadProjects(model, dir.path(), {"Menu.TGprj"}, {}, outcome, message))

@@ -13,35 +13,35 @@
 namespace tg::test {
 
 std::string saveSineProject(const std::string& folder, const std::string& name,
-                            const SavedProjectSpec& spec,
+                            const SineProjectShape& shape,
                             const std::function<void(Project&)>& change)
 {
     auto project = std::make_unique<Project>();
     copyText(project->name, name.c_str());
-    copyText(project->dataPath, (spec.dataPath.empty() ? folder : spec.dataPath).c_str());
-    project->mslCount = int(spec.layers.size());
+    copyText(project->dataPath, (shape.dataPath.empty() ? folder : shape.dataPath).c_str());
+    project->mslCount = int(shape.layers.size());
     for (int m = 0; m < project->mslCount; ++m) {
         TGmsl& msl = project->msl[m];
-        copyText(msl.name, spec.layers[m].c_str());
-        for (int note : spec.notes) {
+        copyText(msl.name, shape.layers[m].c_str());
+        for (int note : shape.notes) {
             std::vector<uint8_t> data;
-            for (int i = 0; i < spec.frames; ++i)
-                for (int ch = 0; ch < spec.channels; ++ch) {
+            for (int i = 0; i < shape.frames; ++i)
+                for (int ch = 0; ch < shape.channels; ++ch) {
                     const int16_t v = int16_t((m + 1) * 5000 * std::sin(i * 0.03 + ch));
                     data.push_back(uint8_t(v & 0xFF));
                     data.push_back(uint8_t((v >> 8) & 0xFF));
                 }
             std::string message;
             EXPECT_TRUE(writeWav(keySampleFileName(*project, msl, note),
-                                 makeWaveFormat(44100, spec.channels, 16), data, message))
+                                 makeWaveFormat(44100, shape.channels, 16), data, message))
                 << message;
             TGmsl_key& key = msl.keys[note];
             key.keyState = 1;
-            key.Note_In = spec.noteIn;
-            key.Note_Out = spec.frames - 1;
+            key.Note_In = shape.noteIn;
+            key.Note_Out = shape.frames - 1;
             key.loopMode = 1;
-            key.Loop_In = spec.loopIn;
-            key.Loop_Out = spec.loopOut;
+            key.Loop_In = shape.loopIn;
+            key.Loop_Out = shape.loopOut;
         }
     }
     if (change)

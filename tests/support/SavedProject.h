@@ -10,7 +10,7 @@
 
 namespace tg::test {
 
-struct SavedProjectSpec {
+struct SineProjectShape {
     std::vector<std::string> layers = {"Soft", "Hard"}; // Multi-Sample names
     std::vector<int> notes = {60, 67};                  // recorded in every layer
     int frames = 8000;
@@ -24,7 +24,7 @@ struct SavedProjectSpec {
 // `folder`/`name`.TGprj; returns that path. Layer m sounds at
 // (m + 1) x 5000, so that layers can be told apart by level.
 std::string saveSineProject(const std::string& folder, const std::string& name,
-                            const SavedProjectSpec& spec = {},
+                            const SineProjectShape& shape = {},
                             const std::function<void(Project&)>& change = {});
 
 } // namespace tg::test

@@ -11,13 +11,14 @@
 #include "core/Names.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
+#include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
-#include <memory>
+#include <functional>
 
 using namespace tg;
 
@@ -34,42 +35,17 @@ class ExportCommand : public testing::Test {
         std::filesystem::create_directories(dir.file("out"));
     }
 
-    // Two layers with keys 60 and 67 recorded, saved as <name>.TGprj after `change`; returns
-    // the project file's path.
-    template <typename Change> std::string saveProjectNamed(const char* name, Change change)
+    // Two layers with keys 60 and 67 recorded within the key range 48-72, saved as
+    // <name>.TGprj after `change`; returns the project file's path.
+    std::string saveProjectNamed(const char* name, const std::function<void(Project&)>& change)
     {
-        auto project = std::make_unique<Project>();
-        copyText(project->name, name);
-        copyText(project->dataPath, dir.path().c_str());
-        project->mslCount = 2;
-        for (int m = 0; m < 2; ++m) {
-            TGmsl& msl = project->msl[m];
-            copyText(msl.name, m == 0 ? "Soft" : "Hard");
-            msl.KBrangeIn = 48;
-            msl.KBrangeOut = 72;
-            for (int note : {60, 67}) {
-                std::vector<uint8_t> data;
-                for (int i = 0; i < 8000; ++i) {
-                    const int16_t v = int16_t(6000 * std::sin(i * 0.03));
-                    data.push_back(uint8_t(v & 0xFF));
-                    data.push_back(uint8_t((v >> 8) & 0xFF));
-                }
-                std::string message;
-                EXPECT_TRUE(writeWav(keySampleFileName(*project, msl, note),
-                                     makeWaveFormat(44100, 1, 16), data, message));
-                TGmsl_key& key = msl.keys[note];
-                key.keyState = 1;
-                key.Note_In = 100;
-                key.Note_Out = 7999;
-                key.loopMode = 1;
-                key.Loop_In = 2000;
-                key.Loop_Out = 5999;
+        return test::saveSineProject(dir.path(), name, {}, [&](Project& project) {
+            for (int m = 0; m < 2; ++m) {
+                project.msl[m].KBrangeIn = 48;
+                project.msl[m].KBrangeOut = 72;
             }
-        }
-        change(*project);
-        std::string message;
-        EXPECT_TRUE(saveProject(*project, dir.path(), name, message)) << message;
-        return dir.file(std::string(name) + ".TGprj");
+            change(project);
+        });
     }
 
     test::TempDir dir;
@@ -148,9 +124,9 @@ double openingLoudness(const std::string& path, size_t frames)
 TEST_F(ExportCommand, RenderingFollowsTheUsersClickPopFadePreference)
 {
     const auto exportKey = [&](const std::string& prefix) {
-        const CommandRun r = run({"export", path, "--format", "wav", "--dest",
-                                  dir.file("out"), "--naming", prefix + "-<#mn#>",
-                                  "--multisamples", "0", "--quiet"});
+        const CommandRun r =
+            run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--naming",
+                 prefix + "-<#mn#>", "--multisamples", "0", "--quiet"});
         EXPECT_EQ(r.status, cli::kExitOk) << r.err;
         return openingLoudness(dir.file("out/" + prefix + "-060.wav"), 750);
     };

@@ -87,20 +87,6 @@ TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
     EXPECT_FALSE(note.loop.enabled);
 }
 
-TEST_F(ExportSfz, SampleFilesCarryTheRenderedLoop)
-{
-    tg::TGmsl_key& key = project->msl[0].keys[62];
-    key.loopMode = 1;
-    key.Note_In = 100;
-    key.Loop_In = 200;
-    key.Loop_Out = 399;
-    ASSERT_EQ(run(), 1) << message;
-    const auto& note = audio.written[dir.file("Piano-000-062-D4.wav")];
-    EXPECT_TRUE(note.loop.enabled);
-    EXPECT_EQ(note.loop.start, 100);
-    EXPECT_EQ(note.loop.end, 299);
-}
-
 TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
 {
     audio.failWritesTo = "Piano-001-060";

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -24,94 +25,84 @@ void present(TGmsl& msl, int note)
     msl.keys[note].keyState = 1;
 }
 
-void manual(TGmsl& msl, int note, int low, int high)
-{
-    present(msl, note);
-    msl.keys[note].mapLowFlag = 0;
-    msl.keys[note].mapHighFlag = 0;
-    msl.keys[note].mapLow = uint8_t(low);
-    msl.keys[note].mapHigh = uint8_t(high);
-}
-
 std::pair<int, int> range(const TGmsl& msl, int note)
 {
     return {msl.keys[note].mapLow, msl.keys[note].mapHigh};
 }
 
+// A present key; with `low` set it carries that manual range.
+struct Key {
+    int note;
+    int low = -1, high = -1;
+};
+struct Mapped {
+    int note, low, high;
+};
+struct Case {
+    const char* what;
+    int rangeLow, rangeHigh;
+    std::vector<Key> keys;
+    std::vector<Mapped> expected;
+};
+
+const Case kCases[] = {
+    {"a single automatic Key-Sample takes the whole key range", 36, 96, {{60}}, {{60, 36, 96}}},
+    {"an odd distance gives the upper Key-Sample the extra key",
+     60,
+     63,
+     {{60}, {63}},
+     {{60, 60, 61}, {63, 62, 63}}},
+    {"an even distance splits below the middle",
+     60,
+     64,
+     {{60}, {64}},
+     {{60, 60, 62}, {64, 63, 64}}},
+    {"three keys cover the range without gaps or overlaps",
+     48,
+     72,
+     {{50}, {55}, {67}},
+     {{50, 48, 52}, {55, 53, 61}, {67, 62, 72}}},
+    // The manual range reaches over both neighbours' own keys and is cut in pass one; the
+    // automatic neighbours end where it starts and ends.
+    {"a manual range reaching past a neighbour",
+     48,
+     72,
+     {{60, 40, 70}, {55}, {65}},
+     {{60, 56, 64}, {55, 48, 55}, {65, 65, 72}}},
+    // Pass one cuts 60's high end to 63 (below 64's own key); pass two cuts it again below
+    // 64's manual low end, and 64 keeps its low end just above it.
+    {"two overlapping manual ranges",
+     48,
+     72,
+     {{60, 58, 64}, {64, 61, 66}},
+     {{60, 58, 60}, {64, 61, 66}}},
+    {"an automatic end meets a manual neighbour",
+     48,
+     72,
+     {{50}, {60, 57, 61}},
+     {{50, 48, 56}, {60, 57, 61}}},
+};
+
 } // namespace
 
-TEST(KeyRangeMapping, SingleAutomaticKeySampleTakesTheWholeKeyRange)
+TEST(KeyRangeMapping, AutomaticAndManualRangesShareTheKeyRange)
 {
-    auto msl = layer(36, 96);
-    present(*msl, 60);
-    tg::mapKeyRanges(*msl);
-    EXPECT_EQ(range(*msl, 60), std::make_pair(36, 96));
-}
-
-TEST(KeyRangeMapping, OddDistanceGivesTheUpperKeySampleTheExtraKey)
-{
-    auto msl = layer(60, 63);
-    present(*msl, 60);
-    present(*msl, 63);
-    tg::mapKeyRanges(*msl);
-    EXPECT_EQ(range(*msl, 60), std::make_pair(60, 61));
-    EXPECT_EQ(range(*msl, 63), std::make_pair(62, 63));
-}
-
-TEST(KeyRangeMapping, EvenDistanceSplitsBelowTheMiddle)
-{
-    auto msl = layer(60, 64);
-    present(*msl, 60);
-    present(*msl, 64);
-    tg::mapKeyRanges(*msl);
-    EXPECT_EQ(range(*msl, 60), std::make_pair(60, 62));
-    EXPECT_EQ(range(*msl, 64), std::make_pair(63, 64));
-}
-
-TEST(KeyRangeMapping, ThreeKeysCoverTheRangeWithoutGapsOrOverlaps)
-{
-    auto msl = layer(48, 72);
-    for (int note : {50, 55, 67})
-        present(*msl, note);
-    tg::mapKeyRanges(*msl);
-    EXPECT_EQ(range(*msl, 50), std::make_pair(48, 52));
-    EXPECT_EQ(range(*msl, 55), std::make_pair(53, 61));
-    EXPECT_EQ(range(*msl, 67), std::make_pair(62, 72));
-}
-
-TEST(KeyRangeMapping, ManualRangeReachingPastANeighbourIsCutInPassOne)
-{
-    auto msl = layer(48, 72);
-    manual(*msl, 60, 40, 70); // reaches over both neighbours' own keys
-    present(*msl, 55);
-    present(*msl, 65);
-    tg::mapKeyRanges(*msl);
-    EXPECT_EQ(range(*msl, 60), std::make_pair(56, 64));
-    // The automatic neighbours end where the manual range starts and ends.
-    EXPECT_EQ(range(*msl, 55), std::make_pair(48, 55));
-    EXPECT_EQ(range(*msl, 65), std::make_pair(65, 72));
-}
-
-TEST(KeyRangeMapping, TwoOverlappingManualRangesAreCutInPassTwo)
-{
-    auto msl = layer(48, 72);
-    manual(*msl, 60, 58, 64); // its high end overlaps the next one's low end
-    manual(*msl, 64, 61, 66);
-    tg::mapKeyRanges(*msl);
-    // Pass 1 cuts 60's high to 63 (below 64's own key); pass 2 cuts it again below 64's
-    // manual low end, and 64 keeps its low end just above it.
-    EXPECT_EQ(range(*msl, 60), std::make_pair(58, 60));
-    EXPECT_EQ(range(*msl, 64), std::make_pair(61, 66));
-}
-
-TEST(KeyRangeMapping, AutomaticEndMeetsAManualNeighbour)
-{
-    auto msl = layer(48, 72);
-    present(*msl, 50);
-    manual(*msl, 60, 57, 61);
-    tg::mapKeyRanges(*msl);
-    EXPECT_EQ(range(*msl, 50), std::make_pair(48, 56));
-    EXPECT_EQ(range(*msl, 60), std::make_pair(57, 61));
+    for (const Case& c : kCases) {
+        SCOPED_TRACE(c.what);
+        auto msl = layer(c.rangeLow, c.rangeHigh);
+        for (const Key& key : c.keys) {
+            present(*msl, key.note);
+            if (key.low >= 0) {
+                msl->keys[key.note].mapLowFlag = 0;
+                msl->keys[key.note].mapHighFlag = 0;
+                msl->keys[key.note].mapLow = uint8_t(key.low);
+                msl->keys[key.note].mapHigh = uint8_t(key.high);
+            }
+        }
+        tg::mapKeyRanges(*msl);
+        for (const Mapped& m : c.expected)
+            EXPECT_EQ(range(*msl, m.note), std::make_pair(m.low, m.high)) << "key " << m.note;
+    }
 }
 
 TEST(KeyRangeMapping, KeysOutsideTheKeyRangeAndAbsentKeysAreLeftAlone)

@@ -57,15 +57,37 @@ class RunFixture : public ::testing::Test {
     TGmsl& layer(int i) { return project().msl[i]; }
     std::string data() const { return folder.file("samples"); }
 
-    std::unique_ptr<RecordingRun> makeRun(RunOptions options = {})
+    void selectKeys(std::initializer_list<int> notes, int layerIndex = 0)
     {
+        for (int note : notes)
+            layer(layerIndex).keys[note].keyState = 1;
+    }
+
+    // Saves the Project, then opens and starts a run on `takes`.
+    std::unique_ptr<RecordingRun> startRun(RunOptions options = {}, TakeSource* takes = nullptr)
+    {
+        save();
         options.verbose = verbose;
-        auto run = std::make_unique<RecordingRun>(model, options, source, clock, observer);
+        auto run = std::make_unique<RecordingRun>(model, options, takes ? *takes : source, clock,
+                                                  observer);
+        EXPECT_TRUE(run->open().ok());
+        run->start();
         return run;
+    }
+
+    // The first Multi-Sample as the saved project file holds it.
+    const TGmsl& savedLayer()
+    {
+        ProjectLoadOutcome outcome;
+        std::string message;
+        EXPECT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, {}, outcome, message), 1)
+            << message;
+        return reloaded.project(0).msl[0];
     }
 
     TempDir folder;
     Model model;
+    Model reloaded;
     FakeClock clock;
     FakeTakeSource source{clock};
     RecordingObserver observer;
@@ -75,11 +97,8 @@ class RunFixture : public ::testing::Test {
 TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
 {
     addLayer("Soft", 2);
-    layer(0).keys[60].keyState = 1;
-    save();
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    selectKeys({60});
+    auto run = startRun();
     EXPECT_EQ(run->state(), RecordingRun::State::Countdown);
     const int64_t startMs = clock.now;
     runUntil(*run, clock, startMs + 1000 + 400); // countdown of 1 s, then armed
@@ -124,12 +143,9 @@ TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
 TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
+    selectKeys({60});
     layer(0).recordsettings.recpause = 3.5;
-    save();
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     runUntil(*run, clock, clock.now + 3400);
     EXPECT_EQ(observer.lines,
               (std::vector<std::string>{
@@ -144,12 +160,9 @@ TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
 TEST_F(RunFixture, ReleaseZeroPutsTheReleaseAtTheLastFrame)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
+    selectKeys({60});
     layer(0).recordsettings.releaselength1 = 0.0;
-    save();
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     runToEnd(*run, clock);
     const TGmsl_key& key = layer(0).keys[60];
     const int32_t lastFrame = 2 * 44100 + 22050 - 1;
@@ -163,13 +176,10 @@ TEST_F(RunFixture, ReleaseZeroPutsTheReleaseAtTheLastFrame)
 TEST_F(RunFixture, TakeWithoutANoteKeepsTheWholeRecording)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
+    selectKeys({60});
     layer(0).recordsettings.releaselength1 = 0.0;
-    save();
     source.silent = true;
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     runToEnd(*run, clock);
     const TGmsl_key& key = layer(0).keys[60];
     EXPECT_EQ(key.Note_In, 0);
@@ -181,15 +191,12 @@ TEST_F(RunFixture, KeyAfter127IsKeyZeroOfTheNextMultiSample)
 {
     addLayer("Soft", 0);
     addLayer("Loud", 1);
-    layer(0).keys[127].keyState = 1;
+    selectKeys({127});
     layer(1).keys[0].keyState = 1;
-    save();
     RunOptions options;
     options.command = kRecordSelectedProject;
-    auto run = makeRun(options);
-    ASSERT_TRUE(run->open().ok());
+    auto run = startRun(options);
     EXPECT_EQ(run->totalKeys(), 2);
-    run->start();
     runToEnd(*run, clock);
     ASSERT_TRUE(run->finished());
     std::vector<Bytes> noteOns;
@@ -208,13 +215,9 @@ TEST_F(RunFixture, KeyAfter127IsKeyZeroOfTheNextMultiSample)
 TEST_F(RunFixture, KeysWithAudioAreSkippedWhenOnlyEmptyKeysAreRecorded)
 {
     addLayer("Soft");
-    layer(0).keys[48].keyState = 1;
-    layer(0).keys[60].keyState = 1;
+    selectKeys({48, 60});
     layer(0).keys[48].hasAudio = 1;
-    save();
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     runToEnd(*run, clock);
     EXPECT_TRUE(observer.logged("Skipping NOTE 48 (C3)"));
     EXPECT_EQ(source.armedSeconds.size(), 1u);
@@ -226,18 +229,15 @@ TEST_F(RunFixture, KeysWithAudioAreSkippedWhenOnlyEmptyKeysAreRecorded)
 TEST_F(RunFixture, LockedKeysAreKeptOnlyWithTheLockOption)
 {
     addLayer("Soft");
-    layer(0).keys[48].keyState = 1;
+    selectKeys({48});
     layer(0).keys[48].hasAudio = 1;
     layer(0).keys[48].locked = 1;
-    layer(0).keys[60].keyState = 1;
+    selectKeys({60});
     layer(0).keys[60].hasAudio = 1;
-    save();
     RunOptions options;
     options.recordOnlyEmptyKeys = false;
     options.keepLockedKeys = true;
-    auto run = makeRun(options);
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun(options);
     runToEnd(*run, clock);
     EXPECT_TRUE(observer.logged("Skipping NOTE 48 (C3)"));
     EXPECT_FALSE(observer.logged("Skipping NOTE 60 (C4)"));
@@ -248,12 +248,8 @@ TEST_F(RunFixture, LockedKeysAreKeptOnlyWithTheLockOption)
 TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
 {
     addLayer("Soft", 5);
-    layer(0).keys[60].keyState = 1;
-    layer(0).keys[62].keyState = 1;
-    save();
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    selectKeys({60, 62});
+    auto run = startRun();
     runUntil(*run, clock, clock.now + 1000 + 1500); // one second into the note
     ASSERT_EQ(run->state(), RecordingRun::State::NoteSounding);
     source.history.clear();
@@ -270,13 +266,9 @@ TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
 TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedOnceMoreThenTheRunStops)
 {
     addLayer("Soft", 1);
-    layer(0).keys[60].keyState = 1;
-    layer(0).keys[62].keyState = 1;
-    save();
+    selectKeys({60, 62});
     source.droppingTakes = 1;
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     while (run->keysDone() < 1 && !run->finished())
         runUntil(*run, clock, clock.now + 100);
     // The first take of key 60 was refused and the key recorded again, after its countdown.
@@ -314,24 +306,14 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedOnceMoreThenTheRunStops)
 TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
-    layer(0).keys[72].keyState = 1;
-    save();
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    selectKeys({60, 72});
+    auto run = startRun();
     // Until the second key's countdown: the first take is done, the second not begun.
     while (run->keysDone() < 1)
         runUntil(*run, clock, clock.now + 100);
     run->stop();
 
-    Model reloaded;
-    ProjectLoadOptions options;
-    ProjectLoadOutcome outcome;
-    std::string message;
-    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
-        << message;
-    const TGmsl& soft = reloaded.project(0).msl[0];
+    const TGmsl& soft = savedLayer();
     EXPECT_EQ(soft.keys[60].hasAudio, 1);
     EXPECT_EQ(soft.keys[72].hasAudio, 0);
     EXPECT_EQ(soft.keys[60].Note_In, layer(0).keys[60].Note_In);
@@ -341,15 +323,11 @@ TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
 TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
-    layer(0).keys[72].keyState = 1;
-    save();
+    selectKeys({60, 72});
     // A folder where the second take's file would go: the finished file cannot take its place.
     const std::string second = keySampleFileName(project(), layer(0), 72);
     std::filesystem::create_directories(second);
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     runToEnd(*run, clock);
     ASSERT_TRUE(run->finished());
     EXPECT_TRUE(run->failed());
@@ -359,25 +337,15 @@ TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
     EXPECT_TRUE(std::filesystem::is_directory(second));
     // The stop sequence ran.
     EXPECT_EQ(source.history.back().bytes, (Bytes{0xB0, 123, 0}));
-
-    Model reloaded;
-    ProjectLoadOptions options;
-    ProjectLoadOutcome outcome;
-    std::string message;
-    ASSERT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, options, outcome, message), 1)
-        << message;
-    EXPECT_EQ(reloaded.project(0).msl[0].keys[60].hasAudio, 1);
+    EXPECT_EQ(savedLayer().keys[60].hasAudio, 1);
 }
 
 TEST_F(RunFixture, DevicesThatCannotOpenEndTheRunWithTheirMessage)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
-    save();
+    selectKeys({60});
     source.failPrepare = true;
-    auto run = makeRun();
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun();
     EXPECT_TRUE(run->finished());
     EXPECT_EQ(observer.boxes, (std::vector<std::string>{"Error: Invalid device"}));
     EXPECT_TRUE(source.armedSeconds.empty());
@@ -388,12 +356,9 @@ TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
     addLayer("Soft");
     copyText(layer(0).AudioInDevice, "fluidsynth");
     copyText(layer(0).AudioInFormat, "44.1KHz, Stereo, 16bit");
-    layer(0).keys[60].keyState = 1;
+    selectKeys({60});
     layer(0).recordsettings.autoloop = 1;
-    save();
-    auto quiet = makeRun();
-    ASSERT_TRUE(quiet->open().ok());
-    quiet->start();
+    auto quiet = startRun();
     runToEnd(*quiet, clock);
     EXPECT_TRUE(observer.logged("Loop Detection - This may take a bit..."));
     EXPECT_FALSE(observer.logged("       setting loop-Out"));
@@ -404,9 +369,7 @@ TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
     verbose = true;
     RunOptions options;
     options.recordOnlyEmptyKeys = false;
-    auto loud = makeRun(options);
-    ASSERT_TRUE(loud->open().ok());
-    loud->start();
+    auto loud = startRun(options);
     runToEnd(*loud, clock);
     EXPECT_TRUE(observer.logged("       setting loop-Out"));
     EXPECT_TRUE(observer.logged("Opening Audio In Device \"fluidsynth\"\r\nwith \"44.1KHz, "
@@ -421,15 +384,11 @@ TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
 TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
 {
     addLayer("Soft");
-    layer(0).keys[60].keyState = 1;
-    layer(0).keys[62].keyState = 1;
-    save();
+    selectKeys({60, 62});
     RunOptions options;
     options.automatic = false;
     options.maxRecLength = 2;
-    auto run = makeRun(options);
-    ASSERT_TRUE(run->open().ok());
-    run->start();
+    auto run = startRun(options);
     EXPECT_EQ(run->state(), RecordingRun::State::Waiting);
     // A stop before the countdown ended just waits again.
     run->startCountdown();
@@ -461,12 +420,6 @@ TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
     EXPECT_EQ(run->keysDone(), 1);
 }
 
-} // namespace
-} // namespace tg::test
-
-namespace tg::test {
-namespace {
-
 // The fake keeps recording for ever: the run must not poll for ever.
 class StalledSource : public FakeTakeSource {
   public:
@@ -474,43 +427,25 @@ class StalledSource : public FakeTakeSource {
     bool isRecording() override { return true; }
 };
 
-TEST(StalledInput, RunEndsWhenTheTakeNeverCompletes)
+TEST_F(RunFixture, RunEndsWhenTheTakeNeverCompletes)
 {
-    TempDir folder;
-    Model model;
-    ASSERT_TRUE(model.newProject().ok());
-    ASSERT_TRUE(model.addMultiSample().ok());
-    Project& p = *model.currentProject();
-    copyText(p.name, "P");
-    copyText(p.dataPath, folder.path().c_str());
-    p.msl[0].keys[60].keyState = 1;
-    p.msl[0].KBrangeIn = 0;
-    p.msl[0].KBrangeOut = 127;
-    FakeClock clock;
-    StalledSource source(clock);
-    RecordingObserver observer;
-    RecordingRun run(model, RunOptions{}, source, clock, observer);
-    ASSERT_TRUE(run.open().ok());
-    run.start();
-    runToEnd(run, clock, 60 * 1000);
-    EXPECT_TRUE(run.finished());
-    EXPECT_TRUE(run.failed());
+    addLayer("Soft");
+    selectKeys({60});
+    StalledSource stalled(clock);
+    auto run = startRun({}, &stalled);
+    runToEnd(*run, clock, 60 * 1000);
+    EXPECT_TRUE(run->finished());
+    EXPECT_TRUE(run->failed());
     EXPECT_EQ(observer.boxes, (std::vector<std::string>{
                                   "Error: The audio input stopped delivering audio before the "
                                   "take was complete."}));
 }
 
-} // namespace
-} // namespace tg::test
-
-namespace tg::test {
-namespace {
-
 // An instrument that renders each note at once: the take is complete as soon as it is
 // handed over, and its sound starts exactly at the lead-in.
 class OfflineSource : public FakeTakeSource, public OfflineNoteRenderer {
   public:
-    explicit OfflineSource(const FakeClock& clock) : FakeTakeSource(clock), clock_(clock) {}
+    using FakeTakeSource::FakeTakeSource;
     OfflineNoteRenderer* offlineRenderer() override { return this; }
     bool isRecording() override { return false; }
     void renderNote(const OfflineNote& note) override
@@ -520,53 +455,36 @@ class OfflineSource : public FakeTakeSource, public OfflineNoteRenderer {
         const int64_t armedAt = armedAtMs.back();
         sent.push_back({armedAt + int64_t(note.leadIn * 1000), {0x90, 0, 0}});
         sent.push_back({armedAt + int64_t((note.leadIn + note.noteLength) * 1000), {0x80, 0, 0}});
-        (void)clock_;
     }
     void resetNoteState() override { ++resets; }
 
     std::vector<OfflineNote> notes;
     int resets = 0;
-
-  private:
-    const FakeClock& clock_;
 };
 
-TEST(OfflineBounce, NotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNoteLength)
+TEST_F(RunFixture, OfflineNotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNoteLength)
 {
-    TempDir folder;
-    Model model;
-    ASSERT_TRUE(model.newProject().ok());
-    ASSERT_TRUE(model.addMultiSample().ok());
-    Project& p = *model.currentProject();
-    copyText(p.name, "Bounce");
-    copyText(p.dataPath, folder.path().c_str());
-    TGmsl& msl = p.msl[0];
-    msl.keys[64].keyState = 1;
-    msl.KBrangeIn = 0;
-    msl.KBrangeOut = 127;
-    msl.MIDIoutChannel = 3;
+    addLayer("Soft", 3);
+    selectKeys({64});
+    TGmsl& msl = layer(0);
     msl.MIDIoutAttackVelocity = 90;
     msl.MIDIoutReleaseVelocity = 30;
     msl.recordsettings.notelength1 = 1.0;
     msl.recordsettings.releaselength1 = 0.5;
     msl.recordsettings.recpause = 3.5; // no pause when bouncing
     msl.recordsettings.latency = 21;
-    FakeClock clock;
-    OfflineSource source(clock);
-    source.latencyFrames = 0;
-    RecordingObserver observer;
-    RecordingRun run(model, RunOptions{}, source, clock, observer);
-    ASSERT_TRUE(run.open().ok());
+    OfflineSource offline(clock);
+    offline.latencyFrames = 0;
     const int64_t start = clock.now;
-    run.start();
-    runToEnd(run, clock);
-    ASSERT_TRUE(run.finished());
-    EXPECT_FALSE(run.failed());
+    auto run = startRun({}, &offline);
+    runToEnd(*run, clock);
+    ASSERT_TRUE(run->finished());
+    EXPECT_FALSE(run->failed());
     EXPECT_TRUE(observer.logged("recording starts in 0 second(s)"));
-    ASSERT_EQ(source.armedAtMs.size(), 1u);
-    EXPECT_EQ(source.armedAtMs[0], start + 50); // the first countdown tick
-    ASSERT_EQ(source.notes.size(), 1u);
-    const OfflineNote& note = source.notes[0];
+    ASSERT_EQ(offline.armedAtMs.size(), 1u);
+    EXPECT_EQ(offline.armedAtMs[0], start + 50); // the first countdown tick
+    ASSERT_EQ(offline.notes.size(), 1u);
+    const OfflineNote& note = offline.notes[0];
     EXPECT_EQ(note.note, 64);
     EXPECT_EQ(note.attackVelocity, 90);
     EXPECT_EQ(note.releaseVelocity, 30);
@@ -575,9 +493,9 @@ TEST(OfflineBounce, NotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNoteLengt
     EXPECT_DOUBLE_EQ(note.releaseLength, 0.5);
     EXPECT_DOUBLE_EQ(note.leadIn, 0.5);
     // Only the stop sequence went out as MIDI; the renderer's note state was reset.
-    EXPECT_EQ(source.history.size(), 1u);
-    EXPECT_EQ(source.history[0].bytes, (std::vector<uint8_t>{0xB3, 123, 0}));
-    EXPECT_EQ(source.resets, 1);
+    EXPECT_EQ(offline.history.size(), 1u);
+    EXPECT_EQ(offline.history[0].bytes, (std::vector<uint8_t>{0xB3, 123, 0}));
+    EXPECT_EQ(offline.resets, 1);
     // The note end comes from the note length itself, less the latency setting.
     const TGmsl_key& key = msl.keys[64];
     EXPECT_NEAR(key.Note_In, 22050, 3);

@@ -5,14 +5,13 @@
 #include "shell/dialogs/ExportNamingDialog.h"
 #include "shell/dialogs/ExportSettingsDialog.h"
 
-#include "audiofile/WavFile.h"
 #include "core/Message.h"
 #include "core/Model.h"
-#include "core/Names.h"
 #include "core/ProjectFile.h"
 #include "export/ExportFormats.h"
 #include "shell/ActionTable.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
 #include <QAction>
@@ -27,7 +26,6 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <filesystem>
 #include <map>
 
@@ -87,34 +85,14 @@ class ExportFlowTest : public ::testing::Test {
   protected:
     void SetUp() override
     {
-        auto project = std::make_unique<Project>();
-        copyText(project->name, "Menu");
-        copyText(project->dataPath, dir.path().c_str());
-        project->mslCount = 2;
-        for (int m = 0; m < 2; ++m) {
-            TGmsl& msl = project->msl[m];
-            copyText(msl.name, m == 0 ? "Soft" : "Hard");
-            for (int note : {60, 64}) {
-                std::vector<uint8_t> data;
-                for (int i = 0; i < 6000; ++i) {
-                    const int16_t v = int16_t((m + 1) * 5000 * std::sin(i * 0.05));
-                    data.push_back(uint8_t(v & 0xFF));
-                    data.push_back(uint8_t((v >> 8) & 0xFF));
-                }
-                std::string message;
-                ASSERT_TRUE(writeWav(keySampleFileName(*project, msl, note),
-                                     makeWaveFormat(44100, 1, 16), data, message));
-                TGmsl_key& key = msl.keys[note];
-                key.keyState = 1;
-                key.Note_In = 200;
-                key.Note_Out = 5999;
-                key.loopMode = 1;
-                key.Loop_In = 1500;
-                key.Loop_Out = 4999;
-            }
-        }
+        test::SineProjectShape shape;
+        shape.notes = {60, 64};
+        shape.frames = 6000;
+        shape.noteIn = 200;
+        shape.loopIn = 1500;
+        shape.loopOut = 4999;
+        test::saveSineProject(dir.path(), "Menu", shape);
         std::string message;
-        ASSERT_TRUE(saveProject(*project, dir.path(), "Menu", message)) << message;
         ProjectLoadOutcome outcome;
         ASSERT_TRUE(loadProjects(model, dir.path(), {"Menu.TGprj"}, {}, outcome, message))
             << message;

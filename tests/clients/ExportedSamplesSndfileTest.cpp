@@ -218,21 +218,6 @@ TEST_F(ExportedSamples, AbortAfterTheSecondKeyLeavesTheProjectAsItWas)
     EXPECT_FALSE(std::filesystem::exists(out + "/Soft-067.wav"));
 }
 
-TEST_F(ExportedSamples, WriteFailureLeavesTheProjectAsItWas)
-{
-    const std::string before = markers();
-    const std::string audioBefore = recordings();
-    // A regular file where the destination folder should be: nothing can be written below it.
-    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("blocked"), "x"));
-    EXPECT_EQ(tg::TGexport_WavFiles(dir.file("blocked"), "<#mn#>", project.get(), {0, 1}, kSettings,
-                                    true, message, services),
-              0);
-    EXPECT_EQ(message.rfind("TGexport_WavFiles():\n\n", 0), 0u) << message;
-    EXPECT_NE(message.find("060.wav"), std::string::npos) << message;
-    EXPECT_EQ(markers(), before);
-    EXPECT_EQ(recordings(), audioBefore);
-}
-
 TEST_F(ExportedSamples, FullDiskLeavesTheProjectAsItWas)
 {
     const std::string before = markers();

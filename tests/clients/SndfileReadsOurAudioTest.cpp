@@ -68,96 +68,74 @@ void expectSameSamples(SNDFILE* file, const WaveFormat& f, const std::vector<uin
 
 } // namespace
 
-TEST(SndfileReadsOurWav, FramesAndSamplesOfEveryDepthAndChannelCount)
+// What differs between the two containers: how we write them and what libsndfile reports.
+struct Container {
+    const char* file;
+    int type;
+    int eightBitSubtype;
+    bool keyRange; // AIFF's instrument chunk carries the key and velocity ranges
+};
+
+bool writeLooped(const Container& c, const std::string& path, const WaveFormat& format,
+                 const std::vector<uint8_t>& audio, bool withLoop)
 {
-    test::TempDir dir;
-    for (uint16_t bits : {8, 16, 24}) {
-        for (uint16_t channels : {1, 2}) {
-            for (bool withLoop : {false, true}) {
-                SCOPED_TRACE(testing::Message()
-                             << bits << " bit, " << channels << " ch, loop " << withLoop);
-                const WaveFormat format = makeWaveFormat(48000, channels, bits);
-                const int32_t frames = 1001; // odd: 8-bit mono data has no pad byte
-                const auto audio = noise(static_cast<size_t>(frames) * format.nBlockAlign, bits);
-                const std::string path = dir.file("sf.wav");
-                WavLoopInfo loop{123, 876, 62};
-                std::string message;
-                ASSERT_EQ(writeWav(path, format, audio, message, withLoop ? &loop : nullptr), 1);
-
-                Opened o = openWithSndfile(path);
-                ASSERT_TRUE(o.file) << sf_strerror(nullptr);
-                EXPECT_EQ(o.info.frames, frames);
-                EXPECT_EQ(o.info.channels, channels);
-                EXPECT_EQ(o.info.samplerate, 48000);
-                EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_WAV);
-                const int subtype = bits == 8    ? SF_FORMAT_PCM_U8
-                                    : bits == 16 ? SF_FORMAT_PCM_16
-                                                 : SF_FORMAT_PCM_24;
-                EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
-                expectSameSamples(o.file.get(), format, audio, frames);
-
-                SF_INSTRUMENT inst{};
-                const bool hasInstrument =
-                    sf_command(o.file.get(), SFC_GET_INSTRUMENT, &inst, sizeof inst) == SF_TRUE;
-                EXPECT_EQ(hasInstrument, withLoop);
-                if (hasInstrument) {
-                    EXPECT_EQ(inst.basenote, 62);
-                    ASSERT_EQ(inst.loop_count, 1);
-                    EXPECT_EQ(inst.loops[0].mode, SF_LOOP_FORWARD);
-                    EXPECT_EQ(inst.loops[0].start, 123u);
-                    // libsndfile reports the end one past our inclusive last loop frame.
-                    EXPECT_EQ(inst.loops[0].end, 877u);
-                }
-            }
-        }
+    std::string message;
+    if (c.type == SF_FORMAT_WAV) {
+        WavLoopInfo loop{40, 699, 65};
+        return writeWav(path, format, audio, message, withLoop ? &loop : nullptr) == 1;
     }
+    AiffKeyRecord key{65, 60, 70, 1, 127, "Flute F4"};
+    return writeAiff(path, format, audio.data(), static_cast<int32_t>(audio.size()),
+                     withLoop ? 40 : 0, withLoop ? 700 : 0, key, message) == 1;
 }
 
-TEST(SndfileReadsOurAiff, FramesSamplesLoopAndBaseNote)
+TEST(SndfileReadsOurAudio, FramesSamplesLoopAndBaseNoteOfEveryDepthAndChannelCount)
 {
     test::TempDir dir;
-    for (uint16_t bits : {8, 16, 24}) {
-        for (uint16_t channels : {1, 2}) {
-            for (bool withLoop : {false, true}) {
-                SCOPED_TRACE(testing::Message()
-                             << bits << " bit, " << channels << " ch, loop " << withLoop);
-                const WaveFormat format = makeWaveFormat(44100, channels, bits);
-                const int32_t frames = 777;
-                const auto audio =
-                    noise(static_cast<size_t>(frames) * format.nBlockAlign, bits + 100);
-                const std::string path = dir.file("sf.aif");
-                AiffKeyRecord key{65, 60, 70, 1, 127, "Flute F4"};
-                std::string message;
-                ASSERT_EQ(writeAiff(path, format, audio.data(), static_cast<int32_t>(audio.size()),
-                                    withLoop ? 40 : 0, withLoop ? 700 : 0, key, message),
-                          1);
+    for (const Container& c : {Container{"sf.wav", SF_FORMAT_WAV, SF_FORMAT_PCM_U8, false},
+                               Container{"sf.aif", SF_FORMAT_AIFF, SF_FORMAT_PCM_S8, true}}) {
+        for (uint16_t bits : {8, 16, 24}) {
+            for (uint16_t channels : {1, 2}) {
+                for (bool withLoop : {false, true}) {
+                    SCOPED_TRACE(testing::Message() << c.file << ", " << bits << " bit, "
+                                                    << channels << " ch, loop " << withLoop);
+                    const WaveFormat format = makeWaveFormat(48000, channels, bits);
+                    const int32_t frames = 1001; // odd: 8-bit mono WAV data has no pad byte
+                    const auto audio =
+                        noise(static_cast<size_t>(frames) * format.nBlockAlign, bits + channels);
+                    const std::string path = dir.file(c.file);
+                    ASSERT_TRUE(writeLooped(c, path, format, audio, withLoop));
 
-                Opened o = openWithSndfile(path);
-                ASSERT_TRUE(o.file) << sf_strerror(nullptr);
-                EXPECT_EQ(o.info.frames, frames);
-                EXPECT_EQ(o.info.channels, channels);
-                EXPECT_EQ(o.info.samplerate, 44100);
-                EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_AIFF);
-                const int subtype = bits == 8    ? SF_FORMAT_PCM_S8
-                                    : bits == 16 ? SF_FORMAT_PCM_16
-                                                 : SF_FORMAT_PCM_24;
-                EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
-                expectSameSamples(o.file.get(), format, audio, frames);
+                    Opened o = openWithSndfile(path);
+                    ASSERT_TRUE(o.file) << sf_strerror(nullptr);
+                    EXPECT_EQ(o.info.frames, frames);
+                    EXPECT_EQ(o.info.channels, channels);
+                    EXPECT_EQ(o.info.samplerate, 48000);
+                    EXPECT_EQ(o.info.format & SF_FORMAT_TYPEMASK, c.type);
+                    const int subtype = bits == 8    ? c.eightBitSubtype
+                                        : bits == 16 ? SF_FORMAT_PCM_16
+                                                     : SF_FORMAT_PCM_24;
+                    EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
+                    expectSameSamples(o.file.get(), format, audio, frames);
 
-                SF_INSTRUMENT inst{};
-                const bool hasInstrument =
-                    sf_command(o.file.get(), SFC_GET_INSTRUMENT, &inst, sizeof inst) == SF_TRUE;
-                EXPECT_EQ(hasInstrument, withLoop);
-                if (hasInstrument) {
+                    SF_INSTRUMENT inst{};
+                    const bool hasInstrument =
+                        sf_command(o.file.get(), SFC_GET_INSTRUMENT, &inst, sizeof inst) == SF_TRUE;
+                    EXPECT_EQ(hasInstrument, withLoop);
+                    if (!hasInstrument)
+                        continue;
                     EXPECT_EQ(inst.basenote, 65);
-                    EXPECT_EQ(inst.key_lo, 60);
-                    EXPECT_EQ(inst.key_hi, 70);
-                    EXPECT_EQ(inst.velocity_lo, 1);
-                    EXPECT_EQ(inst.velocity_hi, 127);
+                    if (c.keyRange) {
+                        EXPECT_EQ(inst.key_lo, 60);
+                        EXPECT_EQ(inst.key_hi, 70);
+                        EXPECT_EQ(inst.velocity_lo, 1);
+                        EXPECT_EQ(inst.velocity_hi, 127);
+                    }
                     ASSERT_GE(inst.loop_count, 1);
                     EXPECT_EQ(inst.loops[0].mode, SF_LOOP_FORWARD);
-                    // AIFF loops are the marker positions themselves.
                     EXPECT_EQ(inst.loops[0].start, 40u);
+                    // One past the last looped frame: our inclusive WAV loop end 699, and the
+                    // AIFF end marker 700 that sits between frames.
                     EXPECT_EQ(inst.loops[0].end, 700u);
                 }
             }

@@ -143,8 +143,9 @@ TEST(RecordDialog, OptionsAreReadFromAndWrittenToTheSettings)
     verboseBox->setChecked(true);
     EXPECT_TRUE(openIniFile()->value(verboseKey).toBool());
     for (QCheckBox* box : dialog.findChildren<QCheckBox*>()) {
-        if (box != verboseBox && box != dialog.offlineBouncingBox())
+        if (box != verboseBox && box != dialog.offlineBouncingBox()) {
             EXPECT_TRUE(box->isChecked()) << box->text().toStdString() << " defaults to on";
+        }
     }
 }
 

@@ -41,6 +41,7 @@ question=$(wait_for_window "Quit" 60)
 press_keys "$question" Return
 wait "$APP_PID"
 APP_PID=
+source scripts/lib/recgui-screenshots.sh && shoot_recgui_screenshots "$root/$build" "$WORK"
 
 for png in docs/screenshots/main-window.png docs/screenshots/preferences.png; do
     not_blank "$png"

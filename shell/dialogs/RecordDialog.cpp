@@ -105,6 +105,7 @@ void RecordDialog::buildLayout()
     log_->setReadOnly(true);
     start_ = new QPushButton(QStringLiteral("Start Recording"), this);
     close_ = new QPushButton(QStringLiteral("Close"), this);
+    start_->setDefault(true); // Return starts, counts down and stops, as the button reads
 
     auto* options = new QGroupBox(QStringLiteral("Options"), this);
     auto* optionRows = new QVBoxLayout(options);
@@ -222,8 +223,10 @@ void RecordDialog::showEvent(QShowEvent* event)
 
 void RecordDialog::setOptionsEnabled(bool enabled)
 {
+    // The run keeps the options it started with.
     for (QWidget* option : {static_cast<QWidget*>(onlyEmpty_), static_cast<QWidget*>(keepLocked_),
-                            static_cast<QWidget*>(verbose_), static_cast<QWidget*>(maxRecLength_)})
+                            static_cast<QWidget*>(closeAfter_), static_cast<QWidget*>(verbose_),
+                            static_cast<QWidget*>(maxRecLength_)})
         option->setEnabled(enabled);
     offline_->setEnabled(enabled && recordsHostedInstrument(model_, command_) &&
                          !storedInstrumentSpec().empty());

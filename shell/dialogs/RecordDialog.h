@@ -45,6 +45,7 @@ class RecordDialog : public QDialog, private RunObserver {
     QCheckBox* offlineBouncingBox() const { return offline_; }
     QSpinBox* maxRecLengthBox() const { return maxRecLength_; }
     QPushButton* startButton() const { return start_; }
+    QPushButton* closeButton() const { return close_; }
     QProgressBar* progressBar() const { return progress_; }
     QLabel* nextKeyLabel() const { return nextKey_; }
     // The check dialog of the take waiting to be kept or discarded, or null.

@@ -39,7 +39,7 @@ constexpr int kRunTimeoutMs = 300 * 1000;
 
 // A Project of three keys sampled from the hosted SoundFont piano, saved in `dir` after
 // every take; no audio output is chosen, so bouncing is the way to sample it.
-void makeHostedProject(Model& model, const test::TempDir& dir, bool automatic)
+void makeHostedProject(Model& model, const test::TempDir& dir, bool automatic, int keyStep = 18)
 {
     ProjectSetupRecord setup;
     setup.name = "Keys";
@@ -49,7 +49,7 @@ void makeHostedProject(Model& model, const test::TempDir& dir, bool automatic)
     setup.pluginRecording = true;
     setup.automatic = automatic;
     setup.sampleFormat = "44.1KHz, Mono, 16bit";
-    setup.keyStep = 18; // keys 48, 66 and 84
+    setup.keyStep = keyStep; // 18: keys 48, 66 and 84
     setup.noteLength = 0.8;
     setup.releaseLength = 0.3f;
     setup.autoLoop = true;
@@ -123,6 +123,42 @@ TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyWithMarkersAndLoops)
         EXPECT_GT(key.Loop_Out, key.Loop_In) << note;
         EXPECT_GE(key.Loop_In, key.Note_In) << note;
     }
+}
+
+TEST(RecordDialog, ClosingDuringARunKeepsEveryFinishedTake)
+{
+    test::TempDir dir;
+    Model model;
+    makeHostedProject(model, dir, true, 1); // 37 keys from 48
+    MainWindow window(model);
+    RecordDialog* dialog = openFromMenu(window, "recordSelectedProject");
+    ASSERT_NE(dialog, nullptr);
+    QTest::mouseClick(dialog->startButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(dialog->progressBar()->value() >= 2, kRunTimeoutMs);
+    QPointer<RecordDialog> watched(dialog);
+    QTest::mouseClick(dialog->closeButton(), Qt::LeftButton);
+    QTRY_VERIFY(watched.isNull());
+
+    // The Project on disk lists every take finished before the close, and no other.
+    const Project& project = *model.currentProject();
+    Model reread;
+    ProjectLoadOutcome outcome;
+    std::string msg;
+    ASSERT_EQ(loadProjects(reread, project.projectDir, {project.fileName}, {}, outcome, msg), 1)
+        << msg;
+    Project& loaded = *reread.currentProject();
+    markKeysWithAudio(loaded);
+    int recorded = 0;
+    for (int note = 48; note <= 84; ++note) {
+        const TGmsl_key& key = loaded.msl[0].keys[note];
+        if (key.hasAudio == 0)
+            continue;
+        ++recorded;
+        EXPECT_EQ(note, 47 + recorded) << "takes are made in key order";
+        EXPECT_GT(key.Note_Out, key.Note_In) << note;
+    }
+    EXPECT_GE(recorded, 2);
+    EXPECT_LT(recorded, 37) << "the run went on after the close";
 }
 
 TEST(RecordDialog, OptionsAreReadFromAndWrittenToTheSettings)

@@ -31,6 +31,8 @@ namespace tg::shell {
 
 class RecordingCheckDialog;
 
+// The run's observer calls are private; its finished(bool) hides QDialog's finished(int)
+// signal by name, so connect to &QDialog::finished to learn that the dialog closed.
 class RecordDialog : public QDialog, private RunObserver {
     Q_OBJECT
   public:

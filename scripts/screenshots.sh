@@ -49,6 +49,7 @@ question=$(wait_for_window "Quit" 60)
 press_keys "$question" Return
 wait "$APP_PID"
 APP_PID=
+source scripts/lib/recgui-screenshots.sh && shoot_recgui_screenshots "$root/$build" "$WORK"
 
 stop_session
 DEMO_DIR="$WORK/demo" scripts/editor-screenshots.sh "$build"

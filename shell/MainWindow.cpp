@@ -13,6 +13,7 @@
 #include "shell/IniFile.h"
 #include "shell/MessageBoxes.h"
 #include "shell/ProjectFileFlow.h"
+#include "shell/RecordActions.h"
 #include "shell/dialogs/AutoDialog.h"
 #include "shell/dialogs/ChangeGainDialog.h"
 #include "shell/dialogs/NormalizeDialog.h"
@@ -148,6 +149,7 @@ void MainWindow::bindActions()
                    [this] { ChangeGainDialog(model_, this).exec(); });
     actions_->bind(QStringLiteral("openAutoDialog"), [this] { AutoDialog(model_, this).exec(); });
     bindExtrasActions(*actions_, model_, this);
+    bindRecordActions(*actions_, model_, this);
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);

@@ -1,0 +1,285 @@
+// The record dialog opened from the Recording menu, bouncing a Project from the General MIDI
+// SoundFont: the automatic run records every key with markers and loops, and the
+// semi-automatic run offers each take for checking, records a discarded key again and keeps
+// the names given.
+#include "shell/dialogs/RecordDialog.h"
+
+#include "core/IniKeys.h"
+#include "core/Model.h"
+#include "core/Names.h"
+#include "core/NoteNames.h"
+#include "core/ProjectFile.h"
+#include "devices/InstrumentSpec.h"
+#include "recording/ProjectSetup.h"
+#include "shell/ActionTable.h"
+#include "shell/IniFile.h"
+#include "shell/MainWindow.h"
+#include "shell/dialogs/RecordingCheckDialog.h"
+#include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/TempDir.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace tg::shell {
+namespace {
+
+constexpr const char* kFont = "/usr/share/sounds/sf2/FluidR3_GM.sf2";
+constexpr int kKeys[] = {48, 66, 84};
+constexpr int kRunTimeoutMs = 300 * 1000;
+
+// A Project of three keys sampled from the hosted SoundFont piano, saved in `dir` after
+// every take; no audio output is chosen, so bouncing is the way to sample it.
+void makeHostedProject(Model& model, const test::TempDir& dir, bool automatic, int keyStep = 18)
+{
+    ProjectSetupRecord setup;
+    setup.name = "Keys";
+    setup.dataPath = dir.path();
+    setup.audioInDevice = kPluginDeviceName;
+    setup.midiOutDevice = kPluginDeviceName;
+    setup.pluginRecording = true;
+    setup.automatic = automatic;
+    setup.sampleFormat = "44.1KHz, Mono, 16bit";
+    setup.keyStep = keyStep; // 18: keys 48, 66 and 84
+    setup.noteLength = 0.8;
+    setup.releaseLength = 0.3f;
+    setup.autoLoop = true;
+    ASSERT_TRUE(createProjectFromSetup(model, setup).ok());
+    copyText(model.currentProject()->projectDir, dir.path().c_str());
+    std::string msg;
+    ASSERT_EQ(storeInstrumentSpec(std::string(kFont) + "?preset=0", msg), 1) << msg;
+}
+
+RecordDialog* openFromMenu(MainWindow& window, const char* action)
+{
+    window.actions().action(QString::fromLatin1(action))->trigger();
+    return window.findChild<RecordDialog*>();
+}
+
+TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyWithMarkersAndLoops)
+{
+    test::TempDir dir;
+    Model model;
+    makeHostedProject(model, dir, true);
+    openIniFile()->setValue(QString::fromLatin1(ini::kCloseDialogAfterRecording), false);
+
+    MainWindow window(model);
+    RecordDialog* dialog = openFromMenu(window, "recordSelectedProject");
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), "Record selected Project (Automatic Mode)");
+    EXPECT_EQ(dialog->logText(), "Press 'Start'");
+    // Without an audio output the hosted instrument can only be bounced: that is offered.
+    ASSERT_TRUE(dialog->offlineBouncingBox()->isEnabled());
+    EXPECT_TRUE(dialog->offlineBouncingBox()->isChecked());
+
+    QTest::mouseClick(dialog->startButton(), Qt::LeftButton);
+    EXPECT_EQ(dialog->startButton()->text(), "Stop Recording");
+    QTRY_VERIFY_WITH_TIMEOUT(dialog->runEnded(), kRunTimeoutMs);
+    ASSERT_FALSE(dialog->run()->failed()) << dialog->logText().toStdString();
+
+    EXPECT_EQ(dialog->windowTitle(), "Record selected Project (Automatic Mode) - 3 keys (3 done)");
+    EXPECT_EQ(dialog->progressBar()->value(), 3);
+    EXPECT_EQ(dialog->progressBar()->maximum(), 3);
+    const QString log = dialog->logText();
+    const Project& project = *model.currentProject();
+    const TGmsl& msl = project.msl[0];
+    // The steps of the first key, in order; verbose mode is on by default.
+    const QStringList firstKey = {
+        "init PROJECT \"Keys\"",
+        QString("init MULTI-SAMPLE \"%1\"").arg(msl.name),
+        "Opening Audio In Device \"-Vst Plugin-\"\nwith \"44.1KHz, Mono, 16bit\"",
+        "recording starts in 0 second(s)",
+        QString("Recording NOTE 48 (%1), rec.dur. = 1.1 seconds")
+            .arg(QString::fromStdString(noteName(48))),
+        QString("saving \"%1\"").arg(QString::fromStdString(keySampleFileName(project, msl, 48))),
+        "Loop Detection - This may take a bit...",
+    };
+    int at = 0;
+    for (const QString& line : firstKey) {
+        const int found = log.indexOf(line, at);
+        ASSERT_GE(found, 0) << "missing after offset " << at << ": " << line.toStdString() << "\n"
+                            << log.toStdString();
+        at = found + line.size();
+    }
+    EXPECT_TRUE(log.trimmed().endsWith("Finished recording.")) << log.toStdString();
+    // "Close Dialog after Recording" was read as off.
+    EXPECT_TRUE(dialog->isVisible());
+
+    for (int note : kKeys) {
+        const TGmsl_key& key = msl.keys[note];
+        EXPECT_EQ(key.hasAudio, 1) << note;
+        EXPECT_TRUE(std::filesystem::exists(keySampleFileName(project, msl, note))) << note;
+        EXPECT_GT(key.Note_In, 20000) << note; // after the half-second lead-in
+        EXPECT_GT(key.Note_Out, key.Note_In) << note;
+        EXPECT_GT(key.Loop_Out, key.Loop_In) << note;
+        EXPECT_GE(key.Loop_In, key.Note_In) << note;
+    }
+}
+
+TEST(RecordDialog, ClosingDuringARunKeepsEveryFinishedTake)
+{
+    test::TempDir dir;
+    Model model;
+    makeHostedProject(model, dir, true, 1); // 37 keys from 48
+    MainWindow window(model);
+    RecordDialog* dialog = openFromMenu(window, "recordSelectedProject");
+    ASSERT_NE(dialog, nullptr);
+    QTest::mouseClick(dialog->startButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(dialog->progressBar()->value() >= 2, kRunTimeoutMs);
+    QPointer<RecordDialog> watched(dialog);
+    QTest::mouseClick(dialog->closeButton(), Qt::LeftButton);
+    QTRY_VERIFY(watched.isNull());
+
+    // The Project on disk lists every take finished before the close, and no other.
+    const Project& project = *model.currentProject();
+    Model reread;
+    ProjectLoadOutcome outcome;
+    std::string msg;
+    ASSERT_EQ(loadProjects(reread, project.projectDir, {project.fileName}, {}, outcome, msg), 1)
+        << msg;
+    Project& loaded = *reread.currentProject();
+    markKeysWithAudio(loaded);
+    int recorded = 0;
+    for (int note = 48; note <= 84; ++note) {
+        const TGmsl_key& key = loaded.msl[0].keys[note];
+        if (key.hasAudio == 0)
+            continue;
+        ++recorded;
+        EXPECT_EQ(note, 47 + recorded) << "takes are made in key order";
+        EXPECT_GT(key.Note_Out, key.Note_In) << note;
+    }
+    EXPECT_GE(recorded, 2);
+    EXPECT_LT(recorded, 37) << "the run went on after the close";
+}
+
+TEST(RecordDialog, OptionsAreReadFromAndWrittenToTheSettings)
+{
+    test::TempDir dir;
+    Model model;
+    makeHostedProject(model, dir, true);
+    const QString verboseKey = QString::fromLatin1(ini::kEnableVerboseMode);
+    openIniFile()->setValue(verboseKey, false);
+
+    RecordDialog dialog(model, kRecordSelectedProject, true);
+    QCheckBox* verboseBox = nullptr;
+    for (QCheckBox* box : dialog.findChildren<QCheckBox*>())
+        if (box->text() == "Enable Verbose Mode")
+            verboseBox = box;
+    ASSERT_NE(verboseBox, nullptr);
+    EXPECT_FALSE(verboseBox->isChecked());
+    verboseBox->setChecked(true);
+    EXPECT_TRUE(openIniFile()->value(verboseKey).toBool());
+    for (QCheckBox* box : dialog.findChildren<QCheckBox*>()) {
+        if (box != verboseBox && box != dialog.offlineBouncingBox()) {
+            EXPECT_TRUE(box->isChecked()) << box->text().toStdString() << " defaults to on";
+        }
+    }
+}
+
+TEST(RecordDialog, ARefusedRunIsExplainedAndTheDialogCloses)
+{
+    test::TempDir dir;
+    Model model;
+    makeHostedProject(model, dir, true);
+    for (TGmsl_key& key : model.currentProject()->msl[0].keys)
+        key.keyState = 0; // no key selected for recording
+
+    MainWindow window(model);
+    test::MessageBoxAnswerer answerer;
+    RecordDialog* dialog = openFromMenu(window, "recordSelectedMultisample");
+    ASSERT_NE(dialog, nullptr);
+    QPointer<RecordDialog> watched(dialog);
+    QTRY_VERIFY(watched.isNull()); // closed and deleted once shown
+    ASSERT_EQ(answerer.seen().size(), 1u);
+    EXPECT_EQ(answerer.seen()[0].title, "Error");
+    EXPECT_TRUE(
+        answerer.seen()[0].text.startsWith("There aren't any Keys that need to be recorded."))
+        << answerer.seen()[0].text.toStdString();
+}
+
+// Waits for the check dialog of the next take, started with "Start Countdown".
+RecordingCheckDialog* recordNextTake(RecordDialog& dialog)
+{
+    if (dialog.startButton()->text() != "Start Countdown")
+        return nullptr;
+    QTest::mouseClick(dialog.startButton(), Qt::LeftButton);
+    if (!QTest::qWaitFor([&] { return dialog.checkDialog() != nullptr; }, kRunTimeoutMs))
+        return nullptr;
+    return dialog.checkDialog();
+}
+
+TEST(RecordDialog, SemiAutomaticTakesAreCheckedAndADiscardedKeyIsRecordedAgain)
+{
+    test::TempDir dir;
+    Model model;
+    makeHostedProject(model, dir, false);
+    openIniFile()->setValue(QString::fromLatin1(ini::kCloseDialogAfterRecording), false);
+
+    MainWindow window(model);
+    RecordDialog* dialog = openFromMenu(window, "semiAutoRecordSelectedProject");
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), "Record selected Project (Semi Automatic Mode)");
+    QTest::mouseClick(dialog->startButton(), Qt::LeftButton);
+    const QString firstKey = "Next Key: " + QString::fromStdString(noteName(48));
+    EXPECT_EQ(dialog->nextKeyLabel()->text(), firstKey);
+
+    RecordingCheckDialog* check = recordNextTake(*dialog);
+    ASSERT_NE(check, nullptr);
+    EXPECT_EQ(check->windowTitle(), "Check recorded Keysample");
+    EXPECT_FALSE(dialog->startButton()->isEnabled()) << "the take is being checked";
+    check->keyNameEdit()->setText("Low");
+    QTest::mouseClick(check->keepButton(), Qt::LeftButton);
+
+    const QString secondKey = "Next Key: " + QString::fromStdString(noteName(66));
+    EXPECT_EQ(dialog->nextKeyLabel()->text(), secondKey);
+    check = recordNextTake(*dialog);
+    ASSERT_NE(check, nullptr);
+    check->keyNameEdit()->setText("discarded");
+    QTest::mouseClick(check->discardButton(), Qt::LeftButton);
+    // The same key is offered again.
+    EXPECT_EQ(dialog->nextKeyLabel()->text(), secondKey);
+    EXPECT_EQ(dialog->startButton()->text(), "Start Countdown");
+    EXPECT_EQ(dialog->run()->currentKey(), 66);
+    check = recordNextTake(*dialog);
+    ASSERT_NE(check, nullptr);
+    check->keyNameEdit()->setText("Middle");
+    QTest::mouseClick(check->keepButton(), Qt::LeftButton);
+
+    check = recordNextTake(*dialog);
+    ASSERT_NE(check, nullptr);
+    check->keyNameEdit()->setText("High");
+    QTest::mouseClick(check->keepButton(), Qt::LeftButton);
+    ASSERT_TRUE(dialog->runEnded());
+    EXPECT_FALSE(dialog->run()->failed());
+    EXPECT_EQ(dialog->windowTitle(),
+              "Record selected Project (Semi Automatic Mode) - 3 keys (3 done)");
+
+    // The Project file on disk, read back, has every key recorded under its given name.
+    Model reread;
+    ProjectLoadOutcome outcome;
+    std::string msg;
+    const Project& project = *model.currentProject();
+    ASSERT_EQ(loadProjects(reread, project.projectDir, {project.fileName}, {}, outcome, msg), 1)
+        << msg;
+    Project& loaded = *reread.currentProject();
+    markKeysWithAudio(loaded);
+    const char* names[] = {"Low", "Middle", "High"};
+    for (int i = 0; i < 3; ++i) {
+        const TGmsl_key& key = loaded.msl[0].keys[kKeys[i]];
+        EXPECT_STREQ(key.name, names[i]);
+        EXPECT_EQ(key.hasAudio, 1) << kKeys[i];
+        EXPECT_GT(key.Note_Out, key.Note_In) << kKeys[i];
+    }
+}
+
+} // namespace
+} // namespace tg::shell

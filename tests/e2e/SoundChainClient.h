@@ -59,6 +59,28 @@ class JackPatchbay {
     void* client_ = nullptr;
 };
 
+// A JACK client of the test's own with two audio inputs that records everything arriving
+// there, from activation until `seconds` are full. Its name is an audio device to PortAudio,
+// so a program told to play on it connects its outputs here as its stream starts.
+class JackCapture {
+  public:
+    JackCapture(const std::string& name, double seconds);
+    ~JackCapture();
+    bool ok() const { return client_ != nullptr; }
+    // Stops recording; what arrived so far, per channel, on the 16-bit scale.
+    std::vector<double> channel(int index);
+    int sampleRate() const { return rate_; }
+
+  private:
+    static int process(unsigned frames, void* self);
+    void* client_ = nullptr;
+    void* ports_[2] = {nullptr, nullptr};
+    std::vector<float> frames_[2];
+    std::atomic<size_t> written_{0};
+    std::atomic<bool> stopped_{false};
+    int rate_ = 0;
+};
+
 // A JACK client of the test's own whose process callback, once asked, sleeps through a few
 // periods: the server misses its deadline and tells every client of the xrun.
 class StallingClient {

@@ -7,6 +7,7 @@
 #include "core/Names.h"
 #include "core/ProjectFile.h"
 #include "tests/e2e/LoopWraps.h"
+#include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
 
 #include <QSettings>
@@ -113,6 +114,21 @@ bool makeSampledKey(const std::string& folder, const std::string& home, SampledK
     const size_t bytes = out.recording.size();
     return renderKeySample(&out.key, &out.format, out.recording.data(), &bytes, fades,
                            &out.rendered, failure) == 1;
+}
+
+int playUntilWhole(JackCapture& capture, int attempts, const std::function<void()>& play)
+{
+    int go = 0;
+    while (go < attempts) {
+        capture.restart();
+        play();
+        ++go;
+        if (capture.xruns() == 0)
+            break;
+        std::fprintf(stderr, "go %d: the server missed %d periods while capturing\n", go,
+                     capture.xruns());
+    }
+    return go;
 }
 
 void chooseAudioOutput(const std::string& home, const std::string& device)

@@ -6,6 +6,7 @@
 #include "analysis/Renderer.h"
 #include "core/Records.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,12 @@ bool makeSampledKey(const std::string& folder, const std::string& home, SampledK
 
 // Writes `device` as the preferences' audio output into the user data folder `home`.
 void chooseAudioOutput(const std::string& home, const std::string& device);
+
+// The server misses periods on a loaded machine, and what a capture heard then is not whole:
+// plays (restarting `capture` before each go) until a go had no missed period, at most
+// `attempts` times. Returns the goes it took.
+class JackCapture;
+int playUntilWhole(JackCapture& capture, int attempts, const std::function<void()>& play);
 
 // How the key ends.
 enum class LetGo {

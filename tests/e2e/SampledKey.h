@@ -31,22 +31,20 @@ bool makeSampledKey(const std::string& folder, const std::string& home, SampledK
 // Writes `device` as the preferences' audio output into the user data folder `home`.
 void chooseAudioOutput(const std::string& home, const std::string& device);
 
-// The server misses periods on a loaded machine, and what a capture heard then is not whole:
-// plays (restarting `capture` before each go) until a go had no missed period, at most
-// `attempts` times. Returns the goes it took.
-class JackCapture;
-int playUntilWhole(JackCapture& capture, int attempts, const std::function<void()>& play);
-
 // How the key ends.
 enum class LetGo {
     Release, // the loop plays to its end, the release follows, then silence
     FadeOut  // a fade within one output block, then silence
 };
 
-// Checks one channel of a capture of the key held for about `holdSeconds`: nothing before
-// the note, the note once, the loop sample for sample until let go, no wrap that clicks, and
-// the ending `letGo` says (gtest expectations).
-void expectHeldKey(const std::vector<double>& heard, int channel, int rate,
-                   const SampledKey& sampled, double holdSeconds, LetGo letGo);
+class JackCapture;
+
+// Plays the key with `play` while `capture` records, and checks both channels of what it
+// heard: nothing before the note, the note once, the loop sample for sample for about
+// `holdSeconds`, no wrap that clicks, and the ending `letGo` says. A go that does not sound
+// right is played again (the chain loses periods on a loaded machine), up to three goes;
+// the last one's faults are gtest failures.
+void expectKeyHeardRight(JackCapture& capture, const SampledKey& sampled, double holdSeconds,
+                         LetGo letGo, const std::function<void()>& play);
 
 } // namespace tg::test

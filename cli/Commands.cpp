@@ -11,6 +11,7 @@ void addAllCommands(CliApp& app)
     addProjectCommands(app);
     addListCommands(app);
     addRecordCommands(app);
+    addPlayCommands(app);
     addAnalysisCommands(app);
     addExportCommands(app);
     addImportCommands(app);

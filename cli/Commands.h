@@ -30,6 +30,9 @@ void addAnalysisCommands(CliApp& app);
 // record: the automatic recording run (cli/RecordCommands.cpp)
 void addRecordCommands(CliApp& app);
 
+// play: a Key-Sample on the audio output (cli/PlayCommands.cpp)
+void addPlayCommands(CliApp& app);
+
 // export (cli/ExportCommands.cpp)
 void addExportCommands(CliApp& app);
 

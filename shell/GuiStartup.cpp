@@ -5,6 +5,7 @@
 #include "devices/DeviceTables.h"
 #include "recording/StartupWiring.h"
 #include "shell/ActionTable.h"
+#include "shell/KeyPlayback.h"
 #include "shell/MainWindow.h"
 #include "shell/dialogs/UpdateCheckDialog.h"
 #include "shell/ProjectFileFlow.h"
@@ -114,6 +115,9 @@ bool GuiStartup::start(const QStringList& projectFiles)
     splash_->close();
 
     window_ = std::make_unique<MainWindow>(model_);
+    // With the real device layer up, keys play on the preferences' output and MIDI input.
+    if (!hasHooks_)
+        window_->keyPlayback().openDevices();
     app_.installEventFilter(window_.get());
     window_->show();
     window_->projectFiles().openStartupProjects(folders);

@@ -21,6 +21,8 @@
 #include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
 #include "shell/panels/KeyboardWidget.h"
+#include "shell/KeyPlayback.h"
+#include "shell/panels/KeyboardPanel.h"
 #include "shell/panels/MultisampleWidget.h"
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/panels/SamplesWidget.h"
@@ -117,7 +119,8 @@ void MainWindow::createEditorAndKeyboard()
     editor_ = new SampleEditor(model_, central_);
     central_->setEditor(editor_);
     keyboard_ = new KeyboardWidget(model_);
-    dock(QStringLiteral("KeyboardDock"))->setPanel(keyboard_);
+    keyPlayback_ = new KeyPlayback(model_, this);
+    dock(QStringLiteral("KeyboardDock"))->setPanel(new KeyboardPanel(*keyboard_, *keyPlayback_));
     connect(keyboard_, &KeyboardWidget::keySelected, editor_, &SampleEditor::onKeySelected);
 }
 

@@ -20,6 +20,7 @@ namespace tg::shell {
 class CentralWidget;
 class DockWidget;
 class KeyboardWidget;
+class KeyPlayback;
 class SampleEditor;
 class MenuActions;
 class ProjectFileFlow;
@@ -44,6 +45,8 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     CentralWidget* centralArea() const { return central_; }
     SampleEditor* editor() const { return editor_; }
     KeyboardWidget* keyboard() const { return keyboard_; }
+    // Plays Key-Samples from the keyboard, its play buttons and MIDI input.
+    KeyPlayback& keyPlayback() const { return *keyPlayback_; }
     ProjectFileFlow& projectFiles() { return *projectFiles_; }
     // The dock of `objectName` (one of dockEntries()), nullptr for an unknown name.
     DockWidget* dock(const QString& objectName) const;
@@ -78,6 +81,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     MenuActions* actions_ = nullptr;
     ProjectFileFlow* projectFiles_ = nullptr;
     CentralWidget* central_ = nullptr;
+    KeyPlayback* keyPlayback_ = nullptr;
     SampleEditor* editor_ = nullptr;
     KeyboardWidget* keyboard_ = nullptr;
     std::vector<DockWidget*> docks_;

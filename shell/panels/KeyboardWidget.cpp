@@ -155,8 +155,20 @@ void KeyboardWidget::paintEvent(QPaintEvent*)
 void KeyboardWidget::mousePressEvent(QMouseEvent* event)
 {
     const int note = keyAt(event->pos());
-    if (event->button() == Qt::LeftButton && note >= 0)
-        emit keySelected(static_cast<uint>(note));
+    if (event->button() != Qt::LeftButton || note < 0)
+        return;
+    emit keySelected(static_cast<uint>(note));
+    heldKey_ = note;
+    emit keyPressed(note);
+}
+
+void KeyboardWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || heldKey_ < 0)
+        return;
+    const int note = heldKey_;
+    heldKey_ = -1;
+    emit keyReleased(note);
 }
 
 void KeyboardWidget::currentProjectChanged(int)

@@ -43,15 +43,21 @@ class KeyboardWidget : public QWidget, public TonegrabberModelListener {
 
   signals:
     void keySelected(uint note);
+    // The mouse went down on a key and up again (wherever the pointer then is): the key is
+    // played for as long as it is held.
+    void keyPressed(int note);
+    void keyReleased(int note);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
     QRect keysArea() const;
 
     Model& model_;
+    int heldKey_ = -1;
 };
 
 } // namespace tg::shell

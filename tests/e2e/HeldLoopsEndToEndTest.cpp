@@ -7,13 +7,13 @@
 // passes the loop click rule; how many whole wrap steps pass the rule is printed as well
 // (a square wave's own edge at the loop start does).
 #include "analysis/BatchAuto.h"
-#include "analysis/LoopQuality.h"
 #include "analysis/PcmSamples.h"
 #include "analysis/Renderer.h"
 #include "audiofile/WavFile.h"
 #include "core/Names.h"
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
+#include "tests/e2e/LoopWraps.h"
 #include "tests/e2e/SampledSoundFont.h"
 #include "tests/support/TempDir.h"
 
@@ -141,24 +141,12 @@ HeldKey holdKey(HostedInstrument& sampled, int note, const TGmsl_key& key, const
             errorEnergy += difference * difference;
             playedEnergy += played[ch][size_t(at.offset + i)] * played[ch][size_t(at.offset + i)];
         }
-        std::vector<double> steps;
-        double loopPeak = 0.0;
-        for (int64_t i = loopStart; i < loopEnd; ++i) {
-            steps.push_back(std::fabs(played[ch][size_t(i + 1)] - played[ch][size_t(i)]));
-            loopPeak = std::max(loopPeak, std::fabs(played[ch][size_t(i)]));
-        }
-        std::nth_element(steps.begin(), steps.begin() + steps.size() / 2, steps.end());
-        const double median = steps[steps.size() / 2];
-        // The step the audio takes into the loop start the first time, from the note part.
-        const double entry = played[ch][size_t(loopStart)] - played[ch][size_t(loopStart - 1)];
-        for (int64_t wrap = loopEnd + 1; wrap < noteOff; wrap += length) {
-            const double step = played[ch][size_t(wrap)] - played[ch][size_t(wrap - 1)];
-            const double seam = std::fabs(step - entry);
-            result.wraps += ch == 0;
-            result.steppingWraps += isLoopClick(std::fabs(step), median, loopPeak);
-            result.clickingWraps += isLoopClick(seam, median, loopPeak);
-            result.worstRatio = std::max(result.worstRatio, median > 0.0 ? seam / median : 0.0);
-        }
+        const LoopWraps wraps = measureLoopWraps(played[ch], loopStart, loopEnd, noteOff);
+        if (ch == 0)
+            result.wraps = wraps.wraps;
+        result.steppingWraps += wraps.steppingWraps;
+        result.clickingWraps += wraps.clickingWraps;
+        result.worstRatio = std::max(result.worstRatio, wraps.worstRatio);
         const int64_t half = kRate / 2;
         const double held = std::sqrt(energy(played[ch], noteOff - half, half) / double(half));
         const double first =

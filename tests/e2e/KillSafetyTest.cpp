@@ -11,8 +11,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <regex>
@@ -99,12 +99,12 @@ class KillSafety : public ::testing::Test {
     {
         std::filesystem::create_directories(dir.file("data"));
         // 44 keys (every second one of 88), short notes: a whole run takes a few seconds.
-        const Outcome made = runProgram(
-            {"new", project(), "--data-path", dir.file("data"), "--audio-in", "-Vst Plugin-",
-             "--midi-out", "-Vst Plugin-", "--plugin", "--keys", "88", "--step", "2",
-             "--note-length", "0.1", "--release-length", "0.05", "--format",
-             "44.1KHz, Mono, 16bit"},
-            dir.file("new.err"), std::chrono::seconds(120));
+        const Outcome made =
+            runProgram({"new", project(), "--data-path", dir.file("data"), "--audio-in",
+                        "-Vst Plugin-", "--midi-out", "-Vst Plugin-", "--plugin", "--keys", "88",
+                        "--step", "2", "--note-length", "0.1", "--release-length", "0.05",
+                        "--format", "44.1KHz, Mono, 16bit"},
+                       dir.file("new.err"), std::chrono::seconds(120));
         ASSERT_EQ(made.exitStatus, 0) << made.err;
     }
 
@@ -147,8 +147,8 @@ class KillSafety : public ::testing::Test {
 TEST_F(KillSafety, KilledRecordingsAndSavesNeverLoseTheProjectOrAFinishedTake)
 {
     // One whole run first: how long it takes, and when its first take is finished.
-    const Outcome whole = runProgram(recordArguments(), dir.file("run.err"),
-                                     std::chrono::seconds(300));
+    const Outcome whole =
+        runProgram(recordArguments(), dir.file("run.err"), std::chrono::seconds(300));
     ASSERT_EQ(whole.exitStatus, 0) << whole.err;
     std::set<std::string> finished;
     const std::vector<std::string> all = finishedTakes(whole.err);

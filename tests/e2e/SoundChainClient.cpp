@@ -7,7 +7,9 @@
 #include "tests/e2e/AudioThreadChecks.h"
 
 #include <jack/jack.h>
+#include <jack/midiport.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -113,6 +115,118 @@ std::vector<std::string> JackPatchbay::connections(const std::string& port)
     if (list != nullptr)
         jack_free(list);
     return names;
+}
+
+JackCapture::JackCapture(const std::string& name, double seconds)
+{
+    jack_status_t status;
+    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
+    if (client == nullptr)
+        return;
+    rate_ = int(jack_get_sample_rate(client));
+    for (int ch = 0; ch < 2; ++ch) {
+        frames_[ch].assign(size_t(seconds * rate_), 0.0f);
+        const std::string port = "in_" + std::to_string(ch + 1);
+        ports_[ch] =
+            jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
+    }
+    if (ports_[0] == nullptr || ports_[1] == nullptr ||
+        jack_set_process_callback(client, &JackCapture::process, this) != 0 ||
+        jack_set_xrun_callback(client, &JackCapture::xrun, this) != 0 ||
+        jack_activate(client) != 0) {
+        jack_client_close(client);
+        return;
+    }
+    client_ = client;
+}
+
+JackCapture::~JackCapture()
+{
+    if (client_ != nullptr)
+        jack_client_close(static_cast<jack_client_t*>(client_));
+}
+
+int JackCapture::process(unsigned frames, void* self)
+{
+    auto* capture = static_cast<JackCapture*>(self);
+    if (capture->stopped_.load())
+        return 0;
+    const size_t at = capture->written_.load();
+    const size_t count = std::min<size_t>(frames, capture->frames_[0].size() - at);
+    for (int ch = 0; ch < 2; ++ch) {
+        const auto* in = static_cast<const float*>(
+            jack_port_get_buffer(static_cast<jack_port_t*>(capture->ports_[ch]), frames));
+        std::copy(in, in + count, capture->frames_[ch].begin() + std::ptrdiff_t(at));
+    }
+    capture->written_.store(at + count);
+    return 0;
+}
+
+std::vector<double> JackCapture::channel(int index)
+{
+    stopped_.store(true);
+    std::vector<double> out(written_.load());
+    for (size_t i = 0; i < out.size(); ++i)
+        out[i] = double(frames_[index][i]) * 32768.0;
+    return out;
+}
+
+int JackCapture::xrun(void* self)
+{
+    auto* capture = static_cast<JackCapture*>(self);
+    if (!capture->stopped_.load())
+        capture->xruns_.fetch_add(1);
+    return 0;
+}
+
+void JackCapture::restart()
+{
+    stopped_.store(true);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // a period under way ends
+    written_.store(0);
+    xruns_.store(0);
+    stopped_.store(false);
+}
+
+JackMidiKeys::JackMidiKeys(const std::string& name) : name_(name)
+{
+    jack_status_t status;
+    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
+    if (client == nullptr)
+        return;
+    port_ = jack_port_register(client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+    if (port_ == nullptr || jack_set_process_callback(client, &JackMidiKeys::process, this) != 0 ||
+        jack_activate(client) != 0) {
+        jack_client_close(client);
+        return;
+    }
+    client_ = client;
+}
+
+JackMidiKeys::~JackMidiKeys()
+{
+    if (client_ != nullptr)
+        jack_client_close(static_cast<jack_client_t*>(client_));
+}
+
+void JackMidiKeys::send(uint8_t status, uint8_t data1, uint8_t data2)
+{
+    pending_.store((1u << 24) | (uint32_t(status) << 16) | (uint32_t(data1) << 8) | data2);
+}
+
+int JackMidiKeys::process(unsigned frames, void* self)
+{
+    auto* keys = static_cast<JackMidiKeys*>(self);
+    void* buffer = jack_port_get_buffer(static_cast<jack_port_t*>(keys->port_), frames);
+    jack_midi_clear_buffer(buffer);
+    const uint32_t message = keys->pending_.exchange(0);
+    if ((message >> 24) != 0) {
+        const jack_midi_data_t bytes[3] = {jack_midi_data_t(message >> 16),
+                                           jack_midi_data_t(message >> 8),
+                                           jack_midi_data_t(message)};
+        jack_midi_event_write(buffer, 0, bytes, 3);
+    }
+    return 0;
 }
 
 StallingClient::StallingClient()

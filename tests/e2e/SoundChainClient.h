@@ -5,6 +5,7 @@
 #include "devices/LevelListeners.h"
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -57,6 +58,52 @@ class JackPatchbay {
 
   private:
     void* client_ = nullptr;
+};
+
+// A JACK client of the test's own with two audio inputs that records everything arriving
+// there, from activation until `seconds` are full. Its name is an audio device to PortAudio,
+// so a program told to play on it connects its outputs here as its stream starts.
+class JackCapture {
+  public:
+    JackCapture(const std::string& name, double seconds);
+    ~JackCapture();
+    bool ok() const { return client_ != nullptr; }
+    // Stops recording; what arrived so far, per channel, on the 16-bit scale.
+    std::vector<double> channel(int index);
+    // Starts recording again from the start of the buffer (connections stay).
+    void restart();
+    int sampleRate() const { return rate_; }
+    // Periods the server missed while recording (what was heard then is not whole).
+    int xruns() const { return xruns_.load(); }
+
+  private:
+    static int process(unsigned frames, void* self);
+    static int xrun(void* self);
+    std::atomic<int> xruns_{0};
+    void* client_ = nullptr;
+    void* ports_[2] = {nullptr, nullptr};
+    std::vector<float> frames_[2];
+    std::atomic<size_t> written_{0};
+    std::atomic<bool> stopped_{false};
+    int rate_ = 0;
+};
+
+// A JACK client of the test's own with one MIDI output, "<name>:out", standing for a MIDI
+// keyboard: a message handed to send() goes out at the start of the next period.
+class JackMidiKeys {
+  public:
+    explicit JackMidiKeys(const std::string& name);
+    ~JackMidiKeys();
+    bool ok() const { return client_ != nullptr; }
+    std::string portName() const { return name_ + ":out"; }
+    void send(uint8_t status, uint8_t data1, uint8_t data2);
+
+  private:
+    static int process(unsigned frames, void* self);
+    std::string name_;
+    void* client_ = nullptr;
+    void* port_ = nullptr;
+    std::atomic<uint32_t> pending_{0}; // bit 24 set: three bytes waiting
 };
 
 // A JACK client of the test's own whose process callback, once asked, sleeps through a few

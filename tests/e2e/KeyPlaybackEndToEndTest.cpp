@@ -1,0 +1,129 @@
+// Key-Samples played in the desktop program, started the way its start-up starts it (the
+// real device layer, the preferences' output and MIDI input) on the offscreen platform: a
+// mouse press on the keyboard dock's key, and a Note On arriving through JACK MIDI on the
+// program's MIDI input, each captured on a JACK client of the test's own.
+#include "core/IniKeys.h"
+#include "core/Model.h"
+#include "core/ProjectFile.h"
+#include "core/Startup.h"
+#include "devices/AudioEngine.h"
+#include "devices/DeviceTables.h"
+#include "recording/StartupWiring.h"
+#include "shell/KeyPlayback.h"
+#include "shell/MainWindow.h"
+#include "shell/QtPlatformLeaks.h"
+#include "shell/panels/KeyboardWidget.h"
+#include "tests/e2e/SampledKey.h"
+#include "tests/e2e/SoundChainClient.h"
+#include "tests/support/TempDir.h"
+
+#include <QApplication>
+#include <QSettings>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace tg::test {
+namespace {
+
+constexpr const char* kCaptureClient = "tg-e2e-key-capture";
+constexpr const char* kMidiKeysClient = "tg-e2e-midi-keys";
+constexpr double kHoldSeconds = 3.0;
+constexpr int kPlaybackLimitMs = 20000;
+
+class KeyPlaybackEndToEnd : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        setenv("TONEGRABBER_MIDI_API", "jack", 1);
+        home = std::getenv("TONEGRABBER_HOME");
+        std::string failure;
+        ASSERT_TRUE(makeSampledKey(dir.path(), home, sampled, failure)) << failure;
+        chooseAudioOutput(home, kCaptureClient);
+        {
+            QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
+            ini.setValue(ini::kInputMidiDeviceName, QString::fromStdString(midiKeys.portName()));
+        }
+        ASSERT_TRUE(capture.ok());
+        ASSERT_TRUE(midiKeys.ok());
+
+        static int argc = 1;
+        static char name[] = "tonegrabber";
+        static char* argv[] = {name, nullptr};
+        app = std::make_unique<QApplication>(argc, argv);
+        // As the desktop start-up does: the core with the real device layer, the main
+        // window, the devices the preferences name.
+        ASSERT_EQ(initializeCore(model, determineCoreFolders(), deviceStartupHooks(deviceTables()),
+                                 failure),
+                  1)
+            << failure;
+        window = std::make_unique<shell::MainWindow>(model);
+        window->keyPlayback().openDevices();
+        window->show();
+        ProjectLoadOutcome outcome;
+        ASSERT_EQ(loadProjects(model, dir.path(), {"Organ.TGprj"}, ProjectLoadOptions{}, outcome,
+                               failure),
+                  1)
+            << failure;
+        model.selectProject(outcome.loaded.at(0));
+        ASSERT_TRUE(audio::outputOpen()) << window->keyPlayback().audio().lastMessage();
+    }
+
+    void TearDown() override
+    {
+        window.reset();
+        std::string message;
+        audio::closeStreams(message);
+        audio::terminate();
+    }
+
+    // Waits with the event loop running until the player has stopped.
+    static void waitUntilSilent()
+    {
+        QTest::qWaitFor([] { return !audio::player().isPlaying(); }, kPlaybackLimitMs);
+    }
+
+    TempDir dir;
+    std::string home;
+    SampledKey sampled;
+    JackCapture capture{kCaptureClient, 60.0};
+    JackMidiKeys midiKeys{kMidiKeysClient};
+    std::unique_ptr<QApplication> app;
+    Model model;
+    std::unique_ptr<shell::MainWindow> window;
+};
+
+TEST_F(KeyPlaybackEndToEnd, KeyHeldOnTheKeyboardPlaysNoteLoopAndRelease)
+{
+    shell::KeyboardWidget* keyboard = window->keyboard();
+    const QPoint key = keyboard->keyRect(SampledKey::kNote).center();
+    expectKeyHeardRight(capture, sampled, kHoldSeconds, LetGo::Release, [&] {
+        QTest::mousePress(keyboard, Qt::LeftButton, {}, key);
+        EXPECT_TRUE(audio::player().isPlaying());
+        EXPECT_EQ(window->keyPlayback().keys().lastNote(), SampledKey::kNote);
+        QTest::qWait(int(kHoldSeconds * 1000));
+        QTest::mouseRelease(keyboard, Qt::LeftButton, {}, key);
+        waitUntilSilent();
+        ASSERT_FALSE(audio::player().isPlaying());
+    });
+}
+
+TEST_F(KeyPlaybackEndToEnd, NoteOnFromMidiInputPlaysTheKeyUntilNoteOff)
+{
+    expectKeyHeardRight(capture, sampled, kHoldSeconds, LetGo::FadeOut, [&] {
+        midiKeys.send(0x90, SampledKey::kNote, 100);
+        QTest::qWait(int(kHoldSeconds * 1000));
+        EXPECT_EQ(window->keyPlayback().keys().lastNote(), SampledKey::kNote);
+        midiKeys.send(0x80, SampledKey::kNote, 0);
+        waitUntilSilent();
+        ASSERT_FALSE(audio::player().isPlaying());
+    });
+}
+
+} // namespace
+} // namespace tg::test

@@ -21,6 +21,7 @@
 #include "shell/panels/CentralWidget.h"
 #include "shell/panels/KeyboardWidget.h"
 #include "shell/panels/MultisampleWidget.h"
+#include "shell/panels/PeakLevelWidget.h"
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/panels/SamplesWidget.h"
 
@@ -83,6 +84,8 @@ QWidget* MainWindow::createPanel(const QString& dockName, const QString& title)
         return new MultisampleWidget(model_);
     if (dockName == QLatin1String("SamplesDock"))
         return new SamplesWidget(model_);
+    if (dockName == QLatin1String("PeakLevelDock"))
+        return new PeakLevelWidget;
     // The device panels and the keyboard plug in here (DockWidget::setPanel).
     auto* pending = new QLabel(tr("%1: not available yet in this version.").arg(title));
     pending->setAlignment(Qt::AlignCenter);

@@ -19,6 +19,7 @@
 #include "shell/dialogs/PreferencesDialog.h"
 #include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
+#include "shell/panels/InputOutputWidget.h"
 #include "shell/panels/KeyboardWidget.h"
 #include "shell/panels/MultisampleWidget.h"
 #include "shell/panels/PeakLevelWidget.h"
@@ -84,6 +85,8 @@ QWidget* MainWindow::createPanel(const QString& dockName, const QString& title)
         return new MultisampleWidget(model_);
     if (dockName == QLatin1String("SamplesDock"))
         return new SamplesWidget(model_);
+    if (dockName == QLatin1String("InputOutputDock"))
+        return new InputOutputWidget(model_);
     if (dockName == QLatin1String("PeakLevelDock"))
         return new PeakLevelWidget;
     // The device panels and the keyboard plug in here (DockWidget::setPanel).

@@ -8,6 +8,7 @@ cd "$(dirname "$0")/.."
 root=$(pwd)
 build=${1:-build/release}
 source scripts/lib/desktop-session.sh
+source scripts/lib/devpanels-screenshots.sh
 
 if [ ! -x "$build/app/tonegrabber" ] || [ ! -x "$build/cli/tonegrabber-cli" ]; then
     cmake --preset release >/dev/null
@@ -30,6 +31,7 @@ export ASAN_OPTIONS=detect_leaks=0 # a sanitizer build may be given; its exit is
 start_program "$root/$build/app/tonegrabber" "${projects[@]}"
 window=$(wait_for_window "Tonegrabber 6" 300)
 screenshot_when_painted "$window" docs/screenshots/main-window.png 60
+shoot_devpanels_screenshots "$window"
 
 press_keys "$window" alt+p
 dialog=$(wait_for_window "Preferences" 60)

@@ -15,6 +15,7 @@
 #include "shell/ProjectFileFlow.h"
 #include "shell/dialogs/AutoDialog.h"
 #include "shell/dialogs/ChangeGainDialog.h"
+#include "shell/dialogs/MidiMonitorWidget.h"
 #include "shell/dialogs/NormalizeDialog.h"
 #include "shell/dialogs/PreferencesDialog.h"
 #include "shell/editor/SampleEditor.h"
@@ -26,7 +27,10 @@
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/panels/SamplesWidget.h"
 
+#include "devices/MidiManager.h"
+
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenu>
@@ -154,6 +158,7 @@ void MainWindow::bindActions()
                    [this] { ChangeGainDialog(model_, this).exec(); });
     actions_->bind(QStringLiteral("openAutoDialog"), [this] { AutoDialog(model_, this).exec(); });
     bindExtrasActions(*actions_, model_, this);
+    actions_->bind(QStringLiteral("openMidiMonitor"), [this] { openMidiMonitor(); });
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);
@@ -190,6 +195,20 @@ void MainWindow::openPreferencesDialog()
 {
     PreferencesDialog dialog(model_, this);
     dialog.exec();
+}
+
+void MainWindow::openMidiMonitor()
+{
+    // One monitor, kept when closed so its rows survive; it listens to the MIDI manager the
+    // program runs (parented to the application) when there is one.
+    auto* monitor = findChild<MidiMonitorWidget*>();
+    if (monitor == nullptr) {
+        monitor = new MidiMonitorWidget(this);
+        if (auto* manager = qApp->findChild<MidiManager*>())
+            monitor->listenTo(*manager);
+    }
+    monitor->show();
+    monitor->raise();
 }
 
 void MainWindow::savePreferencesToDisk()

@@ -2,15 +2,21 @@
 #include "core/Model.h"
 #include "core/SettingsAccessor.h"
 #include "devices/InputPeakTap.h"
+#include "devices/MidiManager.h"
+#include "shell/ActionTable.h"
 #include "shell/MainWindow.h"
 #include "shell/ProjectFileFlow.h"
+#include "shell/dialogs/MidiMonitorWidget.h"
 #include "shell/panels/InputOutputWidget.h"
 #include "shell/panels/PeakLevelWidget.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "tests/support/TempDir.h"
 
+#include <QAction>
 #include <QComboBox>
+#include <QPushButton>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -105,6 +111,34 @@ TEST(InputOutputWidget, ShowsVariousWhereMultiSamplesDifferAndSetsAChoiceForAllO
     EXPECT_EQ(project.msl[1].MIDIoutChannel, 2);
     EXPECT_EQ(panel->midiOutChannel()->text(), "3");
     EXPECT_EQ(project.modified, 1);
+}
+
+TEST(MidiMonitorWidget, OpensFromTheExtrasMenuAndListsTheManagersMessagesDecoded)
+{
+    Model model;
+    MidiManager manager(qApp); // the program's manager lives under the application
+    MainWindow window(model);
+    window.actions().action("openMidiMonitor")->trigger();
+    auto* monitor = window.findChild<MidiMonitorWidget*>();
+    ASSERT_NE(monitor, nullptr);
+    EXPECT_TRUE(monitor->isVisible());
+    EXPECT_EQ(monitor->windowTitle(), "MIDI Monitor");
+
+    // What RtMidi's thread hands over for each message the input receives.
+    emit manager.midiIn({0x91, 60, 100});
+    emit manager.midiIn({0xF8});
+    QTableWidget* table = monitor->table();
+    ASSERT_EQ(table->rowCount(), 2);
+    const QStringList first = {table->item(0, 0)->text(), table->item(0, 1)->text(),
+                               table->item(0, 2)->text(), table->item(0, 3)->text()};
+    EXPECT_EQ(first, QStringList({"0x91", "60", "100", "note 60 on, vel=100 channel=2"}));
+    EXPECT_EQ(table->item(1, 1)->text(), "");
+    EXPECT_EQ(table->item(1, 3)->text(), "real-time msg: timing clock");
+
+    for (QPushButton* button : monitor->findChildren<QPushButton*>())
+        if (button->text() == "Clear")
+            button->click();
+    EXPECT_EQ(table->rowCount(), 0);
 }
 
 } // namespace

@@ -7,11 +7,13 @@
 #include "devices/RecordFormats.h"
 #include "shell/IniFile.h"
 #include "shell/MessageBoxes.h"
+#include "shell/panels/ControllerTableWidget.h"
 
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QSpinBox>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace tg::shell {
@@ -124,7 +126,12 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
     midiOutForm->addRow(tr("Channel"), midiOutChannel_);
     midiOutForm->addRow(tr("Program"), program_);
     layout->addWidget(midiOutGroup);
-    layout->addStretch(1);
+
+    // The controllers the current Multi-Sample sends with its program.
+    auto* controllers = new QTabWidget;
+    controllers->addTab(new MidiControllerWidget(model_), tr("Controllers"));
+    controllers->addTab(new ParameterWidget(model_), tr("Parameters"));
+    layout->addWidget(controllers, 1);
 
     refresh();
     model_.addListener(this);

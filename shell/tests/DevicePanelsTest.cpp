@@ -7,6 +7,7 @@
 #include "shell/MainWindow.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/dialogs/MidiMonitorWidget.h"
+#include "shell/panels/ControllerTableWidget.h"
 #include "shell/panels/InputOutputWidget.h"
 #include "shell/panels/PeakLevelWidget.h"
 #include "shell/tests/WidgetTestSupport.h"
@@ -111,6 +112,20 @@ TEST(InputOutputWidget, ShowsVariousWhereMultiSamplesDifferAndSetsAChoiceForAllO
     EXPECT_EQ(project.msl[1].MIDIoutChannel, 2);
     EXPECT_EQ(panel->midiOutChannel()->text(), "3");
     EXPECT_EQ(project.modified, 1);
+
+    // The controller editors write the current Multi-Sample (controller 39: LSB of 7).
+    auto* controllers = panel->findChild<MidiControllerWidget*>();
+    ASSERT_NE(controllers, nullptr);
+    const int row = controllers->rowOf(39);
+    auto* value = static_cast<QSpinBox*>(controllers->table()->cellWidget(row, 2));
+    value->setValue(90);
+    controllers->table()->item(row, 1)->setCheckState(Qt::Checked);
+    EXPECT_EQ(project.msl[1].controllerTable[7][2], 1);
+    EXPECT_EQ(project.msl[1].controllerTable[7][3], 90);
+    EXPECT_EQ(project.msl[0].controllerTable[7][2], 0);
+    model.selectMultiSample(0); // the editor follows the current Multi-Sample
+    EXPECT_EQ(controllers->table()->item(row, 1)->checkState(), Qt::Unchecked);
+    EXPECT_EQ(value->value(), 0);
 }
 
 TEST(MidiMonitorWidget, OpensFromTheExtrasMenuAndListsTheManagersMessagesDecoded)

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -125,13 +126,24 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
     midiOutForm->addRow(tr("MIDI Out Device"), midiOut_);
     midiOutForm->addRow(tr("Channel"), midiOutChannel_);
     midiOutForm->addRow(tr("Program"), program_);
-    layout->addWidget(midiOutGroup);
 
-    // The controllers the current Multi-Sample sends with its program.
+    // The controllers the current Multi-Sample sends with its program, in a window of their
+    // own: 121 rows do not fit the dock.
+    auto* controllerWindow = new QWidget(this, Qt::Tool);
+    controllerWindow->setWindowTitle(tr("MIDI Controllers"));
     auto* controllers = new QTabWidget;
     controllers->addTab(new MidiControllerWidget(model_), tr("Controllers"));
     controllers->addTab(new ParameterWidget(model_), tr("Parameters"));
-    layout->addWidget(controllers, 1);
+    (new QVBoxLayout(controllerWindow))->addWidget(controllers);
+    controllerWindow->resize(360, 480);
+    auto* showControllers = new QPushButton(tr("Controllers..."));
+    connect(showControllers, &QPushButton::clicked, controllerWindow, [controllerWindow] {
+        controllerWindow->show();
+        controllerWindow->raise();
+    });
+    midiOutForm->addRow(QString(), showControllers);
+    layout->addWidget(midiOutGroup);
+    layout->addStretch(1);
 
     refresh();
     model_.addListener(this);

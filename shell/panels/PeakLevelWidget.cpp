@@ -40,6 +40,7 @@ InputPeakTap& PeakLevelWidget::tap()
 PeakLevelWidget::PeakLevelWidget(QWidget* parent) : QWidget(parent)
 {
     setObjectName(QStringLiteral("PeakLevelWidget"));
+    setMinimumHeight(64);
     tap();
     connect(this, &PeakLevelWidget::changePeakLevel, this, &PeakLevelWidget::onPeakLevelChanged);
     connect(&timer_, &QTimer::timeout, this, &PeakLevelWidget::onUpdateTimer);

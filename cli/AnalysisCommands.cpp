@@ -1,6 +1,7 @@
 // The analysis commands: auto (batch auto-note/auto-loop), loops, normalize, gain, levels,
 // estimate.
 #include "cli/CliApp.h"
+#include "cli/InputLevels.h"
 #include "cli/Commands.h"
 #include "cli/Progress.h"
 #include "cli/ProjectAccess.h"
@@ -14,6 +15,7 @@
 #include "audiofile/KeySampleAudio.h"
 #include "core/Model.h"
 #include "core/NoteNames.h"
+#include "core/Preferences.h"
 #include "core/ProjectFile.h"
 
 #include <cstdio>
@@ -360,14 +362,52 @@ void addGain(CliApp& app)
     c->add_flag("--yes", args->yes, "continue even when clipping will occur");
 }
 
+// The input `levels --input` listens to: --device with --format, else the chosen
+// Multi-Sample's input when a project is given, else the preferences' input.
+// False, with `status` set, when the project cannot be loaded.
+bool inputLevelSource(const ProjectArgs& args, const std::string& device,
+                      const std::string& format, InputLevelSource& source, int& status)
+{
+    if (!device.empty()) {
+        source = {device, format};
+        return true;
+    }
+    if (!args.path.empty()) {
+        Project* project = loadProject(args, status);
+        if (project == nullptr)
+            return false;
+        const TGmsl& msl = project->msl[chosenMultiSample(*project, args)];
+        source = {msl.AudioInDevice, msl.AudioInFormat};
+        return true;
+    }
+    Preferences prefs = defaultPreferences();
+    loadPreferences(prefs);
+    source = {prefs.AudioInDevice, prefs.AudioInFormat};
+    return true;
+}
+
 void addLevels(CliApp& app)
 {
     struct Args : ProjectArgs {
         bool noteRelease = false;
+        bool input = false;
+        double seconds = 3.0;
+        std::string device;
+        std::string format = "44.1KHz, Stereo, 16bit";
     };
     auto args = std::make_shared<Args>();
     CLI::App* c = app.addCommand("levels", "Prints the highest level of the Key-Samples", [args]() {
         int status = kExitOk;
+        if (args->input) {
+            InputLevelSource source;
+            if (!inputLevelSource(*args, args->device, args->format, source, status))
+                return status;
+            return runInputLevels(source, args->seconds, args->json, args->quiet);
+        }
+        if (args->path.empty()) {
+            std::cerr << "levels: the project file is needed (or --input)\n";
+            return kExitBadUsage;
+        }
         Project* project = loadProject(*args, status);
         if (project == nullptr)
             return status;
@@ -390,6 +430,14 @@ void addLevels(CliApp& app)
     });
     addProjectOptions(c, *args, true, {"sample", "multisample", "project"});
     c->add_flag("--note-release-only", args->noteRelease, "measure only Note and Release");
+    // The live input needs no project: the device comes from --device, the project or the
+    // preferences.
+    c->get_option("project")->required(false);
+    c->add_flag("--input", args->input, "live peak of the audio input instead of the files");
+    c->add_option("--seconds", args->seconds, "how long to listen (--input)")
+        ->check(CLI::Range(0.1, 3600.0));
+    c->add_option("--device", args->device, "audio input device name (--input)");
+    c->add_option("--format", args->format, "recording format with --device (--input)");
 }
 
 void addEstimate(CliApp& app)

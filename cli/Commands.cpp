@@ -18,6 +18,7 @@ void addAllCommands(CliApp& app)
     addPresetAndCopyCommands(app);
     addUpdateCommands(app);
     addDemoCommands(app);
+    addMidiMonitorCommand(app);
 }
 
 } // namespace tg::cli

@@ -48,4 +48,7 @@ void addUpdateCommands(CliApp& app);
 // demo: the main job on the embedded default (cli/DemoCommands.cpp)
 void addDemoCommands(CliApp& app);
 
+// midi-monitor: decoded MIDI input until Ctrl-C (cli/MidiMonitorCommand.cpp)
+void addMidiMonitorCommand(CliApp& app);
+
 } // namespace tg::cli

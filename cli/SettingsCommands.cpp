@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
 
+#include "core/ControllerSettings.h"
 #include "core/Model.h"
 #include "core/Paths.h"
 #include "core/Preferences.h"
@@ -28,6 +29,7 @@ struct Assignment {
     std::string key;
     std::string value;
     SettingKind kind = SettingKind::Text;
+    int controller = -1; // msl_cc_N: the controller entry N, "off" or a value 0-127
 };
 
 bool parseInteger(const std::string& text, long long low, long long high, long long& value)
@@ -55,6 +57,8 @@ bool valueFits(const Assignment& a)
 {
     long long integer = 0;
     double real = 0;
+    if (a.controller >= 0)
+        return a.value == "off" || parseInteger(a.value, 0, 127, integer);
     switch (a.kind) {
     case SettingKind::Text:
         return true;
@@ -75,6 +79,15 @@ bool store(Model& model, const Assignment& a)
     bool ok = false;
     long long integer = 0;
     double real = 0;
+    if (a.controller >= 0) {
+        // "off" keeps the stored value, for switching the controller on again.
+        ControllerEntry entry;
+        controllerEntry(*model.currentMultiSample(), a.controller, entry);
+        entry.active = a.value != "off";
+        if (entry.active && parseInteger(a.value, 0, 127, integer))
+            entry.value = int(integer);
+        return setControllerEntry(model, a.controller, entry);
+    }
     switch (a.kind) {
     case SettingKind::Text:
         setSettingText(model, a.key, a.value, ok);
@@ -104,6 +117,11 @@ std::string storedValue(Model& model, const Assignment& a)
 {
     bool ok = false;
     std::ostringstream out;
+    if (a.controller >= 0) {
+        ControllerEntry entry;
+        controllerEntry(*model.currentMultiSample(), a.controller, entry);
+        return entry.active ? std::to_string(entry.value) : std::string("off");
+    }
     switch (a.kind) {
     case SettingKind::Text:
         out << settingText(model, a.key, ok);
@@ -164,7 +182,8 @@ int runSet(const SetOptions& options)
             return badUsage("Bad argument '" + argument + "': expected KEY=VALUE.");
         a.key = argument.substr(0, equals);
         a.value = argument.substr(equals + 1);
-        if (!findSettingKind(a.key, a.kind))
+        a.controller = controllerOfKey(a.key);
+        if (a.controller < 0 && !findSettingKind(a.key, a.kind))
             return badUsage("Bad argument '" + argument + "': '" + a.key +
                             "' is not a settings key (msl_... or prefs_...).");
         if (isMultiSampleKey(a.key) && projectPath.empty())
@@ -232,7 +251,8 @@ void addSettingsCommands(CliApp& app)
         [options] { return runSet(*options); });
     command
         ->add_option("assignments", options->arguments,
-                     "[PATH.TGprj] KEY=VALUE ..., e.g. prefs_recordsettings_notelength1=3.5")
+                     "[PATH.TGprj] KEY=VALUE ..., e.g. prefs_recordsettings_notelength1=3.5; "
+                     "msl_cc_N=VALUE|off sends MIDI controller N (0-120) with the Multi-Sample")
         ->required();
     command
         ->add_option("--multisample", options->multisample,

@@ -1,6 +1,7 @@
 // Forwarding model notifications to the device managers.
 #include "devices/DeviceModelListener.h"
 
+#include "core/ControllerSettings.h"
 #include "core/Model.h"
 #include "devices/AudioManager.h"
 #include "devices/MidiManager.h"
@@ -47,8 +48,13 @@ void DeviceModelListener::settingChanged(const std::string& key)
         return;
     if (audio_ != nullptr)
         audio_->multiSampleSettingChanged(*msl, key);
-    if (midi_ != nullptr)
-        midi_->multiSampleSettingChanged(*msl, key);
+    if (midi_ != nullptr) {
+        const int controller = controllerOfKey(key);
+        if (controller >= 0)
+            midi_->controllerChanged(*msl, controller);
+        else
+            midi_->multiSampleSettingChanged(*msl, key);
+    }
 }
 
 } // namespace tg

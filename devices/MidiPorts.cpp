@@ -217,6 +217,23 @@ int openMidiInPort(int index, std::string& msg)
     return midi.inPortOpen ? 1 : setMessage(msg, "MIDI input port %d could not be opened", index);
 }
 
+int openMidiInVirtualPort(const std::string& name, std::string& msg)
+{
+    MidiState& midi = state();
+    if (!midi.in)
+        return setMessage(msg, "MIDI device not created");
+    try {
+        closeMidiInPort();
+        midi.in->openVirtualPort(name);
+        // RtMidi does not count a port of its own as connected; it is open all the same.
+        midi.inPortOpen = true;
+    } catch (const RtMidiError& error) {
+        midi.inPortOpen = false;
+        return setMessage(msg, "%s", error.getMessage().c_str());
+    }
+    return 1;
+}
+
 void closeMidiOutPort()
 {
     MidiState& midi = state();

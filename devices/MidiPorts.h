@@ -32,6 +32,9 @@ std::vector<std::string> listMidiOutPorts(std::string& msg);
 // list above), under the name "RtMidi Output" / "RtMidi Input". 0 with RtMidi's message.
 int openMidiOutPort(int index, std::string& msg);
 int openMidiInPort(int index, std::string& msg);
+// Opens an input port of this program's own, named `name`, that other programs send into
+// (the monitor's port when no device is chosen). 0 with RtMidi's message.
+int openMidiInVirtualPort(const std::string& name, std::string& msg);
 void closeMidiOutPort();
 void closeMidiInPort();
 bool midiOutPortOpen();

@@ -35,6 +35,7 @@ export ASAN_OPTIONS=detect_leaks=0 # a sanitizer build may be given; its exit is
 start_program "$root/$build/app/tonegrabber" "${projects[@]}"
 window=$(wait_for_window "Tonegrabber 6" 300)
 screenshot_when_painted "$window" docs/screenshots/main-window.png 60
+shoot_devpanels_screenshots "$window"
 
 press_keys "$window" alt+p
 dialog=$(wait_for_window "Preferences" 60)
@@ -49,7 +50,7 @@ question=$(wait_for_window "Quit" 60)
 press_keys "$question" Return
 wait "$APP_PID"
 APP_PID=
-source scripts/lib/recgui-screenshots.sh && shoot_recgui_screenshots "$root/$build" "$WORK"
+shoot_recgui_screenshots "$root/$build" "$WORK"
 
 stop_session
 DEMO_DIR="$WORK/demo" scripts/editor-screenshots.sh "$build"

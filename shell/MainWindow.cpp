@@ -16,18 +16,24 @@
 #include "shell/RecordActions.h"
 #include "shell/dialogs/AutoDialog.h"
 #include "shell/dialogs/ChangeGainDialog.h"
+#include "shell/dialogs/MidiMonitorWidget.h"
 #include "shell/dialogs/NormalizeDialog.h"
 #include "shell/dialogs/PreferencesDialog.h"
 #include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
+#include "shell/panels/InputOutputWidget.h"
 #include "shell/panels/KeyboardWidget.h"
 #include "shell/KeyPlayback.h"
 #include "shell/panels/KeyboardPanel.h"
 #include "shell/panels/MultisampleWidget.h"
+#include "shell/panels/PeakLevelWidget.h"
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/panels/SamplesWidget.h"
 
+#include "devices/MidiManager.h"
+
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenu>
@@ -86,6 +92,10 @@ QWidget* MainWindow::createPanel(const QString& dockName, const QString& title)
         return new MultisampleWidget(model_);
     if (dockName == QLatin1String("SamplesDock"))
         return new SamplesWidget(model_);
+    if (dockName == QLatin1String("InputOutputDock"))
+        return new InputOutputWidget(model_);
+    if (dockName == QLatin1String("PeakLevelDock"))
+        return new PeakLevelWidget;
     // The device panels and the keyboard plug in here (DockWidget::setPanel).
     auto* pending = new QLabel(tr("%1: not available yet in this version.").arg(title));
     pending->setAlignment(Qt::AlignCenter);
@@ -153,6 +163,7 @@ void MainWindow::bindActions()
     actions_->bind(QStringLiteral("openAutoDialog"), [this] { AutoDialog(model_, this).exec(); });
     bindExtrasActions(*actions_, model_, this);
     bindRecordActions(*actions_, model_, this);
+    actions_->bind(QStringLiteral("openMidiMonitor"), [this] { openMidiMonitor(); });
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);
@@ -189,6 +200,20 @@ void MainWindow::openPreferencesDialog()
 {
     PreferencesDialog dialog(model_, this);
     dialog.exec();
+}
+
+void MainWindow::openMidiMonitor()
+{
+    // One monitor, kept when closed so its rows survive; it listens to the MIDI manager the
+    // program runs (parented to the application) when there is one.
+    auto* monitor = findChild<MidiMonitorWidget*>();
+    if (monitor == nullptr) {
+        monitor = new MidiMonitorWidget(this);
+        if (auto* manager = qApp->findChild<MidiManager*>())
+            monitor->listenTo(*manager);
+    }
+    monitor->show();
+    monitor->raise();
 }
 
 void MainWindow::savePreferencesToDisk()

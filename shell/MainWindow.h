@@ -67,6 +67,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     void setCurrentSettingsAsDefault();
     void savePreferencesToDisk();
     void openPreferencesDialog();
+    void openMidiMonitor();
 
   private:
     QWidget* createPanel(const QString& dockName, const QString& title);

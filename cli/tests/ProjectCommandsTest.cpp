@@ -2,6 +2,7 @@
 // the wizard's messages, and Multi-Sample settings saved back in place.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/ProjectAccess.h"
 #include "cli/tests/CommandRunner.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
@@ -176,6 +177,34 @@ TEST_F(ProjectCommands, SetChangesTheChosenMultiSampleAndSavesTheProject)
     EXPECT_EQ(run({"set", path(), "--multisample", "5", "msl_KBrangeOut=100"}).status, 2);
     EXPECT_EQ(tg::test::readFileBytes(path()), before);
     EXPECT_EQ(run({"set", dir.file("none.TGprj"), "msl_KBrangeOut=1"}).status, 1);
+}
+
+TEST_F(ProjectCommands, SetWritesMidiControllersIntoTheirTables)
+{
+    create({"--layers", "2"});
+    CommandRun r = run({"set", path(), "--multisample", "1", "msl_cc_7=100", "msl_cc_39=5",
+                        "msl_cc_74=64"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "msl_cc_7=100\nmsl_cc_39=5\nmsl_cc_74=64\n");
+    ASSERT_EQ(run({"set", path(), "--multisample", "1", "msl_cc_7=off"}).status, 0);
+
+    tg::Model model;
+    std::string message;
+    ASSERT_TRUE(tg::cli::openProjectFile(model, path(), message)) << message;
+    const tg::TGmsl& msl = model.currentProject()->msl[1];
+    // Controller 7 is switched off but keeps its value; 39 is the LSB of controller 7.
+    EXPECT_EQ(msl.controllerTable[7][0], 0);
+    EXPECT_EQ(msl.controllerTable[7][1], 100);
+    EXPECT_EQ(msl.controllerTable[7][2], 1);
+    EXPECT_EQ(msl.controllerTable[7][3], 5);
+    EXPECT_EQ(msl.parameterTable[74 - 64][0], 1);
+    EXPECT_EQ(msl.parameterTable[74 - 64][1], 64);
+    EXPECT_EQ(model.currentProject()->msl[0].parameterTable[74 - 64][0], 0);
+
+    const std::string before = tg::test::readFileBytes(path());
+    for (const char* bad : {"msl_cc_121=1", "msl_cc_7=128", "msl_cc_7=on", "msl_cc_x=1"})
+        EXPECT_EQ(run({"set", path(), bad}).status, 2) << bad;
+    EXPECT_EQ(tg::test::readFileBytes(path()), before);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // The two managers' reactions to model notifications and incoming MIDI, with the MIDI
 // output captured (the real port is exercised end to end in tests/e2e).
+#include "core/ControllerSettings.h"
 #include "core/Model.h"
 #include "core/SettingsAccessor.h"
 #include "devices/AudioEngine.h"
@@ -257,6 +258,11 @@ TEST(DeviceModelListener, ModelChangesReachBothManagers)
     ASSERT_TRUE(ok);
     ASSERT_FALSE(sent.empty());
     EXPECT_EQ(sent.back()[0], 0xC4);
+
+    // One controller edited: that controller alone goes out (39 is the LSB of 7).
+    sent.clear();
+    ASSERT_TRUE(setControllerEntry(model, 39, {true, 5}));
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xB4, 39, 5}}));
 
     sent.clear();
     ASSERT_TRUE(model.addMultiSample().ok()); // a new current Multi-Sample: full resend

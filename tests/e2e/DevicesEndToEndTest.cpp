@@ -46,6 +46,36 @@ TEST(SoundChainDevices, CliListsTheSynthAsAudioInputAndMidiOutput)
     EXPECT_EQ(document["formats"].size(), 28u);
 }
 
+// The level check before a recording, through the CLI: the synth's output is the input.
+TEST(SoundChainDevices, CliInputLevelsHearsAPlayingNoteAndNothingInSilence)
+{
+    std::string msg;
+    ASSERT_TRUE(openMidiOutByName(kSynthMidiPort, msg)) << msg;
+    const std::string command = std::string(TG_CLI_PATH) + " levels --input --device " +
+                                kSynthAudioDevice + " --seconds 1.5 --json 2>/dev/null";
+    sendBytes({0xB0, 120, 0}); // all sound off: whatever an earlier test left is cut
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const std::string quiet = runCommand(command);
+
+    sendBytes({0xC0, 80}); // square lead: holds its level while the key is down
+    sendBytes({0x90, 60, 100});
+    const std::string playing = runCommand(command);
+    sendBytes({0x80, 60, 0});
+    sendBytes({0xB0, 123, 0});
+    midi::destroyMidi();
+
+    const nlohmann::json silence = nlohmann::json::parse(quiet, nullptr, false);
+    ASSERT_FALSE(silence.is_discarded()) << quiet;
+    EXPECT_GT(silence["blocks"].get<long>(), 0) << quiet;
+    EXPECT_LT(silence["left"].get<double>(), 0.001) << quiet; // below -60 dBFS
+    const nlohmann::json note = nlohmann::json::parse(playing, nullptr, false);
+    ASSERT_FALSE(note.is_discarded()) << playing;
+    EXPECT_GT(note["left"].get<double>(), 0.05) << playing;
+    EXPECT_GT(note["right"].get<double>(), 0.05) << playing;
+    EXPECT_LE(note["left"].get<double>(), 1.0) << playing;
+    EXPECT_GT(note["leftDb"].get<double>(), -26.0) << playing;
+}
+
 TEST(SoundChainDevices, StartUpTablesCountRealDevicesOnly)
 {
     DeviceTables tables;

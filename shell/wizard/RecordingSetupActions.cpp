@@ -4,6 +4,7 @@
 #include "recording/ProjectSetup.h"
 #include "recording/RecordList.h"
 #include "shell/ActionTable.h"
+#include "shell/wizard/EstimationDialog.h"
 #include "shell/wizard/ProjectWizard.h"
 
 #include <QMessageBox>
@@ -31,6 +32,8 @@ void bindRecordingSetupActions(MenuActions& actions, Model& model, QWidget* wind
 {
     actions.bind(QStringLiteral("openProjectWizard"),
                  [&model, window, steps] { runProjectWizard(model, window, steps); });
+    actions.bind(QStringLiteral("openEstimationDialog"),
+                 [&model, window] { EstimationDialog(model, window).exec(); });
 }
 
 } // namespace tg::shell

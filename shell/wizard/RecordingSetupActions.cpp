@@ -6,6 +6,7 @@
 #include "shell/ActionTable.h"
 #include "shell/wizard/EstimationDialog.h"
 #include "shell/wizard/ProjectWizard.h"
+#include "shell/wizard/VstHostWidget.h"
 
 #include <QMessageBox>
 
@@ -34,6 +35,7 @@ void bindRecordingSetupActions(MenuActions& actions, Model& model, QWidget* wind
                  [&model, window, steps] { runProjectWizard(model, window, steps); });
     actions.bind(QStringLiteral("openEstimationDialog"),
                  [&model, window] { EstimationDialog(model, window).exec(); });
+    actions.bind(QStringLiteral("openVstHostConfig"), [window] { VstHostWidget(window).exec(); });
 }
 
 } // namespace tg::shell

@@ -305,6 +305,7 @@ bool VstHostWidget::playNote(int note, bool on)
             ini.value(ini::kOutputAudioDeviceName).toString().toStdString());
         TGmsl source;
         copyText(source.AudioInDevice, kVstPluginEntry);
+        copyText(source.AudioInFormat, "44.1KHz, Stereo, 16bit");
         std::string message;
         std::unique_ptr<HostedInstrument> instrument;
         if (audio_->apply(source, message) && !audio::outputOpen())

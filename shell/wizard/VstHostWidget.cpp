@@ -153,13 +153,16 @@ QWidget* VstHostWidget::buildKeys()
     auto* row = new QHBoxLayout(keys);
     row->setSpacing(1);
     for (int note = kFirstKey; note < kFirstKey + kKeyCount; ++note) {
-        auto* key = new QPushButton(QString::fromStdString(noteName(note)));
+        // Only the Cs are labelled, as on a keyboard; every key names its note in its tip.
+        const QString label = QString::fromStdString(noteName(note));
+        auto* key = new QPushButton(note % 12 == 0 ? label : QString());
+        key->setToolTip(label);
         key->setObjectName(QStringLiteral("key%1").arg(note));
         const int pitch = note % 12;
         const bool black = pitch == 1 || pitch == 3 || pitch == 6 || pitch == 8 || pitch == 10;
         key->setStyleSheet(black ? QStringLiteral("background: #202020; color: white;")
                                  : QStringLiteral("background: white; color: black;"));
-        key->setMinimumWidth(20);
+        key->setMinimumSize(20, 56);
         connect(key, &QPushButton::pressed, this, [this, note] { playNote(note, true); });
         connect(key, &QPushButton::released, this, [this, note] { playNote(note, false); });
         row->addWidget(key);

@@ -2,10 +2,12 @@
 // file it makes (compared with the command line's), and its opening at start-up.
 #include "shell/wizard/ProjectWizard.h"
 #include "core/Model.h"
+#include "recording/RecordList.h"
 #include "shell/ActionTable.h"
 #include "shell/GuiStartup.h"
 #include "shell/MainWindow.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "shell/wizard/RecordingSetupActions.h"
 #include "tests/support/TempDir.h"
 
 #include <QAbstractButton>
@@ -151,6 +153,39 @@ TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
     const std::string gui = test::readFileBytes(guiFile);
     ASSERT_FALSE(gui.empty());
     EXPECT_TRUE(gui == test::readFileBytes(cliFile));
+}
+
+TEST(ProjectWizardFlow, SemiAutomaticModeReachesTheRecordDialogAndARejectedRunIsNotSaved)
+{
+    test::TempDir dir;
+    Model model;
+    int recordedCommand = 0;
+    bool recordedAutomatic = true;
+    bool saved = false;
+    const NewProjectSteps steps{[&](int command, bool automatic) {
+                                    recordedCommand = command;
+                                    recordedAutomatic = automatic;
+                                    return int(QDialog::Rejected);
+                                },
+                                [&] { return saved = true; }};
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        if (auto* wizard = qobject_cast<ProjectWizard*>(QApplication::activeModalWidget())) {
+            wizard->next();
+            choose(*wizard, "recordingMode", 1);
+            child<QLineEdit>(*wizard, "dataPath")->setText(QString::fromStdString(dir.path()));
+            while (wizard->currentId() != ProjectWizard::Completed)
+                wizard->next();
+            wizard->accept();
+        }
+    });
+    user.start(10);
+    EXPECT_TRUE(runProjectWizard(model, nullptr, steps));
+    EXPECT_EQ(recordedCommand, kRecordSelectedProject);
+    EXPECT_FALSE(recordedAutomatic);
+    EXPECT_FALSE(saved);
+    ASSERT_EQ(model.projectCount(), 1);
+    EXPECT_STREQ(model.currentProject()->name, "MyProject");
 }
 
 TEST(ProjectWizardFlow, OpensAtStartWhenThePreferencesSaySo)

@@ -31,7 +31,7 @@ namespace tg::shell {
 namespace {
 
 constexpr int kFirstKey = 48; // C3
-constexpr int kKeyCount = 25; // two octaves and the top C
+constexpr int kPlayKeys = 25; // two octaves and the top C
 constexpr int kVelocity = 100;
 
 QTableWidget* table(const QStringList& headers, const char* name)
@@ -152,7 +152,7 @@ QWidget* VstHostWidget::buildKeys()
     keys->setObjectName(QStringLiteral("keys"));
     auto* row = new QHBoxLayout(keys);
     row->setSpacing(1);
-    for (int note = kFirstKey; note < kFirstKey + kKeyCount; ++note) {
+    for (int note = kFirstKey; note < kFirstKey + kPlayKeys; ++note) {
         // Only the Cs are labelled, as on a keyboard; every key names its note in its tip.
         const QString label = QString::fromStdString(noteName(note));
         auto* key = new QPushButton(note % 12 == 0 ? label : QString());

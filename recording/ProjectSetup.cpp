@@ -119,6 +119,12 @@ void configureLayer(TGmsl& msl, const VelocityRange& range, const ProjectSetupRe
     copyText(msl.MIDIoutDevice, midiOut.c_str());
     copyText(msl.AudioInDevice, audioIn.c_str());
     copyText(msl.AudioInFormat, setup.sampleFormat.c_str());
+    // The channels are kept per device row; the hosted instrument has none.
+    const size_t row = static_cast<size_t>(setup.audioInDeviceRow);
+    if (!setup.pluginRecording && setup.audioInDeviceRow >= 0 && row < msl.audioInChannelL.size()) {
+        msl.audioInChannelL[row] = setup.audioInChannelLeft;
+        msl.audioInChannelR[row] = setup.audioInChannelRight;
+    }
     msl.MIDIoutChannel = static_cast<uint16_t>(std::clamp(setup.midiChannel, 1, 16) - 1);
     msl.MIDIoutProgram = static_cast<uint16_t>(std::clamp(setup.midiProgram, 0, 127));
     msl.MIDIoutProgram_active = setup.midiProgram != 0 ? 1 : 0;

@@ -19,6 +19,8 @@ struct ProjectSetupRecord {
     std::string dataPath;      // an existing folder
     int audioInDeviceRow = 0;  // current row of the audio input list
     std::string audioInDevice; // its name
+    int audioInChannelLeft = -1;  // the device's input channel for left; -1 = its default
+    int audioInChannelRight = -1; // and for right
     std::string sampleFormat = "44.1KHz, Stereo, 16bit";
     bool automatic = true;        // false: semi-automatic recording
     bool pluginRecording = false; // the hosted instrument is the source

@@ -34,6 +34,7 @@ start_display "$WORK"
 export ASAN_OPTIONS=detect_leaks=0 # a sanitizer build may be given; its exit is not judged here
 start_program "$root/$build/app/tonegrabber" "${projects[@]}"
 window=$(wait_for_window "Tonegrabber 6" 300)
+source scripts/lib/wizard-screenshots.sh && shoot_wizard_screenshots "$window"
 screenshot_when_painted "$window" docs/screenshots/main-window.png 60
 shoot_devpanels_screenshots "$window"
 

@@ -19,6 +19,7 @@
 #include "shell/dialogs/MidiMonitorWidget.h"
 #include "shell/dialogs/NormalizeDialog.h"
 #include "shell/dialogs/PreferencesDialog.h"
+#include "shell/dialogs/RecordDialog.h"
 #include "shell/editor/SampleEditor.h"
 #include "shell/panels/CentralWidget.h"
 #include "shell/panels/InputOutputWidget.h"
@@ -29,12 +30,14 @@
 #include "shell/panels/PeakLevelWidget.h"
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/panels/SamplesWidget.h"
+#include "shell/wizard/RecordingSetupActions.h"
 
 #include "devices/MidiManager.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -164,6 +167,10 @@ void MainWindow::bindActions()
     bindExtrasActions(*actions_, model_, this);
     bindRecordActions(*actions_, model_, this);
     actions_->bind(QStringLiteral("openMidiMonitor"), [this] { openMidiMonitor(); });
+    bindRecordingSetupActions(
+        *actions_, model_, this,
+        {[this](int command, bool automatic) { return openRecordDialog(command, automatic); },
+         [this] { return projectFiles_->saveSelected(); }});
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
     header->setChecked(true);
@@ -269,6 +276,15 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     if (!toolTipsShown_ && event->type() == QEvent::ToolTip)
         return true;
     return QMainWindow::eventFilter(watched, event);
+}
+
+int MainWindow::openRecordDialog(int command, bool automatic)
+{
+    // Every finished take is on disk when the dialog closes, however the run ended, so the
+    // caller goes on (and saves) as after an accepted run.
+    RecordDialog dialog(model_, command, automatic, this);
+    dialog.exec();
+    return QDialog::Accepted;
 }
 
 } // namespace tg::shell

@@ -54,6 +54,10 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
     // Shown or hidden with "Show Header"; kept as "MainWindow/ShowHeader".
     bool headerShown() const;
 
+    // Opens the record dialog for a record command (automatic or semi-automatic); returns
+    // its QDialog::DialogCode.
+    int openRecordDialog(int command, bool automatic);
+
   protected:
     void closeEvent(QCloseEvent* event) override;
     // Installed on the application: swallows tool tips while they are switched off.

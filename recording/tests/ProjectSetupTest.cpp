@@ -162,6 +162,22 @@ TEST_F(ProjectFromSetup, PluginRecordingUsesThePluginDevicesAndProgramZeroSendsN
     EXPECT_EQ(m.keys[21].keyState, 1);
 }
 
+TEST_F(ProjectFromSetup, InputChannelsAreKeptForTheChosenDeviceRowOnly)
+{
+    model.setAudioInputDeviceCount(3);
+    setup.audioInDeviceRow = 1;
+    setup.audioInChannelLeft = 2;
+    setup.audioInChannelRight = 3;
+    const tg::TGmsl& m = create().msl[0];
+    EXPECT_EQ(m.audioInChannelL, std::vector<int32_t>({-1, 2, -1}));
+    EXPECT_EQ(m.audioInChannelR, std::vector<int32_t>({-1, 3, -1}));
+
+    setup.name = "Hosted"; // the hosted instrument has no channels to keep
+    setup.pluginRecording = true;
+    const tg::TGmsl& hosted = create().msl[0];
+    EXPECT_EQ(hosted.audioInChannelL, std::vector<int32_t>({-1, -1, -1}));
+}
+
 TEST_F(ProjectFromSetup, WizardChecksRefuseEmptyOrTakenNamesAndMissingFolders)
 {
     EXPECT_EQ(tg::checkSetupName(model, "").message, "Please enter a project name.");

@@ -11,6 +11,8 @@
 
 #include <QApplication>
 #include <QListWidget>
+#include <QTimer>
+#include <QWizard>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -116,6 +118,13 @@ TEST_F(ProjectFilesTest, ADamagedProjectOnTheCommandLineIsReportedAndTheRestOpen
     startup.setHooks(StartupHooks{});
     startup.setSplashDelay(0, 0);
     test::MessageBoxAnswerer answerer;
+    // The project wizard the fresh preferences open at start is cancelled.
+    QTimer wizardCanceller;
+    QObject::connect(&wizardCanceller, &QTimer::timeout, [] {
+        if (auto* wizard = qobject_cast<QWizard*>(QApplication::activeModalWidget()))
+            wizard->reject();
+    });
+    wizardCanceller.start(10);
     ASSERT_TRUE(startup.start({QString::fromStdString(good), QString::fromStdString(damaged)}));
     ASSERT_EQ(answerer.seen().size(), 1u);
     EXPECT_EQ(answerer.seen()[0].text.toStdString(),

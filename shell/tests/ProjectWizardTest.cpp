@@ -1,0 +1,213 @@
+// The project wizard as the user fills it in: its page checks and page order, the project
+// file it makes (compared with the command line's), and its opening at start-up.
+#include "shell/wizard/ProjectWizard.h"
+#include "core/Model.h"
+#include "recording/RecordList.h"
+#include "shell/ActionTable.h"
+#include "shell/GuiStartup.h"
+#include "shell/MainWindow.h"
+#include "shell/tests/WidgetTestSupport.h"
+#include "shell/wizard/RecordingSetupActions.h"
+#include "tests/support/TempDir.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QSpinBox>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace tg::shell {
+namespace {
+
+template <typename T> T* child(QWidget& parent, const char* name)
+{
+    T* found = parent.findChild<T*>(QString::fromLatin1(name));
+    EXPECT_NE(found, nullptr) << name;
+    return found;
+}
+
+void choose(QWizard& wizard, const char* choice, int position)
+{
+    child<RadioChoice>(wizard, choice)->button(position)->click();
+}
+
+TEST(ProjectWizardPages, NameAndFolderAreCheckedAndAutoLoopOffSkipsItsSettings)
+{
+    test::TempDir dir;
+    Model model;
+    ASSERT_TRUE(model.newProject().ok());
+    copyText(model.currentProject()->name, "Taken");
+    ProjectWizard wizard(model);
+    wizard.show();
+    test::MessageBoxAnswerer answerer;
+
+    wizard.next(); // Introduction
+    wizard.next(); // Recording Mode
+    ASSERT_EQ(wizard.currentId(), ProjectWizard::ProjectName);
+    auto* name = child<QLineEdit>(wizard, "projectName");
+    EXPECT_EQ(name->text(), "MyProject");
+    for (const char* refused : {"", "Taken"}) {
+        name->setText(QString::fromLatin1(refused));
+        wizard.next();
+        EXPECT_EQ(wizard.currentId(), ProjectWizard::ProjectName);
+    }
+    name->setText(QStringLiteral("Fresh"));
+    wizard.next();
+    ASSERT_EQ(wizard.currentId(), ProjectWizard::DataPath);
+    auto* path = child<QLineEdit>(wizard, "dataPath");
+    for (const std::string& refused : {std::string(), dir.file("missing")}) {
+        path->setText(QString::fromStdString(refused));
+        wizard.next();
+        EXPECT_EQ(wizard.currentId(), ProjectWizard::DataPath);
+    }
+    ASSERT_EQ(answerer.seen().size(), 4u);
+    EXPECT_EQ(answerer.seen()[1].title, "Error");
+    EXPECT_EQ(answerer.texts(),
+              QStringList({"Please enter a project name.",
+                           "A project with that name already exists. Please enter a different "
+                           "name.",
+                           "Please enter a non-empty path.",
+                           "This path does not exist. Please enter a valid path."}));
+
+    path->setText(QString::fromStdString(dir.path()));
+    while (wizard.currentId() != ProjectWizard::AutoLoop)
+        wizard.next();
+    wizard.next();
+    EXPECT_EQ(wizard.currentId(), ProjectWizard::Completed);
+    wizard.back();
+    choose(wizard, "autoLoop", 0);
+    wizard.next();
+    EXPECT_EQ(wizard.currentId(), ProjectWizard::AutoLoopComplexity);
+    wizard.next();
+    EXPECT_EQ(wizard.currentId(), ProjectWizard::AutoLoopStart);
+    wizard.next();
+    EXPECT_EQ(wizard.currentId(), ProjectWizard::Completed);
+}
+
+// Fills in the open wizard: the hosted instrument, 61 keys every third key, two velocity
+// layers, auto-loop "Complex" starting at 70%.
+void fillInWizard(ProjectWizard& wizard, const std::string& dataPath)
+{
+    wizard.next();
+    choose(wizard, "recordingMode", 2);
+    child<QLineEdit>(wizard, "projectName")->setText(QStringLiteral("Wiz"));
+    child<QLineEdit>(wizard, "dataPath")->setText(QString::fromStdString(dataPath));
+    choose(wizard, "samplingRange", 2);
+    child<QSpinBox>(wizard, "velocityLayers")->setValue(2);
+    child<QSpinBox>(wizard, "keyStep")->setValue(3);
+    choose(wizard, "autoLoop", 0);
+    choose(wizard, "loopComplexity", 2);
+    choose(wizard, "loopStart", 2);
+    while (wizard.currentId() != ProjectWizard::Completed)
+        wizard.next();
+    wizard.accept();
+}
+
+TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
+{
+    test::TempDir dir;
+    const std::string guiFile = dir.file("gui/Wiz.TGprj");
+    const std::string cliFile = dir.file("cli/Wiz.TGprj");
+    std::filesystem::create_directories(dir.file("gui"));
+    std::filesystem::create_directories(dir.file("cli"));
+    std::filesystem::create_directories(dir.file("data"));
+    Model model;
+    MainWindow window(model);
+
+    QStringList seen;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal == nullptr || !modal->isVisible())
+            return;
+        seen << modal->windowTitle();
+        if (auto* wizard = qobject_cast<ProjectWizard*>(modal)) {
+            fillInWizard(*wizard, dir.file("data"));
+        } else if (auto* save = qobject_cast<QFileDialog*>(modal)) {
+            save->selectFile(QString::fromStdString(guiFile));
+            static_cast<QDialog*>(save)->accept();
+        } else {
+            modal->close();
+        }
+    });
+    user.start(10);
+    QAction* wizardAction = window.actions().action(QStringLiteral("openProjectWizard"));
+    ASSERT_TRUE(wizardAction->isEnabled());
+    wizardAction->trigger();
+    user.stop();
+
+    EXPECT_EQ(seen, QStringList({"Project Wizard", "Save selected Project as"}));
+    ASSERT_EQ(model.projectCount(), 1);
+    EXPECT_EQ(model.currentProject()->mslCount, 2);
+
+    const std::string command = std::string(TG_CLI_BINARY) + " new '" + cliFile +
+                                "' --data-path '" + dir.file("data") +
+                                "' --plugin --layers 2 --keys 61 --step 3 --autoloop complex "
+                                "--loop-start 70 >/dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const std::string gui = test::readFileBytes(guiFile);
+    ASSERT_FALSE(gui.empty());
+    EXPECT_TRUE(gui == test::readFileBytes(cliFile));
+}
+
+TEST(ProjectWizardFlow, SemiAutomaticModeReachesTheRecordDialogAndARejectedRunIsNotSaved)
+{
+    test::TempDir dir;
+    Model model;
+    int recordedCommand = 0;
+    bool recordedAutomatic = true;
+    bool saved = false;
+    const NewProjectSteps steps{[&](int command, bool automatic) {
+                                    recordedCommand = command;
+                                    recordedAutomatic = automatic;
+                                    return int(QDialog::Rejected);
+                                },
+                                [&] { return saved = true; }};
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        if (auto* wizard = qobject_cast<ProjectWizard*>(QApplication::activeModalWidget())) {
+            wizard->next();
+            choose(*wizard, "recordingMode", 1);
+            child<QLineEdit>(*wizard, "dataPath")->setText(QString::fromStdString(dir.path()));
+            while (wizard->currentId() != ProjectWizard::Completed)
+                wizard->next();
+            wizard->accept();
+        }
+    });
+    user.start(10);
+    EXPECT_TRUE(runProjectWizard(model, nullptr, steps));
+    EXPECT_EQ(recordedCommand, kRecordSelectedProject);
+    EXPECT_FALSE(recordedAutomatic);
+    EXPECT_FALSE(saved);
+    ASSERT_EQ(model.projectCount(), 1);
+    EXPECT_STREQ(model.currentProject()->name, "MyProject");
+}
+
+TEST(ProjectWizardFlow, OpensAtStartWhenThePreferencesSaySo)
+{
+    Model model;
+    GuiStartup startup(*qApp, model);
+    startup.setHooks(StartupHooks{});
+    startup.setSplashDelay(0, 0);
+    QString opened;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        if (auto* wizard = qobject_cast<ProjectWizard*>(QApplication::activeModalWidget())) {
+            opened = wizard->windowTitle();
+            wizard->reject();
+        }
+    });
+    user.start(10);
+    ASSERT_TRUE(startup.start({}));
+    user.stop();
+    EXPECT_EQ(opened, "Project Wizard");
+    EXPECT_EQ(model.projectCount(), 0);
+}
+
+} // namespace
+} // namespace tg::shell

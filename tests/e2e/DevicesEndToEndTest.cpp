@@ -55,11 +55,12 @@ TEST(SoundChainDevices, CliInputLevelsHearsAPlayingNoteAndNothingInSilence)
                                 kSynthAudioDevice + " --seconds 1.5 --json 2>/dev/null";
     sendBytes({0xB0, 120, 0}); // all sound off: whatever an earlier test left is cut
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    const std::string quiet = runCommand(command);
+    std::string quiet, playing;
+    runCommand(command, &quiet);
 
     sendBytes({0xC0, 80}); // square lead: holds its level while the key is down
     sendBytes({0x90, 60, 100});
-    const std::string playing = runCommand(command);
+    runCommand(command, &playing);
     sendBytes({0x80, 60, 0});
     sendBytes({0xB0, 123, 0});
     midi::destroyMidi();

@@ -129,15 +129,16 @@ void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
         // Frames the clock says went by before this block, against those that arrived. Hosts
         // read their clock when the callback runs, anywhere within its period (JACK's
         // estimate runs from the period's start), so a reading is late by up to a block and
-        // never early. The origin follows the earliest reading seen, and a hole counts only
-        // once it spans a whole block: a late reading alone never makes one.
+        // never early; right after an xrun JACK restarts that estimate, and one reading can be
+        // late by nearly two blocks. The origin follows the earliest reading seen, and a hole
+        // counts only once it spans two whole blocks: a late reading alone never makes one.
         const double rate = double(format_.sampleRate);
         int64_t deficit = std::llround((status.time - firstBlockTime_) * rate) - before;
         if (deficit < 0) {
             firstBlockTime_ += double(deficit) / rate;
             deficit = 0;
         }
-        if (deficit >= int64_t(frames) && deficit > missing)
+        if (deficit >= 2 * int64_t(frames) && deficit > missing)
             missing = deficit;
     }
     const int64_t room = capacityFrames_ - before;

@@ -104,15 +104,9 @@ int runPlay(const PlayOptions& options)
         return fail(message, false);
     if (!openProjectFile(model, options.project, message))
         return fail(message, false);
-    if (options.multisample >= 0) {
-        if (options.multisample >= model.currentProject()->mslCount) {
-            std::cerr << "Bad argument --multisample " << options.multisample
-                      << ": the project has " << model.currentProject()->mslCount
-                      << " Multi-Sample(s).\n";
-            return kExitBadUsage;
-        }
-        model.selectMultiSample(options.multisample);
-    }
+    if (const int status = selectMultiSampleArgument(model, options.multisample);
+        status != kExitOk)
+        return status;
 
     letGo.store(0);
     std::signal(SIGINT, onLetGo);

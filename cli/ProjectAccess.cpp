@@ -1,6 +1,8 @@
 // The commands' model and loading a project file with the same load operation as the GUI's open.
 #include "cli/ProjectAccess.h"
 
+#include "cli/CliApp.h"
+
 #include "audiofile/KeySampleAudio.h"
 #include "core/Model.h"
 #include "core/Preferences.h"
@@ -48,6 +50,19 @@ int openProjectFile(Model& model, const std::string& path, std::string& message)
     if (ok && outcome.loaded.size() == 1)
         model.selectProject(outcome.loaded[0]);
     return ok;
+}
+
+int selectMultiSampleArgument(Model& model, int index)
+{
+    if (index < 0)
+        return kExitOk;
+    if (index >= model.currentProject()->mslCount) {
+        std::cerr << "Bad argument --multisample " << index << ": the project has "
+                  << model.currentProject()->mslCount << " Multi-Sample(s).\n";
+        return kExitBadUsage;
+    }
+    model.selectMultiSample(index);
+    return kExitOk;
 }
 
 } // namespace tg::cli

@@ -23,4 +23,9 @@ int checkPathArgument(const std::string& path, const std::string& what, std::str
 // Returns 1, or 0 with the load's message.
 int openProjectFile(Model& model, const std::string& path, std::string& message);
 
+// Makes Multi-Sample `index` of the current Project current (nothing for a negative index,
+// the option not given). kExitOk, or kExitBadUsage after saying on stderr that the Project
+// has fewer.
+int selectMultiSampleArgument(Model& model, int index);
+
 } // namespace tg::cli

@@ -188,16 +188,7 @@ int openProjects(Model& model, const RecordOptions& options)
             first = model.currentProjectIndex();
     }
     model.selectProject(first);
-    if (options.multisample >= 0) {
-        if (options.multisample >= model.currentProject()->mslCount) {
-            std::cerr << "Bad argument --multisample " << options.multisample
-                      << ": the project has " << model.currentProject()->mslCount
-                      << " Multi-Sample(s).\n";
-            return kExitBadUsage;
-        }
-        model.selectMultiSample(options.multisample);
-    }
-    return kExitOk;
+    return selectMultiSampleArgument(model, options.multisample);
 }
 
 // The refusals of the record list need no device: they come before the devices are opened,

@@ -25,15 +25,14 @@ start_program() {
     APP_PID=$!
 }
 
-# wait_for_window TITLE SECONDS: prints the id of the window titled exactly TITLE once it is
+# wait_for_window TITLE SECONDS: prints the id of the window whose whole title matches TITLE,
+# an extended regular expression (escape a title's own brackets and stars), once it is
 # mapped; fails when the time is up or the program has ended.
 wait_for_window() {
-    local title=$1 seconds=$2 id pattern
+    local title=$1 seconds=$2 id
     local deadline=$((SECONDS + seconds))
-    # xdotool matches a regular expression: the title's own brackets and stars are literal.
-    pattern=$(printf '%s' "$title" | sed 's/[][\\.*^$()+?{}|]/\\&/g')
     while [ $SECONDS -lt "$deadline" ]; do
-        id=$(xdotool search --onlyvisible --name "^${pattern}\$" 2>/dev/null | head -n1 || true)
+        id=$(xdotool search --onlyvisible --name "^${title}\$" 2>/dev/null | head -n1 || true)
         if [ -n "$id" ]; then
             echo "$id"
             return 0

@@ -17,7 +17,7 @@ shoot_levels_export_screenshots() {
     press_keys "$window" alt
     xdotool key --delay 200 Right Right Down Down Down Down Down Right \
         Down Down Down Down Down Down Down Return
-    dialog=$(wait_for_window "Export Settings - SoundFont2 (*.sf2)" 60)
+    dialog=$(wait_for_window "Export Settings - SoundFont2 \\(\\*\\.sf2\\)" 60)
     screenshot_when_painted "$dialog" docs/screenshots/export-settings.png 60
     press_keys "$dialog" Escape
 }

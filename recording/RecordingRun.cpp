@@ -408,7 +408,10 @@ bool RecordingRun::acceptTakeHealth(const TakeAudio& take)
         return true;
     observer_.log(healthText(currentKey_, health));
     reportTake(take, "");
-    if (retries_ >= 1) {
+    // A burst of load (another program starting, the disk waking up) spoils a take or two; an
+    // unattended run rides it out. Drops that outlast several takes of one key mean the system
+    // cannot keep up, and recording on would only fill the project with refusals.
+    if (retries_ >= kRetakesForDroppedFrames) {
         fail(formatText("Frames were dropped again while recording NOTE %d (%s): %lld frame(s) "
                         "missing, %d input overflow(s). The take was not kept and the "
                         "recording stopped; lower the system's load or raise the audio "

@@ -152,8 +152,8 @@ class RecordingRun {
     void advance();
     void beginKey();
     void startKeyCountdown();
-    // A take with dropped frames is not kept: the key is recorded once more, then the run
-    // stops. False when the take is refused.
+    // A take with dropped frames is not kept: the key is recorded again, a few times at most,
+    // then the run stops. False when the take is refused.
     bool acceptTakeHealth(const TakeAudio& take);
     // Tells the observer of the current key's take, kept as the file `keptAs` or refused
     // (empty).
@@ -184,6 +184,8 @@ class RecordingRun {
     size_t entry_ = 0;    // current record-list entry
     int currentKey_ = -1; // MIDI note, -1 before the first
     int done_ = 0;
+    // How often one key is recorded again after takes that dropped frames.
+    static constexpr int kRetakesForDroppedFrames = 3;
     int retries_ = 0;                // takes of the current key refused for dropped frames
     int preparedEntry_ = -1;         // entry the devices were last prepared for
     const TGmsl* lastMsl_ = nullptr; // Multi-Sample whose channel the stop messages go to

@@ -263,7 +263,7 @@ TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
     EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 60)));
 }
 
-TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedOnceMoreThenTheRunStops)
+TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedAgainUntilDropsPersist)
 {
     addLayer("Soft", 1);
     selectKeys({60, 62});
@@ -287,8 +287,9 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedOnceMoreThenTheRunStops)
     EXPECT_EQ(observer.takes[1].file, keySampleFileName(project(), layer(0), 60));
     EXPECT_EQ(layer(0).keys[60].hasAudio, 1);
 
-    // Key 62 drops frames twice: nothing of it is kept and the run ends with the reason.
-    source.droppingTakes = 2;
+    // Key 62 drops frames in four takes in a row: nothing of it is kept and the run ends with
+    // the reason.
+    source.droppingTakes = 4;
     runToEnd(*run, clock);
     EXPECT_TRUE(run->failed());
     ASSERT_EQ(observer.boxes.size(), 1u);
@@ -296,7 +297,7 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedOnceMoreThenTheRunStops)
               "Error: Frames were dropped again while recording NOTE 62 (D4): 512 frame(s) "
               "missing, 1 input overflow(s). The take was not kept and the recording stopped; "
               "lower the system's load or raise the audio latency, then record again.");
-    EXPECT_EQ(source.armedAtMs.size(), 4u);
+    EXPECT_EQ(source.armedAtMs.size(), 6u);
     EXPECT_EQ(run->keysDone(), 1);
     EXPECT_EQ(layer(0).keys[62].hasAudio, 0);
     EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 62)));

@@ -1,6 +1,8 @@
 // Whole-or-nothing file writing: temporary file, sync, rename, sync of the folder.
 #include "core/AtomicFile.h"
 
+#include "core/ScratchFolders.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -130,7 +132,8 @@ bool AtomicFile::commit()
     }
     if (std::fflush(stream_) != 0 || std::ferror(stream_))
         remember(errno);
-    if (!failed_ && fsync(fileno(stream_)) != 0)
+    const bool durable = !isInScratchFolder(target_);
+    if (!failed_ && durable && fsync(fileno(stream_)) != 0)
         remember(errno);
     const int closed = std::fclose(stream_);
     stream_ = nullptr;
@@ -148,7 +151,8 @@ bool AtomicFile::commit()
     temporary_.clear();
     // The new file is complete either way; a folder that cannot be synced only weakens the
     // guarantee after a power cut, so it is not reported as a failed write.
-    syncParentFolder(target_);
+    if (durable)
+        syncParentFolder(target_);
     return true;
 }
 

@@ -13,7 +13,8 @@ namespace tg {
 // file systems); `commit()` flushes it, syncs it to disk, gives it the mode of the file it
 // replaces (or the usual 0666 less the umask for a new one), renames it over the target and
 // syncs the folder so that the rename itself survives a power cut. Until `commit()` succeeds the
-// old target is untouched; destruction without a commit removes the temporary file.
+// old target is untouched; destruction without a commit removes the temporary file. Files in a
+// scratch folder (ScratchFolders.h) are renamed into place without the syncs.
 //
 // Thread rules: one object per writer, any thread; not for audio callbacks.
 class AtomicFile {

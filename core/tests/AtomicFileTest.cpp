@@ -1,5 +1,7 @@
-// A replaced file keeps its mode and its links, and nothing reaches the target before commit.
+// A replaced file keeps its mode and its links, and nothing reaches the target before commit;
+// scratch folders are told apart by whole names.
 #include "core/AtomicFile.h"
+#include "core/ScratchFolders.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -68,3 +70,17 @@ TEST(AtomicFile, NothingReachesTheTargetUntilCommitAndAFailedWriteKeepsTheOldFil
 }
 
 } // namespace
+
+TEST(ScratchFolders, ContainWhatLiesInsideByWholeNamesOnlyWhileRegistered)
+{
+    tg::addScratchFolder("/tmp/stage/");
+    EXPECT_TRUE(tg::isInScratchFolder("/tmp/stage/a.wav"));
+    EXPECT_TRUE(tg::isInScratchFolder("/tmp/stage/sub/../b.wav"));
+    EXPECT_TRUE(tg::isInScratchFolder("/tmp/stage/Samples/c.wav"));
+    EXPECT_FALSE(tg::isInScratchFolder("/tmp/stage"));
+    EXPECT_FALSE(tg::isInScratchFolder("/tmp/stage2/a.wav"));
+    EXPECT_FALSE(tg::isInScratchFolder("/tmp/stage/../kept.wav"));
+    EXPECT_FALSE(tg::isInScratchFolder("/tmp/a.wav"));
+    tg::removeScratchFolder("/tmp/stage");
+    EXPECT_FALSE(tg::isInScratchFolder("/tmp/stage/a.wav"));
+}

@@ -2,6 +2,7 @@
 #include "export/templates/TemporaryFolder.h"
 
 #include "core/Message.h"
+#include "core/ScratchFolders.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -17,6 +18,7 @@ void TemporaryFolder::remove()
 {
     if (path_.empty())
         return;
+    removeScratchFolder(path_);
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
     path_.clear();
@@ -33,6 +35,8 @@ int TemporaryFolder::create(std::string& message)
     if (!mkdtemp(pattern.data()))
         return setMessage(message, "unable to create directory \"%s\"", pattern.c_str());
     path_ = pattern;
+    // Its files are zipped or copied elsewhere and then deleted: they need no syncing.
+    addScratchFolder(path_);
     return 1;
 }
 

@@ -1,4 +1,5 @@
 // A temporary folder owned by an exporter and removed with everything in it when the owner goes.
+// It is a scratch folder: the files written into it are not synced to disk.
 #pragma once
 
 #include <string>

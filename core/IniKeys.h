@@ -31,6 +31,8 @@ constexpr const char* kShowUpdateNotifications = "UpdateServiceDialog/ShowUpdate
 constexpr const char* kOutputAudioDeviceName = "Output/AudioDeviceName";
 constexpr const char* kInputMidiDeviceName = "Input/MidiDeviceName";
 constexpr const char* kInputMidiDeviceChannel = "Input/MidiDeviceChannel";
+// The MIDI keyboard plays the sound source through the program instead of the Key-Samples.
+constexpr const char* kInputMidiThrough = "Input/MidiThrough";
 
 // Record dialog options; every one defaults to true.
 constexpr const char* kRecordOnlyEmptyKeys = "RecordDialog/RecordOnlyEmptyKeys";

@@ -50,8 +50,9 @@ bool isInScratchFolder(const std::string& path)
 {
     const std::filesystem::path target = normal(path);
     const std::lock_guard<std::mutex> lock(gMutex);
-    return std::any_of(gFolders.begin(), gFolders.end(),
-                       [&](const std::filesystem::path& folder) { return contains(folder, target); });
+    return std::any_of(gFolders.begin(), gFolders.end(), [&](const std::filesystem::path& folder) {
+        return contains(folder, target);
+    });
 }
 
 } // namespace tg

@@ -104,6 +104,7 @@ void MidiManager::currentMultiSampleChanged(const TGmsl& msl)
     lastMessage_.clear();
     openOutputDevice(msl.MIDIoutDevice, lastMessage_);
     const MidiOutSettings settings = midiOutSettingsOf(msl);
+    outputChannel_ = settings.channel & 0x0F;
     sendProgramChange(settings);
     if (settings.autoSendReset)
         sendResetAllControllers(settings);
@@ -118,6 +119,7 @@ void MidiManager::multiSampleSettingChanged(const TGmsl& msl, const std::string&
         sendProgramChange(midiOutSettingsOf(msl));
     } else if (key == "msl_MIDIoutChannel" || key == "msl_MIDIoutProgram" ||
                key == "msl_MIDIoutProgram_active") {
+        outputChannel_ = msl.MIDIoutChannel & 0x0F;
         sendProgramChange(midiOutSettingsOf(msl));
     }
 }
@@ -138,11 +140,37 @@ void MidiManager::midiInDeviceChanged(const std::string& name)
     openInputDevice(name, lastMessage_);
 }
 
+void MidiManager::setThrough(bool through, int inputChannel)
+{
+    through_ = through;
+    throughInput_ = (inputChannel - 1) & 0x0F;
+}
+
+bool MidiManager::passThrough(const std::vector<unsigned char>& message)
+{
+    const int status = message[0] & 0xF0;
+    if (status < 0x80 || status == 0xF0 || (message[0] & 0x0F) != throughInput_)
+        return false;
+    // Program Change and Channel Pressure carry one data byte, the others two.
+    const int count = status == 0xC0 || status == 0xD0 ? 2 : 3;
+    if (int(message.size()) < count)
+        return false;
+    MidiMessage out;
+    out.count = count;
+    out.bytes[0] = uint8_t(status | outputChannel_);
+    for (int i = 1; i < count; ++i)
+        out.bytes[i] = message[size_t(i)] & 0x7F;
+    send(out);
+    return true;
+}
+
 void MidiManager::onMidiIn(std::vector<unsigned char> message)
 {
     if (message.empty())
         return;
     const int status = message[0] & 0xF0;
+    if (through_ && passThrough(message) && (status == 0x90 || status == 0x80))
+        return;
     const int data1 = message.size() > 1 ? message[1] : 0;
     const int data2 = message.size() > 2 ? message[2] : 0;
     if (status == 0xB0) {

@@ -50,6 +50,12 @@ class MidiManager : public QObject {
     void controllerChanged(const TGmsl& msl, int controller);
     void resetRequested(const TGmsl& msl);
     void midiInDeviceChanged(const std::string& name);
+    // Through: the MIDI keyboard plays the sound source. Channel messages arriving on
+    // `inputChannel` (1-16) go to the MIDI output on the current Multi-Sample's channel, and
+    // its notes no longer start Key-Samples (the source and the samples at once would only
+    // blur what the user wants to hear).
+    void setThrough(bool through, int inputChannel);
+    bool through() const { return through_; }
     const std::string& lastMessage() const { return lastMessage_; }
 
     // Sending, as the recording run and the controller editors use it.
@@ -70,6 +76,9 @@ class MidiManager : public QObject {
 
   private:
     void send(const MidiMessage& message);
+    // Passes a channel message of the input channel on to the output channel; false when the
+    // message is not one to pass on.
+    bool passThrough(const std::vector<unsigned char>& message);
 
     Sender sender_;
     NotePlayer notePlayer_;
@@ -77,6 +86,9 @@ class MidiManager : public QObject {
     ControllerCapture controllerCapture_;
     QTimer noteTimer_;
     int pendingNote_ = -1;
+    bool through_ = false;
+    int throughInput_ = 0;  // 0-15
+    int outputChannel_ = 0; // 0-15, the current Multi-Sample's
     std::string lastMessage_;
 };
 

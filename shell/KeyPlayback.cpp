@@ -17,16 +17,35 @@ KeyPlayback::KeyPlayback(Model& model, QObject* parent)
 
 void KeyPlayback::openDevices()
 {
-    const QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
-    audio_.setOutputDeviceName(ini.value(ini::kOutputAudioDeviceName).toString().toStdString());
-    const std::string midiInput = ini.value(ini::kInputMidiDeviceName).toString().toStdString();
-    if (!midiInput.empty())
-        midi_.midiInDeviceChanged(midiInput);
+    devicesOpen_ = true;
+    applyDevicePreferences();
     listener_ = std::make_unique<DeviceModelListener>(model_, &audio_, &midi_);
     if (const TGmsl* msl = model_.currentMultiSample()) {
         audio_.currentMultiSampleChanged(*msl);
         midi_.currentMultiSampleChanged(*msl);
     }
+}
+
+void KeyPlayback::applyDevicePreferences()
+{
+    if (!devicesOpen_)
+        return;
+    const QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
+    const std::string output = ini.value(ini::kOutputAudioDeviceName).toString().toStdString();
+    if (output != audio_.outputDeviceName()) {
+        audio_.setOutputDeviceName(output);
+        // Reopens the streams on the new output (nothing happens while they already match).
+        if (const TGmsl* msl = model_.currentMultiSample(); msl && listener_)
+            audio_.currentMultiSampleChanged(*msl);
+    }
+    const std::string midiInput = ini.value(ini::kInputMidiDeviceName).toString().toStdString();
+    if (midiInput != midiInput_) {
+        midiInput_ = midiInput;
+        if (!midiInput.empty())
+            midi_.midiInDeviceChanged(midiInput);
+    }
+    midi_.setThrough(ini.value(ini::kInputMidiThrough, false).toBool(),
+                     ini.value(ini::kInputMidiDeviceChannel, 1).toInt());
 }
 
 void KeyPlayback::pressKey(int note)

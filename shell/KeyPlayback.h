@@ -29,6 +29,9 @@ class KeyPlayback : public QObject {
     // preferences name ("Output/AudioDeviceName", "Input/MidiDeviceName") and opens the
     // streams of the current Multi-Sample.
     void openDevices();
+    // Takes up the output, MIDI input, its channel and Through the preferences name now
+    // (the device panel calls this after a choice); nothing before openDevices().
+    void applyDevicePreferences();
 
     AudioManager& audio() { return audio_; }
     MidiManager& midi() { return midi_; }
@@ -53,6 +56,8 @@ class KeyPlayback : public QObject {
     MidiManager midi_;
     KeyPlayer keys_;
     std::unique_ptr<DeviceModelListener> listener_; // from openDevices() on
+    bool devicesOpen_ = false;
+    std::string midiInput_; // the MIDI input last opened
 };
 
 } // namespace tg::shell

@@ -134,6 +134,9 @@ void MainWindow::createEditorAndKeyboard()
     keyboard_ = new KeyboardWidget(model_);
     keyPlayback_ = new KeyPlayback(model_, this);
     dock(QStringLiteral("KeyboardDock"))->setPanel(new KeyboardPanel(*keyboard_, *keyPlayback_));
+    if (auto* devices = findChild<InputOutputWidget*>())
+        connect(devices, &InputOutputWidget::globalDevicesChanged, keyPlayback_,
+                &KeyPlayback::applyDevicePreferences);
     connect(keyboard_, &KeyboardWidget::keySelected, editor_, &SampleEditor::onKeySelected);
 }
 

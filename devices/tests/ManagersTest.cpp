@@ -145,6 +145,37 @@ TEST_F(MidiManagerTest, ControllersAreCapturedOnlyWhenAskedAndBelow64)
     EXPECT_EQ(captured, (std::vector<Bytes>{{33, 5}}));
 }
 
+TEST_F(MidiManagerTest, ThroughPassesTheInputChannelOnToTheSourceInsteadOfPlayingKeys)
+{
+    manager->currentMultiSampleChanged(msl); // output channel 4 (3 stored)
+    sent.clear();
+    manager->setThrough(true, 2);
+    manager->onMidiIn({0x91, 60, 100});
+    manager->onMidiIn({0xC1, 5});
+    manager->onMidiIn({0xB1, 7, 99});
+    manager->onMidiIn({0x81, 60, 0});
+    manager->onMidiIn({0xF0, 0x7E, 0xF7}); // system messages stay here
+    manager->onMidiIn({0xC1});             // cut short: nothing half is sent
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0x93, 60, 100}, {0xC3, 5}, {0xB3, 7, 99}, {0x83, 60, 0}}));
+    EXPECT_FALSE(manager->notePending());
+
+    // Another channel's notes still play Key-Samples; a new output channel is followed.
+    sent.clear();
+    manager->onMidiIn({0x90, 62, 100});
+    EXPECT_TRUE(manager->notePending());
+    msl.MIDIoutChannel = 9;
+    manager->multiSampleSettingChanged(msl, "msl_MIDIoutChannel");
+    sent.clear();
+    manager->onMidiIn({0x91, 64, 1});
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0x99, 64, 1}}));
+
+    manager->setThrough(false, 2);
+    sent.clear();
+    manager->onMidiIn({0x91, 64, 1});
+    EXPECT_TRUE(sent.empty());
+    EXPECT_TRUE(manager->notePending());
+}
+
 TEST(AudioManager, OutputFollowsTheInputRateAndBits)
 {
     application();

@@ -9,6 +9,7 @@
 #include "shell/MessageBoxes.h"
 #include "shell/panels/ControllerTableWidget.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
@@ -84,8 +85,9 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
     auto* audioOutForm = new QFormLayout(audioOutGroup);
     audioOut_ = comboOf(entriesOr(deviceTables().audioOut, kNoAudioOutEntry));
     showText(audioOut_, ini->value(ini::kOutputAudioDeviceName, kNoAudioOutEntry).toString());
-    connect(audioOut_, &QComboBox::textActivated, this, [](const QString& name) {
+    connect(audioOut_, &QComboBox::textActivated, this, [this](const QString& name) {
         openIniFile()->setValue(ini::kOutputAudioDeviceName, name);
+        emit globalDevicesChanged();
     });
     audioOutForm->addRow(tr("Audio Out Device"), audioOut_);
     layout->addWidget(audioOutGroup);
@@ -94,15 +96,30 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
     auto* midiInForm = new QFormLayout(midiInGroup);
     midiIn_ = comboOf(entriesOr(deviceTables().midiIn, kNoMidiInEntry));
     showText(midiIn_, ini->value(ini::kInputMidiDeviceName, kNoMidiInEntry).toString());
-    connect(midiIn_, &QComboBox::textActivated, this,
-            [](const QString& name) { openIniFile()->setValue(ini::kInputMidiDeviceName, name); });
+    connect(midiIn_, &QComboBox::textActivated, this, [this](const QString& name) {
+        openIniFile()->setValue(ini::kInputMidiDeviceName, name);
+        emit globalDevicesChanged();
+    });
     midiInChannel_ = new QSpinBox;
     midiInChannel_->setRange(1, 16);
     midiInChannel_->setValue(ini->value(ini::kInputMidiDeviceChannel, 1).toInt());
-    connect(midiInChannel_, QOverload<int>::of(&QSpinBox::valueChanged), this,
-            [](int channel) { openIniFile()->setValue(ini::kInputMidiDeviceChannel, channel); });
+    midiInChannel_->setToolTip(tr("The channel whose messages Through passes on"));
+    connect(midiInChannel_, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int channel) {
+        openIniFile()->setValue(ini::kInputMidiDeviceChannel, channel);
+        emit globalDevicesChanged();
+    });
+    midiThrough_ = new QCheckBox(tr("Through"));
+    midiThrough_->setChecked(ini->value(ini::kInputMidiThrough, false).toBool());
+    midiThrough_->setToolTip(tr("Play the sound source from the MIDI keyboard: its messages go "
+                                "to the MIDI output on the Multi-Sample's channel, instead of "
+                                "playing the recorded Key-Samples"));
+    connect(midiThrough_, &QCheckBox::toggled, this, [this](bool through) {
+        openIniFile()->setValue(ini::kInputMidiThrough, through);
+        emit globalDevicesChanged();
+    });
     midiInForm->addRow(tr("MIDI In Device"), midiIn_);
     midiInForm->addRow(tr("Channel"), midiInChannel_);
+    midiInForm->addRow(QString(), midiThrough_);
     layout->addWidget(midiInGroup);
 
     auto* audioInGroup = new QGroupBox(tr("Audio In"));

@@ -28,6 +28,7 @@ class InputOutputWidget : public QWidget, public TonegrabberModelListener {
     QComboBox* audioOutDevice() const { return audioOut_; }
     QComboBox* midiInDevice() const { return midiIn_; }
     QSpinBox* midiInChannel() const { return midiInChannel_; }
+    QCheckBox* midiThrough() const { return midiThrough_; }
     QComboBox* audioInDevice() const { return audioIn_; }
     QComboBox* audioFormat() const { return format_; }
     QComboBox* midiOutDevice() const { return midiOut_; }
@@ -39,6 +40,11 @@ class InputOutputWidget : public QWidget, public TonegrabberModelListener {
     void multiSampleListChanged() override;
     void multiSampleChanged(int index) override;
     void settingChanged(const std::string& key) override;
+
+  signals:
+    // The audio output, the MIDI input, its channel or Through was chosen (and stored in the
+    // preferences): playback takes them up at once.
+    void globalDevicesChanged();
 
   private:
     QComboBox* projectCombo(const std::vector<std::string>& entries, ProjectWideSetting setting,
@@ -57,6 +63,7 @@ class InputOutputWidget : public QWidget, public TonegrabberModelListener {
     QComboBox* audioOut_ = nullptr;
     QComboBox* midiIn_ = nullptr;
     QSpinBox* midiInChannel_ = nullptr;
+    QCheckBox* midiThrough_ = nullptr;
     QComboBox* audioIn_ = nullptr;
     QComboBox* format_ = nullptr;
     QComboBox* midiOut_ = nullptr;

@@ -1,7 +1,8 @@
 // Key-Samples played in the desktop program, started the way its start-up starts it (the
 // real device layer, the preferences' output and MIDI input) on the offscreen platform: a
 // mouse press on the keyboard dock's key, and a Note On arriving through JACK MIDI on the
-// program's MIDI input, each captured on a JACK client of the test's own.
+// program's MIDI input, each captured on a JACK client of the test's own; with Through the
+// same Note On plays the synth instead.
 #include "core/IniKeys.h"
 #include "core/Model.h"
 #include "core/ProjectFile.h"
@@ -12,12 +13,16 @@
 #include "shell/KeyPlayback.h"
 #include "shell/MainWindow.h"
 #include "shell/QtPlatformLeaks.h"
+#include "shell/panels/InputOutputWidget.h"
 #include "shell/panels/KeyboardWidget.h"
 #include "tests/e2e/SampledKey.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/TempDir.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QSettings>
 #include <QTest>
 
@@ -123,6 +128,41 @@ TEST_F(KeyPlaybackEndToEnd, NoteOnFromMidiInputPlaysTheKeyUntilNoteOff)
         waitUntilSilent();
         ASSERT_FALSE(audio::player().isPlaying());
     });
+}
+
+TEST_F(KeyPlaybackEndToEnd, ThroughLetsTheMidiKeyboardPlayTheSynthInsteadOfTheKeys)
+{
+    auto* devices = window->findChild<shell::InputOutputWidget*>();
+    ASSERT_NE(devices, nullptr);
+    QComboBox* midiOut = devices->midiOutDevice();
+    ASSERT_GE(midiOut->findText(kSynthMidiPort), 0);
+    midiOut->setCurrentText(kSynthMidiPort);
+    emit midiOut->textActivated(midiOut->currentText());
+    devices->midiThrough()->setChecked(true);
+
+    // The synth's audio reaches the capture client beside the program's output.
+    JackPatchbay patchbay;
+    ASSERT_TRUE(patchbay.ok());
+    int patched = 0;
+    for (const std::string& port : patchbay.ports("^fluidsynth:"))
+        if (port.find("midi") == std::string::npos)
+            patched += patchbay.connect(port, std::string(kCaptureClient) + ":in_" +
+                                                  std::to_string(patched + 1));
+    ASSERT_EQ(patched, 2);
+
+    capture.restart();
+    midiKeys.send(0x90, 69, 110);
+    QTest::qWait(1500);
+    EXPECT_FALSE(audio::player().isPlaying());
+    midiKeys.send(0x80, 69, 0);
+    QTest::qWait(300);
+    const std::vector<double> heard = capture.channel(0);
+    const int rate = capture.sampleRate();
+    ASSERT_GT(heard.size(), size_t(rate * 1.5));
+    // Heard while held, at the pitch of the key (A4), whatever the synth's program.
+    EXPECT_GT(rmsBetween(heard, rate / 2, rate), 100.0);
+    EXPECT_NEAR(pitchHz(heard, rate / 2, rate, rate, 300.0, 600.0), 440.0, 5.0);
+    EXPECT_NE(window->keyPlayback().keys().lastNote(), 69);
 }
 
 } // namespace

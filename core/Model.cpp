@@ -309,11 +309,7 @@ Result Model::addMultiSample()
     msl.KBrangeOut = 79;
 
     keepMultiSampleVisible();
-    p.modified = 1;
-    notifyListeners([&](TonegrabberModelListener& l) {
-        l.multiSampleListChanged();
-        l.currentMultiSampleChanged(index);
-    });
+    multiSampleListEdited(p);
     return Result::done();
 }
 
@@ -331,12 +327,7 @@ Result Model::deleteMultiSample()
     if (p.currentMsl >= 1 && p.currentMsl >= p.mslCount)
         --p.currentMsl;
     keepMultiSampleVisible();
-    p.modified = 1;
-    const int current = p.currentMsl;
-    notifyListeners([&](TonegrabberModelListener& l) {
-        l.multiSampleListChanged();
-        l.currentMultiSampleChanged(current);
-    });
+    multiSampleListEdited(p);
     return Result::done();
 }
 
@@ -353,11 +344,7 @@ Result Model::duplicateMultiSample()
     p.currentMsl = index;
     p.mslCount = index + 1;
     keepMultiSampleVisible();
-    p.modified = 1;
-    notifyListeners([&](TonegrabberModelListener& l) {
-        l.multiSampleListChanged();
-        l.currentMultiSampleChanged(index);
-    });
+    multiSampleListEdited(p);
     return Result::done();
 }
 
@@ -370,12 +357,7 @@ Result Model::moveMultiSampleUp()
     --p.currentMsl;
     if (!rowVisible(p.currentMsl, p.topMsl, kVisibleMultiSampleRows))
         p.topMsl = std::max(0, p.currentMsl - 4);
-    p.modified = 1;
-    const int current = p.currentMsl;
-    notifyListeners([&](TonegrabberModelListener& l) {
-        l.multiSampleListChanged();
-        l.currentMultiSampleChanged(current);
-    });
+    multiSampleListEdited(p);
     return Result::done();
 }
 
@@ -388,13 +370,18 @@ Result Model::moveMultiSampleDown()
     ++p.currentMsl;
     if (!rowVisible(p.currentMsl, p.topMsl, kVisibleMultiSampleRows))
         p.topMsl = std::max(0, p.currentMsl - 1);
+    multiSampleListEdited(p);
+    return Result::done();
+}
+
+void Model::multiSampleListEdited(Project& p)
+{
     p.modified = 1;
     const int current = p.currentMsl;
     notifyListeners([&](TonegrabberModelListener& l) {
         l.multiSampleListChanged();
         l.currentMultiSampleChanged(current);
     });
-    return Result::done();
 }
 
 // ---------------------------------------------------------------- listeners

@@ -95,6 +95,9 @@ class Model {
     Project* slot(int index); // allocates on first use; nullptr when memory runs out
     void pointViewAt(int index);
     void keepMultiSampleVisible();
+    // After the Multi-Sample list of `p` changed: marks it modified and tells the listeners of
+    // the new list and current Multi-Sample.
+    void multiSampleListEdited(Project& p);
     void resetChannelLists(TGmsl& msl) const;
 
     std::array<std::unique_ptr<Project>, kMaxProjects> projects_;

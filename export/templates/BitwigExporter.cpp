@@ -23,16 +23,9 @@ std::string BitwigExporter::fileNameValue(const std::string& baseName) const
 
 void BitwigExporter::fillSampleValues(std::string& section, const SampleRow& row) const
 {
-    fillTextValue(section, "fileName", row.fileName);
-    fillFloat(section, "gain", 0.0);
+    fillZoneValues(section, row);
     fillFloat(section, "sampleStart", 0.0);
     fillFloat(section, "sampleStop", row.frames);
-    fillFloat(section, "tune", 0.0);
-    fillInt(section, "keyLow", row.keyLow);
-    fillInt(section, "keyHigh", row.keyHigh);
-    fillInt(section, "keyRoot", row.keyRoot);
-    fillInt(section, "velocityLow", row.velocityLow);
-    fillInt(section, "velocityHigh", row.velocityHigh);
     fillTextValue(section, "loopMode", row.keyLoopEnabled ? "sustain" : "off");
     fillFloat(section, "loopStart", row.loopStart);
     fillFloat(section, "loopStop", row.loopEnd);

@@ -7,7 +7,7 @@
 namespace tg {
 
 class BitwigExporter : public TemplateExporter {
-public:
+  public:
     // `destination` is the path of the ".multisample" file; every selected Multi-Sample is a
     // velocity layer of it.
     BitwigExporter(const Project& project, std::vector<int> selection, std::string destination,
@@ -22,11 +22,11 @@ public:
 
     const std::string& temporaryFolder() const { return temporary_.path(); }
 
-protected:
+  protected:
     std::string fileNameValue(const std::string& baseName) const override;
     void fillSampleValues(std::string& section, const SampleRow& row) const override;
 
-private:
+  private:
     TemporaryFolder temporary_;
 };
 

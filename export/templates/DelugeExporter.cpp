@@ -31,16 +31,9 @@ std::string DelugeExporter::fileNameValue(const std::string& baseName) const
 
 void DelugeExporter::fillSampleValues(std::string& section, const SampleRow& row) const
 {
-    fillTextValue(section, "fileName", row.fileName);
-    fillFloat(section, "gain", 0.0);
+    fillZoneValues(section, row);
     fillInt(section, "sampleStart", 0);
     fillInt(section, "sampleStop", row.frames);
-    fillFloat(section, "tune", 0.0);
-    fillInt(section, "keyLow", row.keyLow);
-    fillInt(section, "keyHigh", row.keyHigh);
-    fillInt(section, "keyRoot", row.keyRoot);
-    fillInt(section, "velocityLow", row.velocityLow);
-    fillInt(section, "velocityHigh", row.velocityHigh);
     fillInt(section, "transpose", 60 - row.keyRoot);
     fillInt(section, "loopStart", row.loopStart);
     fillInt(section, "loopStop", row.loopEnd);

@@ -6,7 +6,7 @@
 namespace tg {
 
 class DelugeExporter : public TemplateExporter {
-public:
+  public:
     // `destination` is the root folder of the card. Only the first Multi-Sample of the
     // selection (the selected layer) is exported; `baseName` names its synth and sample folder.
     DelugeExporter(const Project& project, std::vector<int> selection, std::string destination,
@@ -21,12 +21,12 @@ public:
     static const char* const kDestinationHint;
     static const char* const kLayerHint;
 
-protected:
+  protected:
     std::string fileNameValue(const std::string& baseName) const override;
     void fillSampleValues(std::string& section, const SampleRow& row) const override;
     void fillMainValues(std::string& text) const override;
 
-private:
+  private:
     std::string baseName_;
 };
 

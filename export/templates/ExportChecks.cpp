@@ -25,9 +25,8 @@ Result checkProphetXLayers(const Project& project, const std::vector<int>& selec
             layers.push_back(&project.msl[index]);
 
     std::vector<const TGmsl*> byVelocity = layers;
-    std::sort(byVelocity.begin(), byVelocity.end(), [](const TGmsl* a, const TGmsl* b) {
-        return a->range_start < b->range_start;
-    });
+    std::sort(byVelocity.begin(), byVelocity.end(),
+              [](const TGmsl* a, const TGmsl* b) { return a->range_start < b->range_start; });
     for (size_t i = 1; i < byVelocity.size(); ++i)
         if (byVelocity[i]->range_start != byVelocity[i - 1]->range_end + 1)
             return Result::refused(std::string(kNotCompatibleOne) +

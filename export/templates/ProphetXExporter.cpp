@@ -43,11 +43,7 @@ std::string ProphetXExporter::fileNameValue(const std::string& baseName) const
 
 void ProphetXExporter::fillSampleValues(std::string& section, const SampleRow& row) const
 {
-    fillTextValue(section, "fileName", row.fileName);
-    fillInt(section, "keyLow", row.keyLow);
-    fillInt(section, "keyHigh", row.keyHigh);
-    fillInt(section, "velocityLow", row.velocityLow);
-    fillInt(section, "velocityHigh", row.velocityHigh);
+    fillZoneValues(section, row);
     fillBytes(section, "pitchHertz", pitchHertzText(row.keyRoot));
     fillInt(section, "loopStart", row.loopStart);
     fillInt(section, "loopStop", row.loopEnd);

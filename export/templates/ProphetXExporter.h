@@ -15,7 +15,7 @@ struct ProphetXTarget {
 };
 
 class ProphetXExporter : public TemplateExporter {
-public:
+  public:
     // `destination` is the root folder of the drive.
     ProphetXExporter(const Project& project, std::vector<int> selection, std::string destination,
                      uint32_t settings, ProphetXTarget target);
@@ -33,12 +33,12 @@ public:
     std::string programFileName() const;
     const std::string& temporaryFolder() const { return temporary_.path(); }
 
-protected:
+  protected:
     std::string fileNameValue(const std::string& baseName) const override;
     void fillSampleValues(std::string& section, const SampleRow& row) const override;
     bool isXml() const override { return false; }
 
-private:
+  private:
     // 1 when no program of the category uses the number, else 0 with the refusal.
     int checkProgramNumber(std::string& message) const;
 

@@ -15,8 +15,8 @@ const char* const QuantumExporter::kDestinationHint =
     "Do NOT select the 'samples' folder.\nThere is only one loop option for all samples.";
 
 QuantumExporter::QuantumExporter(const Project& project, std::vector<int> selection,
-                                 std::string destination, uint32_t settings,
-                                 std::string folderName, std::string mapName)
+                                 std::string destination, uint32_t settings, std::string folderName,
+                                 std::string mapName)
     : TemplateExporter(project, std::move(selection), std::move(destination), settings,
                        "QuantumExporter", "QuantumTemplate_Main.map", "QuantumTemplate_Sample.map"),
       folderName_(std::move(folderName)), mapName_(std::move(mapName))
@@ -38,16 +38,9 @@ void QuantumExporter::fillSampleValues(std::string& section, const SampleRow& ro
 {
     // The map places everything as a fraction of the file; an empty file has no positions.
     const double frames = row.frames > 0 ? row.frames : 1.0;
-    fillTextValue(section, "fileName", row.fileName);
-    fillFloat(section, "gain", 0.0);
+    fillZoneValues(section, row);
     fillInt(section, "sampleStart", 0);
     fillInt(section, "sampleStop", row.frames);
-    fillFloat(section, "tune", 0.0);
-    fillInt(section, "keyLow", row.keyLow);
-    fillInt(section, "keyHigh", row.keyHigh);
-    fillInt(section, "keyRoot", row.keyRoot);
-    fillInt(section, "velocityLow", row.velocityLow);
-    fillInt(section, "velocityHigh", row.velocityHigh);
     fillInt(section, "transpose", 60 - row.keyRoot);
     fillInt(section, "loopMode", loopAll_ ? 1 : 0);
     fillFloat(section, "loopStart", row.fileHasLoop ? row.loopStart / frames : 0.0);

@@ -6,7 +6,7 @@
 namespace tg {
 
 class QuantumExporter : public TemplateExporter {
-public:
+  public:
     // `destination` is the root folder of the card or drive; the samples go to
     // samples/<folderName> and the map to samples/<folderName>/<mapName>.map.
     QuantumExporter(const Project& project, std::vector<int> selection, std::string destination,
@@ -21,13 +21,13 @@ public:
     // The settings dialog's words for this format.
     static const char* const kDestinationHint;
 
-protected:
+  protected:
     std::string fileNameValue(const std::string& baseName) const override;
     void fillSampleValues(std::string& section, const SampleRow& row) const override;
     void fillMainValues(std::string& text) const override;
     bool isXml() const override { return false; }
 
-private:
+  private:
     std::string folderName_;
     std::string mapName_;
 };

@@ -86,6 +86,18 @@ void TemplateExporter::fillTextValue(std::string& text, const std::string& key,
     fillBytes(text, key, isXml() ? escapeXml(latin1) : latin1);
 }
 
+void TemplateExporter::fillZoneValues(std::string& section, const SampleRow& row) const
+{
+    fillTextValue(section, "fileName", row.fileName);
+    fillFloat(section, "gain", 0.0);
+    fillFloat(section, "tune", 0.0);
+    fillInt(section, "keyLow", row.keyLow);
+    fillInt(section, "keyHigh", row.keyHigh);
+    fillInt(section, "keyRoot", row.keyRoot);
+    fillInt(section, "velocityLow", row.velocityLow);
+    fillInt(section, "velocityHigh", row.velocityHigh);
+}
+
 void TemplateExporter::fillUserText(std::string& text, const std::string& key,
                                     const std::string& value) const
 {

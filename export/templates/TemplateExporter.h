@@ -14,7 +14,7 @@ namespace tg {
 
 // The shared state of an exporter object: what to export, where, and how.
 class BaseExporter {
-public:
+  public:
     BaseExporter(const Project& project, std::vector<int> selection, std::string destination,
                  uint32_t settings);
     virtual ~BaseExporter();
@@ -32,36 +32,36 @@ public:
     void setProgress(ProgressFunction progress) { progress_ = std::move(progress); }
     void setAbortFlag(const std::atomic<bool>* abortFlag) { abortFlag_ = abortFlag; }
 
-protected:
-    const Project* project_;       // not owned
-    std::vector<int> selection_;   // Multi-Sample indices in export order
-    std::string destination_;      // a file path (Bitwig) or the root folder of a card or drive
-    uint32_t settings_;            // the Export Settings word
+  protected:
+    const Project* project_;     // not owned
+    std::vector<int> selection_; // Multi-Sample indices in export order
+    std::string destination_;    // a file path (Bitwig) or the root folder of a card or drive
+    uint32_t settings_;          // the Export Settings word
     ProgressFunction progress_;
     const std::atomic<bool>* abortFlag_ = nullptr;
 };
 
 // The values of one exported Key-Sample from which each format fills its per-sample template.
 struct SampleRow {
-    int mslIndex = 0;          // index into Project::msl
-    int ordinal = 0;           // place in the selection, from 0
-    int note = 0;              // MIDI note of the slot, 0..127
-    std::string fileName;      // the "fileName" value (as the target refers to the file)
-    int32_t frames = 0;        // frames of the written file
-    bool fileHasLoop = false;  // the written file carries a loop
-    int32_t loopStart = 0;     // frames; 0 without a loop
-    int32_t loopEnd = 0;       // frames, inclusive; the frame count without a loop
-    int keyLow = 0;            // zone, 0..127
-    int keyHigh = 0;           // zone, 0..127
-    int keyRoot = 60;          // MIDI note the file sounds at
-    int velocityLow = 0;       // layer velocity range, 0..127
+    int mslIndex = 0;         // index into Project::msl
+    int ordinal = 0;          // place in the selection, from 0
+    int note = 0;             // MIDI note of the slot, 0..127
+    std::string fileName;     // the "fileName" value (as the target refers to the file)
+    int32_t frames = 0;       // frames of the written file
+    bool fileHasLoop = false; // the written file carries a loop
+    int32_t loopStart = 0;    // frames; 0 without a loop
+    int32_t loopEnd = 0;      // frames, inclusive; the frame count without a loop
+    int keyLow = 0;           // zone, 0..127
+    int keyHigh = 0;          // zone, 0..127
+    int keyRoot = 60;         // MIDI note the file sounds at
+    int velocityLow = 0;      // layer velocity range, 0..127
     int velocityHigh = 127;
     bool keyLoopEnabled = false; // the Key-Sample's own loop switch
 };
 
 // Fills a main and a per-sample template read from the Resources folder.
 class TemplateExporter : public BaseExporter {
-public:
+  public:
     // "Loop all Samples (use Loop points if available)".
     void setLoopAllSamples(bool loopAll) { loopAll_ = loopAll; }
     // User texts; each is used up to its first 24 characters.
@@ -74,7 +74,7 @@ public:
     const std::string& sampleSections() const { return sampleSections_; }
     const std::vector<SampleRow>& rows() const { return rows_; }
 
-protected:
+  protected:
     // Reads "Resources/<mainFile>" and "Resources/<sampleFile>". A template that cannot be read
     // is reported by the export step.
     TemplateExporter(const Project& project, std::vector<int> selection, std::string destination,
@@ -93,6 +93,9 @@ protected:
     int writeDescription(const std::string& path, std::string& message);
     // Fills a text value: Latin-1, escaped when the format is XML.
     void fillTextValue(std::string& text, const std::string& key, const std::string& value) const;
+    // Fills what every format's sample section says the same way: the file name, the key and
+    // velocity ranges, the root key, and no gain or tuning of its own.
+    void fillZoneValues(std::string& section, const SampleRow& row) const;
     // Fills a user text (category, creator, keyword): Latin-1, its first 24 characters.
     void fillUserText(std::string& text, const std::string& key, const std::string& value) const;
     // The message prefix: the exporter's name line and a blank line.

@@ -7,7 +7,7 @@
 namespace tg {
 
 class TemporaryFolder {
-public:
+  public:
     TemporaryFolder() = default;
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
@@ -19,7 +19,7 @@ public:
     // Empty until create() succeeded.
     const std::string& path() const { return path_; }
 
-private:
+  private:
     void remove();
     std::string path_;
 };

@@ -21,12 +21,12 @@ struct ExportJob {
     std::vector<int> mslIndices; // selected Multi-Samples, in order
     uint32_t settings = 0;       // Export Settings word
     bool loopOnly = false;
-    // How often the writer asks for each Key-Sample: the Korg writer's stereo export renders
-    // every key once per channel. Progress counts every render.
-    int rendersPerKey = 1;
     // Key-Samples rendered at once on worker threads while this thread writes (the services'
     // renderThreads when the exporter allows it); 1 renders each on request, here.
     int renderThreads = 1;
+    // How often the writer asks for each Key-Sample: the Korg writer's stereo export renders
+    // every key once per channel. Progress counts every render.
+    int rendersPerKey = 1;
 };
 
 // One Key-Sample ready to be written: rendered, converted to the target format, gained.

@@ -84,14 +84,7 @@ int exportSoundFont2(Project& p, const ExportRequest& r, uint32_t word, bool,
 ExportJob templateJob(const char* nameLine, Project& p, const ExportRequest& r, uint32_t word,
                       bool loopOnly, const ExportServices& s)
 {
-    ExportJob job;
-    job.nameLine = nameLine;
-    job.project = &p;
-    job.mslIndices = r.mslIndices;
-    job.settings = word;
-    job.loopOnly = loopOnly;
-    job.renderThreads = s.renderThreads;
-    return job;
+    return ExportJob{nameLine, &p, r.mslIndices, word, loopOnly, s.renderThreads};
 }
 
 // The tagging dialog's name, or the Project's name when none was given.

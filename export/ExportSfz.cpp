@@ -109,12 +109,7 @@ int TGexport_DimensionSFZ(const std::string& folder, const std::string& baseName
         message = kNameLine + text;
         return 0;
     }
-    ExportJob job;
-    job.nameLine = kNameLine;
-    job.project = project;
-    job.mslIndices = mslIndices;
-    job.settings = settings;
-    job.renderThreads = services.renderThreads;
+    ExportJob job{kNameLine, project, mslIndices, settings, false, services.renderThreads};
     return runExportPipeline(job, services, sink, message);
 }
 

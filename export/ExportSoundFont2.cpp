@@ -77,12 +77,7 @@ int TGexport_SoundFont2(const std::string& folder, const std::string& bankName,
             valid.push_back(index);
     SoundFont2Sink sink(joinPath(folder, bankName + "." + extension), bankName,
                         size_t(countExportKeys(*project, valid)));
-    ExportJob job;
-    job.nameLine = kNameLine;
-    job.project = project;
-    job.mslIndices = mslIndices;
-    job.settings = settings;
-    job.renderThreads = services.renderThreads;
+    ExportJob job{kNameLine, project, mslIndices, settings, false, services.renderThreads};
     const int ok = runExportPipeline(job, services, sink, message);
     if (!ok)
         sink.discard();

@@ -68,13 +68,7 @@ int exportSampleSet(SetFormat format, const char* nameLine, const std::string& f
         message = std::string(nameLine) + "illegal pointer (==NULL)";
         return 0;
     }
-    ExportJob job;
-    job.nameLine = nameLine;
-    job.project = project;
-    job.mslIndices = mslIndices;
-    job.settings = settings;
-    job.loopOnly = loopOnly;
-    job.renderThreads = services.renderThreads;
+    ExportJob job{nameLine, project, mslIndices, settings, loopOnly, services.renderThreads};
     SampleSetSink sink(format, folder, nameTemplate, *project, services);
     return runExportPipeline(job, services, sink, message);
 }

@@ -149,12 +149,7 @@ int TGexport_DecentSampler(const std::string& folder, const std::string& baseNam
         return setMessage(message, "%s%s", kNameLine, text.c_str());
 
     DecentSink sink(*project, root, baseName, services);
-    ExportJob job;
-    job.nameLine = kNameLine;
-    job.project = project;
-    job.mslIndices = mslIndices;
-    job.settings = settings;
-    job.loopOnly = loopOnly;
+    ExportJob job{kNameLine, project, mslIndices, settings, loopOnly};
     if (!runExportPipeline(job, services, sink, message))
         return 0;
     if (library && !packLibrary(root, baseName, sink.samplePaths(),

@@ -96,12 +96,7 @@ int TGexport_OP1(const std::string& folder, const std::string& baseName, Project
     if (project == nullptr)
         return setMessage(message, "%sillegal pointer (==NULL)", kNameLine);
     Op1Sink sink(folder, baseName, mslIndices.size());
-    ExportJob job;
-    job.nameLine = kNameLine;
-    job.project = project;
-    job.mslIndices = mslIndices;
-    job.settings = settings;
-    job.loopOnly = loopOnly;
+    ExportJob job{kNameLine, project, mslIndices, settings, loopOnly};
     return runExportPipeline(job, services, sink, message);
 }
 

@@ -137,12 +137,7 @@ int TGexport_VolcaSample(const std::string& folder, const std::string& baseName,
         return setMessage(message, "%sthe first sample slot must be 0 to %d, not %d", kNameLine,
                           kVolcaSlots - 1, firstSlot);
     VolcaSink sink(folder, baseName, firstSlot);
-    ExportJob job;
-    job.nameLine = kNameLine;
-    job.project = project;
-    job.mslIndices = mslIndices;
-    job.settings = settings;
-    job.loopOnly = loopOnly;
+    ExportJob job{kNameLine, project, mslIndices, settings, loopOnly};
     return runExportPipeline(job, services, sink, message);
 }
 

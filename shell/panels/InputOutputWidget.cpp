@@ -128,6 +128,8 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
         projectCombo(audioInNames(), ProjectWideSetting::AudioInDevice, tr("audio input device"));
     format_ =
         projectCombo(formatNames(), ProjectWideSetting::AudioInFormat, tr("audio input format"));
+    // Device names can be long and are cut; the few format names are short and always read whole.
+    format_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     audioInForm->addRow(tr("Audio In Device"), audioIn_);
     audioInForm->addRow(tr("Audio Format"), format_);
     layout->addWidget(audioInGroup);

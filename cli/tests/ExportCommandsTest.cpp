@@ -69,12 +69,6 @@ TEST_F(ExportCommand, ShortKeysWriteTheirFormats)
     EXPECT_TRUE(std::filesystem::exists(dir.file("out/Hard-067.wav")));
     EXPECT_FALSE(std::filesystem::exists(dir.file("out/Soft-060.wav")));
 
-    // Other samplers' "(*.wav)" entries are WAV-files exports too.
-    r = run({"export", path, "--format", "MOTU Machfive (*.wav)", "--dest", dir.file("out"),
-             "--naming", "mf-<#msi#>-<#n#>", "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_TRUE(std::filesystem::exists(dir.file("out/mf-00-C4.wav")));
-
     r = run({"export", path, "--format", "Cakewalk Dimension (*.sfz)", "--dest",
              dir.file("out/Kit"), "--quiet", "--json"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;

@@ -168,21 +168,19 @@ TEST_F(ImportCommands, PresetsAndCopiesBetweenProjectFiles)
     EXPECT_EQ(nlohmann::json::parse(r.out)["presets"], nlohmann::json::array({"Keys"}));
     r = run({"preset", "apply", "Keys", dir.file("Fresh.TGprj"), "--data-path", dir.file("hi")});
     ASSERT_EQ(r.status, 0) << r.err;
-    const nlohmann::json fresh = info(dir.file("Fresh.TGprj"));
-    EXPECT_EQ(fresh["multisamples"][0]["AudioInFormat"], "44.1KHz, Stereo, 16bit");
-    EXPECT_EQ(fresh["multisamples"][0]["keys"][64]["keyState"], 1);
-    EXPECT_EQ(fresh["multisamples"][0]["keys"][64]["hasAudio"], 0);
+    // What a preset keeps and leaves out is PresetsTest's business.
+    EXPECT_EQ(info(dir.file("Fresh.TGprj"))["multisamples"][0]["AudioInFormat"],
+              "44.1KHz, Stereo, 16bit");
     EXPECT_EQ(run({"preset", "rename", "Keys", "Piano Keys"}).status, 0);
     r = run({"preset", "delete", "Keys"});
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, "There is no preset named \"Keys\".\n");
 
-    // Into the existing project (its Piano is taken: the copy becomes Piano-1), then a new one.
+    // Into the existing project, then a new one; names and files are InstrumentCopierTest's.
     ASSERT_EQ(run({"copy-instrument", source, dir.file("Fresh.TGprj")}).status, 0);
     ASSERT_EQ(run({"copy-instrument", source, dir.file("New.TGprj")}).status, 0);
     const nlohmann::json copied = info(dir.file("Fresh.TGprj"));
     ASSERT_EQ(copied["mslCount"], 2);
-    EXPECT_EQ(copied["multisamples"][1]["name"], "Piano-1");
     EXPECT_EQ(copied["multisamples"][1]["keys"][67]["hasAudio"], 1);
     const nlohmann::json made = info(dir.file("New.TGprj"));
     EXPECT_EQ(made["dataPath"], dir.file("New_data"));

@@ -213,16 +213,6 @@ TEST_F(ExportPipeline, UnreadableFileDuringLevelAnalysisAborts)
     expectMarkersUnchanged();
 }
 
-TEST_F(ExportPipeline, AbortAfterTheSecondKeyRestoresTheProject)
-{
-    sink.abortAfter = 2;
-    EXPECT_EQ(tg::runExportPipeline(job(kTrim, true), audio.services(), sink, message), 0);
-    EXPECT_EQ(message, "TGexport_Test():\n\nExport aborted.");
-    EXPECT_EQ(sink.keys.size(), 2u);
-    EXPECT_FALSE(sink.finished);
-    expectMarkersUnchanged();
-}
-
 TEST_F(ExportPipeline, WriteFailureRestoresTheProjectAndReportsTheWriter)
 {
     sink.failAt = 4;

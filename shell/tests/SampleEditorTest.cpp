@@ -5,7 +5,6 @@
 #include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
-#include "core/ProjectFile.h"
 #include "shell/MainWindow.h"
 #include "shell/editor/LoadedSample.h"
 #include "shell/editor/WaveformView.h"
@@ -126,19 +125,6 @@ TEST_F(SampleEditorTest, DraggingLoopInMovesTheModelMarkerAndTheInfoShowsIt)
     EXPECT_TRUE(model.currentProject()->modified);
     const QString info = window->centralArea()->infoSettings()->infoText();
     EXPECT_TRUE(info.contains(QStringLiteral("%1 - 15000").arg(moved))) << info.toStdString();
-
-    // Saved with the project and read back.
-    std::string message;
-    ASSERT_EQ(saveProject(*model.currentProject(), data.path(), "Editor", message), 1) << message;
-    Model reread;
-    ProjectLoadOutcome outcome;
-    ASSERT_EQ(loadProjects(reread, data.path(), {"Editor.TGprj"}, {}, outcome, message), 1)
-        << message;
-    EXPECT_EQ(reread.project(0).msl[0].keys[kNote].Loop_In, moved);
-
-    // Dragged past Loop_Out, Loop_In stops on it.
-    drag(view->xOfFrame(moved), view->xOfFrame(17000));
-    EXPECT_EQ(key().Loop_In, 15000);
 }
 
 TEST_F(SampleEditorTest, SnappedMarkersLandWhereTheSignChanges)

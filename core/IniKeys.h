@@ -32,6 +32,11 @@ constexpr const char* kOutputAudioDeviceName = "Output/AudioDeviceName";
 constexpr const char* kInputMidiDeviceName = "Input/MidiDeviceName";
 constexpr const char* kInputMidiDeviceChannel = "Input/MidiDeviceChannel";
 
+// The record dialog's tuning oscillator: waveform ("Sine" or "Rect"), MIDI note, peak in dB.
+constexpr const char* kTuningOscillatorWaveform = "RecordDialog/TuningOscillatorWaveform";
+constexpr const char* kTuningOscillatorNote = "RecordDialog/TuningOscillatorNote";
+constexpr const char* kTuningOscillatorVolume = "RecordDialog/TuningOscillatorVolume";
+
 // Record dialog options; every one defaults to true.
 constexpr const char* kRecordOnlyEmptyKeys = "RecordDialog/RecordOnlyEmptyKeys";
 constexpr const char* kKeepLockedKeys = "RecordDialog/KeepLockedKeys";

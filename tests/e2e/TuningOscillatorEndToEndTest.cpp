@@ -44,21 +44,7 @@ class TuningOscillatorOnJack : public ::testing::Test {
         app_ = std::make_unique<QApplication>(argc_, argv_);
         std::string msg;
         ASSERT_EQ(audio::initialize(msg), 1) << msg;
-        const int32_t device = audio::inputDeviceIndex("system", msg);
-        ASSERT_GE(device, 0) << msg;
-        const AudioStreamConfig config{device, -1, -1, 44100, 16, 2, -1.0f};
-        ASSERT_EQ(audio::openStreams(config, config, msg), 1) << msg;
-        ASSERT_EQ(audio::startStreams(msg), 1) << msg;
-        ASSERT_TRUE(patchbay_.ok());
-        const std::vector<std::string> inputs = patchbay_.ports("^Tonegrabber:in");
-        const std::vector<std::string> outputs = patchbay_.ports("^Tonegrabber:out");
-        ASSERT_EQ(inputs.size(), 2u);
-        ASSERT_EQ(outputs.size(), 2u);
-        for (size_t channel = 0; channel < 2; ++channel) {
-            for (const std::string& source : patchbay_.connections(inputs[channel]))
-                patchbay_.disconnect(source, inputs[channel]);
-            ASSERT_TRUE(patchbay_.connect(outputs[channel], inputs[channel]));
-        }
+        ASSERT_TRUE(openPlaybackLoopback(patchbay_, msg)) << msg;
         // The preferences' output is the one open, and a Project records from it: its run
         // opens nothing new, so only the dialog itself can silence the tone.
         shell::openIniFile()->setValue(QString::fromLatin1(ini::kOutputAudioDeviceName), "system");
@@ -139,8 +125,6 @@ TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
     ASSERT_GE(start, 0) << "the tone was not heard as made";
     const double pitch = pitchHz(left, start + 4410, start + 44100, kRate, 300.0, 600.0);
     EXPECT_NEAR(1200.0 * std::log2(pitch / 440.0), 0.0, 0.5) << pitch << " Hz";
-    EXPECT_NEAR(peakBetween(left, start, start + 44100), 32767.0 * std::pow(10.0, -12.0 / 20.0),
-                2 * kTolerance);
 
     // The loop as heard: where the capture leaves the looped wave is where Stop faded it.
     int64_t held = 0;

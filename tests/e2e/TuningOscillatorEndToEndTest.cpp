@@ -14,6 +14,7 @@
 #include "shell/dialogs/TuningOscillatorBox.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "tests/e2e/LoopWraps.h"
+#include "tests/e2e/SampledKey.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/TempDir.h"
@@ -163,6 +164,26 @@ TEST_F(TuningOscillatorOnJack, StartRecordingSilencesTheTone)
         << "the tone sounds on into the take";
     EXPECT_FALSE(box_->isEnabled()) << "the tone cannot be started during the run";
     EXPECT_TRUE(answerer.seen().empty()) << answerer.texts().join("\n").toStdString();
+}
+
+TEST(ToneCli, PlaysTheChosenNoteForTheGivenTime)
+{
+    TempDir dir;
+    const std::string home = dir.file("home");
+    chooseAudioOutput(home, "tg-e2e-tone-capture");
+    JackCapture capture("tg-e2e-tone-capture", 20.0);
+    ASSERT_TRUE(capture.ok());
+    std::string output;
+    ASSERT_EQ(runCli(home, "tone --note 57 --wave rect --volume -20 --seconds 1", output), 0)
+        << output;
+    const std::vector<double> left = capture.channel(0);
+    const int64_t onset = firstFrameAbove(left, 1000.0);
+    ASSERT_GE(onset, 0) << "nothing was heard";
+    EXPECT_NEAR(pitchHz(left, onset + 2205, onset + 22050, kRate, 150.0, 300.0), 220.0, 0.2);
+    int64_t last = int64_t(left.size()) - 1;
+    while (last > onset && std::fabs(left[size_t(last)]) <= kTolerance)
+        --last;
+    EXPECT_NEAR(double(last - onset) / kRate, 1.0, 0.2) << "heard for the seconds asked";
 }
 
 } // namespace

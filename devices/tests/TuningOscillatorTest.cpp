@@ -2,26 +2,15 @@
 #include "devices/TuningOscillator.h"
 
 #include "analysis/LoopQuality.h"
+#include "tests/e2e/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 namespace tg {
 namespace {
-
-std::vector<double> samples(const TuningWave& wave)
-{
-    std::vector<double> values(wave.data.size() / 2);
-    for (size_t i = 0; i < values.size(); ++i) {
-        int16_t value = 0;
-        std::memcpy(&value, &wave.data[i * 2], 2);
-        values[i] = value;
-    }
-    return values;
-}
 
 // The pitch from the first to the last rising zero crossing, each placed between its two
 // frames by linear interpolation.
@@ -56,7 +45,7 @@ TEST(TuningWave, PitchLevelAndSeamlessLoopForEveryWaveform)
             std::string msg;
             ASSERT_EQ(makeTuningWave({waveform, note, -6}, wave, msg), 1) << msg;
             ASSERT_EQ(wave.data.size(), 88200u);
-            const std::vector<double> x = samples(wave);
+            const std::vector<double> x = test::firstChannel(wave.data, 1, 44100);
             EXPECT_NEAR(centsBetween(pitchFromCrossings(x, 44100.0), tuningFrequency(note)), 0.0,
                         0.1);
             double peak = 0.0;

@@ -1,4 +1,5 @@
 // `play`: a Key-Sample on the preferences' audio output, as a key held for a while and let go.
+// `tone`: the tuning oscillator's reference tone on the same output, for a while.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/ProjectAccess.h"
@@ -11,6 +12,7 @@
 #include "devices/DeviceTables.h"
 #include "devices/KeySamplePlayback.h"
 #include "devices/MidiPorts.h"
+#include "devices/TuningOscillator.h"
 #include "recording/StartupWiring.h"
 
 #include <QCoreApplication>
@@ -32,6 +34,13 @@ struct PlayOptions {
     int key = -1;
     int multisample = -1;
     double hold = 1.0;
+};
+
+struct ToneOptions {
+    int note = TuningTone{}.note;
+    std::string wave = "sine";
+    int volume = TuningTone{}.volumeDb;
+    double seconds = 3.0;
 };
 
 std::atomic<int> letGo{0};
@@ -104,8 +113,7 @@ int runPlay(const PlayOptions& options)
         return fail(message, false);
     if (!openProjectFile(model, options.project, message))
         return fail(message, false);
-    if (const int status = selectMultiSampleArgument(model, options.multisample);
-        status != kExitOk)
+    if (const int status = selectMultiSampleArgument(model, options.multisample); status != kExitOk)
         return status;
 
     letGo.store(0);
@@ -117,6 +125,43 @@ int runPlay(const PlayOptions& options)
     audio::closeStreams(message);
     audio::terminate();
     midi::destroyMidi();
+    return status;
+}
+
+int runTone(const ToneOptions& options)
+{
+    const std::string output = preferencesOutputDevice();
+    if (output.empty() || output == kNoAudioOutEntry)
+        return fail("No audio output is chosen in the preferences (" +
+                        std::string(ini::kOutputAudioDeviceName) + ").",
+                    false);
+    std::string message;
+    if (!audio::initialize(message))
+        return fail(message, false);
+    TuningTone tone;
+    tone.waveform = options.wave == "rect" ? TuningWaveform::Rect : TuningWaveform::Sine;
+    tone.note = options.note;
+    tone.volumeDb = options.volume;
+
+    letGo.store(0);
+    std::signal(SIGINT, onLetGo);
+    std::signal(SIGTERM, onLetGo);
+    int status = kExitOk;
+    TuningOscillator oscillator;
+    if (!oscillator.start(tone, output, message)) {
+        status = fail(message, false);
+    } else {
+        std::cerr << "Playing " << options.wave << " " << noteName(tone.note) << " ("
+                  << tuningFrequency(tone.note) << " Hz, " << tone.volumeDb << " dB) on " << output
+                  << " for " << options.seconds << " s\n";
+        waitFor(options.seconds, [] { return letGo.load() != 0; });
+        oscillator.stop();
+        waitFor(1.0, [] { return !audio::player().isPlaying(); }); // the fade-out block
+    }
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+    audio::closeStreams(message);
+    audio::terminate();
     return status;
 }
 
@@ -138,6 +183,21 @@ void addPlayCommands(CliApp& app)
                      "Multi-Sample index (default: the current one)")
         ->check(CLI::Range(0, kMaxMultiSamples - 1));
     play->add_option("--hold", options->hold, "Seconds the key is held (default 1)")
+        ->check(CLI::Range(0.0, 3600.0));
+
+    auto tone = std::make_shared<ToneOptions>();
+    CLI::App* toneCommand = app.addCommand(
+        "tone",
+        "Plays the tuning oscillator's reference tone on the preferences' audio output "
+        "(Ctrl-C stops early)",
+        [tone] { return runTone(*tone); });
+    toneCommand->add_option("--note", tone->note, "MIDI note 21-108 (default 69: A4, 440 Hz)")
+        ->check(CLI::Range(kTuningLowestNote, kTuningHighestNote));
+    toneCommand->add_option("--wave", tone->wave, "sine or rect (default sine)")
+        ->check(CLI::IsMember({"sine", "rect"}));
+    toneCommand->add_option("--volume", tone->volume, "Peak level in dB, -60 to 0 (default -12)")
+        ->check(CLI::Range(kTuningQuietestDb, 0));
+    toneCommand->add_option("--seconds", tone->seconds, "Seconds to play (default 3)")
         ->check(CLI::Range(0.0, 3600.0));
 }
 

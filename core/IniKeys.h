@@ -34,6 +34,11 @@ constexpr const char* kInputMidiDeviceChannel = "Input/MidiDeviceChannel";
 // The MIDI keyboard plays the sound source through the program instead of the Key-Samples.
 constexpr const char* kInputMidiThrough = "Input/MidiThrough";
 
+// The record dialog's tuning oscillator: waveform ("Sine" or "Rect"), MIDI note, peak in dB.
+constexpr const char* kTuningOscillatorWaveform = "RecordDialog/TuningOscillatorWaveform";
+constexpr const char* kTuningOscillatorNote = "RecordDialog/TuningOscillatorNote";
+constexpr const char* kTuningOscillatorVolume = "RecordDialog/TuningOscillatorVolume";
+
 // Record dialog options; every one defaults to true.
 constexpr const char* kRecordOnlyEmptyKeys = "RecordDialog/RecordOnlyEmptyKeys";
 constexpr const char* kKeepLockedKeys = "RecordDialog/KeepLockedKeys";

@@ -11,6 +11,7 @@
 #include "recording/RealTimeTakeSource.h"
 #include "shell/IniFile.h"
 #include "shell/dialogs/RecordingCheckDialog.h"
+#include "shell/dialogs/TuningOscillatorBox.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -132,6 +133,11 @@ void RecordDialog::buildLayout()
     buttons->addWidget(close_);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
+    // Connected before the run's own handler: the tone stops before a take can begin.
+    auto* oscillator = new TuningOscillatorBox(this);
+    connect(start_, &QPushButton::clicked, oscillator, &TuningOscillatorBox::stopForRecording);
+    connect(this, &QDialog::finished, oscillator, &TuningOscillatorBox::stop);
+    layout->addWidget(oscillator);
     layout->addWidget(progress_);
     layout->addWidget(log_, 1);
     layout->addLayout(buttons);

@@ -117,6 +117,30 @@ std::vector<std::string> JackPatchbay::connections(const std::string& port)
     return names;
 }
 
+bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg)
+{
+    const int32_t device = audio::inputDeviceIndex("system", msg);
+    const AudioStreamConfig config{device, -1, -1, 44100, 16, 2, -1.0f};
+    if (device < 0 || !audio::openStreams(config, config, msg) || !audio::startStreams(msg))
+        return false;
+    const std::vector<std::string> inputs = patchbay.ports("^Tonegrabber:in");
+    const std::vector<std::string> outputs = patchbay.ports("^Tonegrabber:out");
+    if (!patchbay.ok() || inputs.size() != 2 || outputs.size() != 2) {
+        setMessage(msg, "the stream's two JACK inputs and outputs were not found");
+        return false;
+    }
+    for (size_t channel = 0; channel < 2; ++channel) {
+        for (const std::string& source : patchbay.connections(inputs[channel]))
+            patchbay.disconnect(source, inputs[channel]);
+        if (!patchbay.connect(outputs[channel], inputs[channel])) {
+            setMessage(msg, "%s could not be connected to %s", outputs[channel].c_str(),
+                       inputs[channel].c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
 JackCapture::JackCapture(const std::string& name, double seconds)
 {
     jack_status_t status;

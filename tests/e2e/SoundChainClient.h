@@ -60,6 +60,11 @@ class JackPatchbay {
     void* client_ = nullptr;
 };
 
+// Opens one duplex stream on the server's "system" device (44100 Hz, 16-bit stereo) and feeds
+// its output back into its input in place of what fed it, so that the recorder captures
+// exactly what the player plays. False with `msg` filled.
+bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg);
+
 // A JACK client of the test's own with two audio inputs that records everything arriving
 // there, from activation until `seconds` are full. Its name is an audio device to PortAudio,
 // so a program told to play on it connects its outputs here as its stream starts.

@@ -1,0 +1,190 @@
+// The record dialog's tuning oscillator through a real JACK graph: the output of a duplex
+// stream on the dummy server's "system" device is patched into its own input, so the recorder
+// captures exactly what the dialog's controls played.
+#include "core/IniKeys.h"
+#include "core/Model.h"
+#include "devices/AudioEngine.h"
+#include "devices/DeviceTables.h"
+#include "devices/TuningOscillator.h"
+#include "recording/ProjectSetup.h"
+#include "recording/RecordList.h"
+#include "shell/IniFile.h"
+#include "shell/QtPlatformLeaks.h"
+#include "shell/dialogs/RecordDialog.h"
+#include "shell/dialogs/TuningOscillatorBox.h"
+#include "shell/tests/WidgetTestSupport.h"
+#include "tests/e2e/LoopWraps.h"
+#include "tests/e2e/SampledKey.h"
+#include "tests/e2e/SoundChainClient.h"
+#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/TempDir.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QPushButton>
+#include <QSpinBox>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace tg::test {
+namespace {
+
+constexpr double kTolerance = 3.0; // JACK's float round trip moves a 16-bit value a step
+constexpr double kRate = 44100.0;
+
+class TuningOscillatorOnJack : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("TONEGRABBER_MIDI_API", "jack");
+        app_ = std::make_unique<QApplication>(argc_, argv_);
+        std::string msg;
+        ASSERT_EQ(audio::initialize(msg), 1) << msg;
+        ASSERT_TRUE(openPlaybackLoopback(patchbay_, msg)) << msg;
+        // The preferences' output is the one open, and a Project records from it: its run
+        // opens nothing new, so only the dialog itself can silence the tone.
+        shell::openIniFile()->setValue(QString::fromLatin1(ini::kOutputAudioDeviceName), "system");
+        std::string midiLog;
+        ASSERT_EQ(buildMidiDeviceTables(deviceTables(), midiLog), 1) << midiLog;
+        ProjectSetupRecord setup;
+        setup.dataPath = dir_.path();
+        setup.audioInDevice = "system";
+        setup.midiOutDevice = kSynthMidiPort;
+        ASSERT_TRUE(createProjectFromSetup(model_, setup).ok());
+        dialog_ = std::make_unique<shell::RecordDialog>(model_, kRecordSelectedMultiSample, true);
+        box_ = dialog_->findChild<shell::TuningOscillatorBox*>();
+        ASSERT_NE(box_, nullptr);
+    }
+
+    void TearDown() override
+    {
+        dialog_.reset();
+        std::string msg;
+        audio::closeStreams(msg);
+        audio::terminate();
+    }
+
+    void choose(const char* waveform, int note, int volumeDb)
+    {
+        box_->waveformBox()->setCurrentText(QString::fromLatin1(waveform));
+        box_->noteBox()->setCurrentIndex(box_->noteBox()->findData(note));
+        box_->volumeBox()->setValue(volumeDb);
+    }
+
+    // The first channel captured while `actions` ran.
+    std::vector<double> capture(double seconds, std::vector<TimedAction> actions)
+    {
+        std::string msg;
+        EXPECT_TRUE(recordWithActions(seconds, std::move(actions), msg)) << msg;
+        RecordedTake take = audio::recordBuffer();
+        return firstChannel(*take.data, 2, take.frames);
+    }
+
+    int argc_ = 1;
+    char name_[8] = "tuning";
+    char* argv_[2] = {name_, nullptr};
+    std::unique_ptr<QApplication> app_;
+    JackPatchbay patchbay_;
+    TempDir dir_;
+    Model model_;
+    std::unique_ptr<shell::RecordDialog> dialog_;
+    shell::TuningOscillatorBox* box_ = nullptr;
+};
+
+// The frame where `wave` starts in `played`: the first of the frames around the first sound
+// from which the wave's first milliseconds are heard unchanged, or -1.
+int64_t waveStart(const std::vector<double>& played, const std::vector<double>& wave)
+{
+    const int64_t onset = firstFrameAbove(played, 4 * kTolerance);
+    for (int64_t start = std::max<int64_t>(0, onset - 4); onset >= 0 && start <= onset; ++start) {
+        bool same = true;
+        for (size_t i = 0; same && i < 441 && start + int64_t(i) < int64_t(played.size()); ++i)
+            same = std::fabs(played[size_t(start) + i] - wave[i]) <= kTolerance;
+        if (same)
+            return start;
+    }
+    return -1;
+}
+
+TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
+{
+    choose("Sine", 69, -12);
+    const std::vector<double> left = capture(3.0, {{0.2, [&] { box_->playButton()->click(); }},
+                                                   {2.4, [&] { box_->playButton()->click(); }}});
+    EXPECT_TRUE(box_->problem().isEmpty()) << box_->problem().toStdString();
+
+    TuningWave wave;
+    std::string msg;
+    ASSERT_EQ(makeTuningWave({TuningWaveform::Sine, 69, -12}, wave, msg), 1) << msg;
+    const std::vector<double> expected = firstChannel(wave.data, 1, int64_t(wave.data.size() / 2));
+    const int64_t start = waveStart(left, expected);
+    ASSERT_GE(start, 0) << "the tone was not heard as made";
+    const double pitch = pitchHz(left, start + 4410, start + 44100, kRate, 300.0, 600.0);
+    EXPECT_NEAR(1200.0 * std::log2(pitch / 440.0), 0.0, 0.5) << pitch << " Hz";
+
+    // The loop as heard: where the capture leaves the looped wave is where Stop faded it.
+    int64_t held = 0;
+    const int64_t loopLength = wave.loopEnd - wave.loopStart;
+    while (start + held < int64_t(left.size())) {
+        const int64_t frame =
+            held < wave.loopEnd ? held : wave.loopStart + (held - wave.loopStart) % loopLength;
+        if (std::fabs(left[size_t(start + held)] - expected[size_t(frame)]) > kTolerance)
+            break;
+        ++held;
+    }
+    EXPECT_GT(held, int64_t(1.8 * kRate)) << "the tone plays on until Stop";
+    const LoopWraps wraps =
+        measureLoopWraps(left, start + wave.loopStart, start + wave.loopEnd - 1, start + held);
+    EXPECT_GE(wraps.wraps, 2);
+    EXPECT_EQ(wraps.clickingWraps, 0) << "worst seam step " << wraps.worstRatio << " x median";
+
+    const int64_t block = int64_t(audio::outputFramesPerBuffer());
+    EXPECT_LE(peakBetween(left, start + held + block, int64_t(left.size())), kTolerance)
+        << "Stop ends the tone within a block";
+    EXPECT_EQ(box_->playButton()->text(), "Start");
+}
+
+TEST_F(TuningOscillatorOnJack, StartRecordingSilencesTheTone)
+{
+    choose("Rect", 57, -20);
+    MessageBoxAnswerer answerer;
+    const std::vector<double> left =
+        capture(1.5, {{0.2, [&] { box_->playButton()->click(); }},
+                      {0.8, [&] { dialog_->startButton()->click(); }}});
+    const int64_t onset = firstFrameAbove(left, 1000.0);
+    ASSERT_GT(onset, 0) << "the tone was not heard";
+    EXPECT_NEAR(pitchHz(left, onset + 2205, onset + 11025, kRate, 150.0, 300.0), 220.0, 0.2);
+    const auto stopped = int64_t(1.1 * kRate); // 0.3 s after the click: room for a late period
+    EXPECT_LE(peakBetween(left, stopped, int64_t(left.size())), kTolerance)
+        << "the tone sounds on into the take";
+    EXPECT_FALSE(box_->isEnabled()) << "the tone cannot be started during the run";
+    EXPECT_TRUE(answerer.seen().empty()) << answerer.texts().join("\n").toStdString();
+}
+
+TEST(ToneCli, PlaysTheChosenNoteForTheGivenTime)
+{
+    TempDir dir;
+    const std::string home = dir.file("home");
+    chooseAudioOutput(home, "tg-e2e-tone-capture");
+    JackCapture capture("tg-e2e-tone-capture", 20.0);
+    ASSERT_TRUE(capture.ok());
+    std::string output;
+    ASSERT_EQ(runCli(home, "tone --note 57 --wave rect --volume -20 --seconds 1", output), 0)
+        << output;
+    const std::vector<double> left = capture.channel(0);
+    const int64_t onset = firstFrameAbove(left, 1000.0);
+    ASSERT_GE(onset, 0) << "nothing was heard";
+    EXPECT_NEAR(pitchHz(left, onset + 2205, onset + 22050, kRate, 150.0, 300.0), 220.0, 0.2);
+    int64_t last = int64_t(left.size()) - 1;
+    while (last > onset && std::fabs(left[size_t(last)]) <= kTolerance)
+        --last;
+    EXPECT_NEAR(double(last - onset) / kRate, 1.0, 0.2) << "heard for the seconds asked";
+}
+
+} // namespace
+} // namespace tg::test

@@ -28,7 +28,7 @@ AudioStreamConfig AudioManager::buildInputConfig(const TGmsl& msl) const
     AudioStreamConfig config{0, -1, -1, 0, 0, 0, -1.0f};
     std::string msg;
     config.device = audio::inputDeviceIndex(msl.AudioInDevice, msg);
-    const std::vector<std::string> channelNames = audio::asioChannelNames(config.device, msg);
+    const std::vector<std::string> channelNames = audio::inputChannelNames(config.device, msg);
     const int position = audioInTableIndex(deviceTables(), msl.AudioInDevice);
     auto keep = [&](const std::vector<int32_t>& stored) {
         if (position < 0 || size_t(position) >= stored.size())
@@ -81,7 +81,9 @@ void AudioManager::currentMultiSampleChanged(const TGmsl& msl)
 
 void AudioManager::multiSampleSettingChanged(const TGmsl& msl, const std::string& key)
 {
-    if (key == "msl_AudioInDevice" || key == "msl_AudioInFormat" || key == "msl_AudioInChannelL")
+    // Either chosen channel reopens the input: a stereo take keeps both.
+    if (key == "msl_AudioInDevice" || key == "msl_AudioInFormat" || key == "msl_AudioInChannelL" ||
+        key == "msl_AudioInChannelR")
         currentMultiSampleChanged(msl);
 }
 

@@ -3,6 +3,7 @@
 
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/RecordFormats.h"
 
 namespace tg {
@@ -29,15 +30,12 @@ AudioStreamConfig AudioManager::buildInputConfig(const TGmsl& msl) const
     std::string msg;
     config.device = audio::inputDeviceIndex(msl.AudioInDevice, msg);
     const std::vector<std::string> channelNames = audio::inputChannelNames(config.device, msg);
-    const int position = audioInTableIndex(deviceTables(), msl.AudioInDevice);
-    auto keep = [&](const std::vector<int32_t>& stored) {
-        if (position < 0 || size_t(position) >= stored.size())
-            return -1;
-        const int32_t channel = stored[size_t(position)];
+    auto keep = [&](ChannelSide side) {
+        const int32_t channel = storedInputChannel(deviceTables(), msl, side);
         return channel >= 0 && size_t(channel) < channelNames.size() ? channel : -1;
     };
-    config.channelLeft = keep(msl.audioInChannelL);
-    config.channelRight = keep(msl.audioInChannelR);
+    config.channelLeft = keep(ChannelSide::Left);
+    config.channelRight = keep(ChannelSide::Right);
     WaveFormat format;
     formatFromName(msl.AudioInFormat, format);
     config.sampleRate = int32_t(format.nSamplesPerSec);

@@ -58,4 +58,25 @@ bool storeInputChannel(const DeviceTables& tables, TGmsl& msl, ChannelSide side,
     return true;
 }
 
+bool chooseInputChannels(const DeviceTables& tables, TGmsl& msl, int32_t left, int32_t right,
+                         std::string& msg)
+{
+    const std::string device(msl.AudioInDevice,
+                             strnlen(msl.AudioInDevice, sizeof msl.AudioInDevice));
+    const std::vector<std::string> names = choosableInputChannels(tables, device);
+    if (names.empty()) {
+        msg = "the audio input device '" + device + "' has no channels to choose from";
+        return false;
+    }
+    for (int32_t channel : {left, right})
+        if (channel >= int32_t(names.size()) || channel < -1) {
+            msg = "the audio input device '" + device + "' has channels 1 to " +
+                  std::to_string(names.size());
+            return false;
+        }
+    storeInputChannel(tables, msl, ChannelSide::Left, left);
+    storeInputChannel(tables, msl, ChannelSide::Right, right);
+    return true;
+}
+
 } // namespace tg

@@ -28,4 +28,9 @@ int32_t storedInputChannel(const DeviceTables& tables, const TGmsl& msl, Channel
 // grows with -1. False when the device is not in the table.
 bool storeInputChannel(const DeviceTables& tables, TGmsl& msl, ChannelSide side, int32_t channel);
 
+// Chooses device channels `left` and `right` (0-based; right -1 for a mono take) for
+// `msl`'s own device. False with `msg` when the device offers no choice or lacks a channel.
+bool chooseInputChannels(const DeviceTables& tables, TGmsl& msl, int32_t left, int32_t right,
+                         std::string& msg);
+
 } // namespace tg

@@ -1,11 +1,14 @@
 // Choosing the channels of a multi-channel input: a JACK client with four outputs, each a
 // tone of its own, recorded through the device table, the audio manager and the engine.
+#include "audiofile/WavFile.h"
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceTables.h"
 #include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ShellCommand.h"
+#include "tests/support/TempDir.h"
 
 #include <QCoreApplication>
 
@@ -13,6 +16,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 namespace tg::test {
@@ -115,6 +119,50 @@ TEST_F(FourChannelInterface, ChosenChannelsFillTheTake)
     EXPECT_EQ(audio::currentInputConfig().channelLeft, -1);
     EXPECT_NEAR(pitchNear(take[0], kTones[0]), kTones[0], kTones[0] * 0.01);
     EXPECT_NEAR(pitchNear(take[1], kTones[1]), kTones[1], kTones[1] * 0.01);
+}
+
+// The same choice through the command line: `devices` names the channels and a recording
+// run with --input-channels takes channels 3 and 4 into its Key-Sample.
+TEST_F(FourChannelInterface, CliRecordsTheChannelsItIsGiven)
+{
+    test::TempDir dir;
+    const std::string data = dir.file("data");
+    std::filesystem::create_directories(data);
+    const std::string project = dir.file("Tones.TGprj");
+    auto cli = [&](const std::string& arguments, std::string* output = nullptr) {
+        return runCommand("TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH + "' " +
+                              arguments + " 2>&1",
+                          output);
+    };
+    std::string output;
+    ASSERT_EQ(cli("devices", &output), 0) << output;
+    EXPECT_NE(output.find("channels of tg-e2e-interface: 1=out_1 2=out_2 3=out_3 4=out_4"),
+              std::string::npos)
+        << output;
+    ASSERT_EQ(cli("new '" + project + "' --data-path '" + data + "' --audio-in " + kInterface +
+                      " --midi-out='-No MIDI Out-' --keys 37 --step 37 --note-length 0.6 "
+                      "--release-length 0 --autoloop off",
+                  &output),
+              0)
+        << output;
+    EXPECT_EQ(cli("record '" + project + "' --quiet --input-channels 5", &output), 2) << output;
+    EXPECT_NE(output.find("has channels 1 to 4"), std::string::npos) << output;
+    ASSERT_EQ(cli("record '" + project + "' --quiet --input-channels 3,4", &output), 0) << output;
+
+    int takes = 0;
+    for (const auto& file : std::filesystem::directory_iterator(data)) {
+        WaveFormat format;
+        std::vector<uint8_t> bytes;
+        std::string message;
+        ASSERT_EQ(readWav(file.path().string(), format, bytes, message), 1) << message;
+        ASSERT_EQ(format.nChannels, 2);
+        const std::vector<uint8_t> right(bytes.begin() + 2, bytes.end());
+        const int64_t frames = int64_t(bytes.size() / 4) - 1;
+        EXPECT_NEAR(pitchNear(firstChannel(bytes, 2, frames), kTones[2]), kTones[2], 5.3);
+        EXPECT_NEAR(pitchNear(firstChannel(right, 2, frames), kTones[3]), kTones[3], 7.7);
+        ++takes;
+    }
+    EXPECT_EQ(takes, 1);
 }
 
 } // namespace

@@ -29,7 +29,9 @@ AudioStreamConfig AudioManager::buildInputConfig(const TGmsl& msl) const
     AudioStreamConfig config{0, -1, -1, 0, 0, 0, -1.0f};
     std::string msg;
     config.device = audio::inputDeviceIndex(msl.AudioInDevice, msg);
-    const std::vector<std::string> channelNames = audio::inputChannelNames(config.device, msg);
+    // The names as start-up listed them: asking the driver again costs a JACK client.
+    const std::vector<std::string> channelNames =
+        choosableInputChannels(deviceTables(), msl.AudioInDevice);
     auto keep = [&](ChannelSide side) {
         const int32_t channel = storedInputChannel(deviceTables(), msl, side);
         return channel >= 0 && size_t(channel) < channelNames.size() ? channel : -1;

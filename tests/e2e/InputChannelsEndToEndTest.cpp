@@ -103,10 +103,10 @@ TEST_F(FourChannelInterface, ChosenChannelsFillTheTake)
     EXPECT_EQ(audio::currentInputConfig().channelRight, 3);
     EXPECT_NEAR(pitchNear(take[0], kTones[2]), kTones[2], kTones[2] * 0.01);
     EXPECT_NEAR(pitchNear(take[1], kTones[3]), kTones[3], kTones[3] * 0.01);
-    EXPECT_NEAR(rmsBetween(take[1], 4096, 20000), 0.5 * 32767 / std::sqrt(2.0), 500.0);
-    // The meter reads the chosen channels (half scale), on an audio thread that allocates
-    // nothing for the picking.
-    EXPECT_NEAR(peaks.highest(), 0.5f, 0.01f);
+    EXPECT_NEAR(rmsBetween(take[1], 4096, 20000), 0.8 * 32767 / std::sqrt(2.0), 500.0);
+    // The meter reads the chosen channels (channel 4 at 0.8 of full scale), on an audio
+    // thread that allocates nothing for the picking.
+    EXPECT_NEAR(peaks.highest(), 0.8f, 0.01f);
     EXPECT_TRUE(audioThreadMarked());
     EXPECT_EQ(audioThreadAllocations(), 0);
 

@@ -177,8 +177,9 @@ int JackToneSource::process(unsigned frames, void* self)
         auto* out = static_cast<float*>(
             jack_port_get_buffer(static_cast<jack_port_t*>(source->ports_[i]), frames));
         double& phase = source->phases_[i];
+        const double level = 0.2 * double(i + 1);
         for (unsigned frame = 0; frame < frames; ++frame) {
-            out[frame] = float(0.5 * std::sin(2.0 * M_PI * phase));
+            out[frame] = float(level * std::sin(2.0 * M_PI * phase));
             phase = std::fmod(phase + source->steps_[i], 1.0);
         }
     }

@@ -107,8 +107,9 @@ class JackMidiKeys {
 };
 
 // A JACK client of the test's own standing for a multi-channel audio interface: output
-// ports "<name>:out_1".."out_N", port i playing a steady sine of frequencies[i] at half
-// scale. Made before the audio engine starts, it is a PortAudio input device of N channels.
+// ports "<name>:out_1".."out_N", port i playing a steady sine of frequencies[i] at a level
+// of its own, 0.2 x (i + 1) of full scale. Made before the audio engine starts, it is a PortAudio
+// input device of N channels.
 class JackToneSource {
   public:
     JackToneSource(const std::string& name, std::vector<double> frequencies);

@@ -39,8 +39,14 @@ int runDevices(const DevicesOptions& options)
         return fail(msg, options.json);
 
     std::vector<std::string> audioIn;
-    for (const AudioInputEntry& entry : tables.audioIn)
+    // The channels of devices with more than two, for `record --input-channels`.
+    nlohmann::json audioInChannels = nlohmann::json::object();
+    for (const AudioInputEntry& entry : tables.audioIn) {
         audioIn.push_back(entry.name);
+        if (entry.channels.size() > 1)
+            audioInChannels[entry.name] =
+                std::vector<std::string>(entry.channels.begin(), entry.channels.end() - 1);
+    }
     const RecordFormatRow* formats = recordFormatTable();
 
     if (options.json) {
@@ -52,6 +58,7 @@ int runDevices(const DevicesOptions& options)
                                   {"channels", formats[i].channels},
                                   {"bits", formats[i].bits}});
         printJson({{"audioIn", audioIn},
+                   {"audioInChannels", audioInChannels},
                    {"audioOut", tables.audioOut},
                    {"midiIn", tables.midiIn},
                    {"midiOut", tables.midiOut},
@@ -59,6 +66,12 @@ int runDevices(const DevicesOptions& options)
         return kExitOk;
     }
     printList("Audio input devices", audioIn);
+    for (const auto& [device, channels] : audioInChannels.items()) {
+        std::cout << "  channels of " << device << ":";
+        for (size_t i = 0; i < channels.size(); ++i)
+            std::cout << ' ' << (i + 1) << '=' << channels[i].get<std::string>();
+        std::cout << '\n';
+    }
     printList("Audio output devices", tables.audioOut);
     printList("MIDI input devices", tables.midiIn);
     printList("MIDI output devices", tables.midiOut);

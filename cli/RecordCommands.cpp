@@ -16,6 +16,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/InstrumentSpec.h"
 #include "devices/MidiManager.h"
 #include "devices/MidiPorts.h"
@@ -34,6 +35,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -63,7 +65,34 @@ struct RecordOptions {
     bool semi = false;      // semi-automatic, also when the project was made with `new --semi`
     bool yes = false;       // semi-automatic without questions: every take is kept
     int maxRecLength = 20;  // seconds: the longest semi-automatic take
+    // "LEFT[,RIGHT]": 1-based device channels for this run; empty: the stored choice
+    std::string inputChannels;
 };
+
+// --input-channels: the device channels every Multi-Sample of the run records from. They
+// are chosen for the session only (project files do not keep them), so they are given here.
+int chooseRunInputChannels(Model& model, const std::string& text)
+{
+    const std::string bad = "Bad argument --input-channels '" + text + "': ";
+    int left = 0, right = 0;
+    char extra = 0;
+    const int count = std::sscanf(text.c_str(), "%d,%d%c", &left, &right, &extra);
+    if ((count != 1 && count != 2) || left < 1 || (count == 2 && right < 1) ||
+        (count == 1 && text.find_first_not_of("0123456789") != std::string::npos)) {
+        std::cerr << bad << "expected LEFT or LEFT,RIGHT, channel numbers from 1.\n";
+        return kExitBadUsage;
+    }
+    for (int p = 0; p < model.projectCount(); ++p)
+        for (int m = 0; m < model.project(p).mslCount; ++m) {
+            std::string message;
+            if (!chooseInputChannels(deviceTables(), model.project(p).msl[m], left - 1,
+                                     count == 2 ? right - 1 : -1, message)) {
+                std::cerr << bad << message << ".\n";
+                return kExitBadUsage;
+            }
+        }
+    return kExitOk;
+}
 
 // The log's line breaks are the dialog's (\r\n); a terminal wants plain ones.
 std::string plainLines(std::string text)
@@ -276,6 +305,16 @@ int runRecord(const RecordOptions& options)
         return fail(message, options.json);
     if (const int status = openProjects(model, options); status != kExitOk)
         return status;
+    if (!options.inputChannels.empty()) {
+        if (hosted) {
+            std::cerr << "Bad argument --input-channels: the hosted instrument is recorded "
+                         "without an audio input device.\n";
+            return kExitBadUsage;
+        }
+        if (const int status = chooseRunInputChannels(model, options.inputChannels);
+            status != kExitOk)
+            return status;
+    }
 
     StderrObserver observer(options.quiet);
     RunOptions runOptions;
@@ -403,6 +442,9 @@ void addRecordCommands(CliApp& app)
     record->add_flag("--yes", options->yes,
                      "Semi-automatic without questions: every countdown starts at once and every "
                      "take is kept (standard input need not be a terminal)");
+    record->add_option("--input-channels", options->inputChannels,
+                       "LEFT[,RIGHT]: the audio input device's channels to record (from 1; "
+                       "see `devices`), for devices with more than two channels");
     record
         ->add_option("--max-rec-length", options->maxRecLength,
                      "Max Rec Length: seconds after which a semi-automatic take stops by itself "

@@ -183,6 +183,10 @@ int runSet(const SetOptions& options)
         a.key = argument.substr(0, equals);
         a.value = argument.substr(equals + 1);
         a.controller = controllerOfKey(a.key);
+        if (a.key == "msl_AudioInChannelL" || a.key == "msl_AudioInChannelR")
+            return badUsage("Bad argument '" + argument +
+                            "': the input channels are chosen per session and not kept in "
+                            "project files; give them to record with --input-channels.");
         if (a.controller < 0 && !findSettingKind(a.key, a.kind))
             return badUsage("Bad argument '" + argument + "': '" + a.key +
                             "' is not a settings key (msl_... or prefs_...).");

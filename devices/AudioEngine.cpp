@@ -3,6 +3,8 @@
 
 #include "core/Message.h"
 #include "devices/AlsaMessages.h"
+#include "devices/InputChannelMap.h"
+#include "devices/JackPorts.h"
 #include "devices/PeakLevel.h"
 
 #include <atomic>
@@ -29,6 +31,8 @@ struct EngineState {
     bool duplex = false;
     unsigned long inputFrames = 0;
     unsigned long outputFrames = 0;
+    // The device channels the input stream delivers and the ones a take keeps.
+    InputChannelMap inputMap;
     Recorder recorder;
     LevelListenerList listeners;
     Player player;
@@ -72,13 +76,15 @@ BlockStatus outputStatus(PaStreamCallbackFlags flags)
 void recordSide(EngineState& state, const void* input, unsigned long frames,
                 const BlockStatus& status)
 {
+    const InputChannelMap& map = state.inputMap;
     if (!state.listeners.empty()) {
         float first = 0.0f;
         float second = 0.0f;
-        blockPeaks(input, frames, state.input.channels, state.input.bits, first, second);
+        pickedBlockPeaks(input, frames, map.streamChannels, state.input.bits, map.source[0],
+                         map.takeChannels >= 2 ? map.source[1] : -1, first, second);
         state.listeners.notify(first, second);
     }
-    state.recorder.processBlock(input, frames, status);
+    state.recorder.processBlock(input, frames, map, status);
 }
 
 // Playback side: the player writes the WAV byte image; PortAudio's 8-bit format is signed.
@@ -218,6 +224,7 @@ bool asioSelectors(const AudioStreamConfig& config, int deviceChannels, int sele
 struct SideParameters {
     PaStreamParameters stream{};
     unsigned long framesPerBuffer = 0;
+    InputChannelMap map; // input side only
 #if TG_HAVE_PA_ASIO
     PaAsioStreamInfo asio{};
     int selectors[2] = {0, 1};
@@ -231,6 +238,8 @@ bool buildSide(const AudioStreamConfig& config, bool isInput, SideParameters& si
         return false;
     side.stream.device = config.device;
     side.stream.channelCount = config.channels;
+    const int deviceChannels = isInput ? info->maxInputChannels : info->maxOutputChannels;
+    side.map = inputChannelMap(config, deviceChannels);
     side.stream.sampleFormat = sampleFormatFor(config.bits);
     const double defaultLatency =
         isInput ? info->defaultLowInputLatency : info->defaultLowOutputLatency;
@@ -238,7 +247,8 @@ bool buildSide(const AudioStreamConfig& config, bool isInput, SideParameters& si
     side.stream.hostApiSpecificStreamInfo = nullptr;
 #if TG_HAVE_PA_ASIO
     if (isAsioDevice(config.device)) {
-        const int deviceChannels = isInput ? info->maxInputChannels : info->maxOutputChannels;
+        // The driver picks the channels itself: the block arrives in the take's layout.
+        side.map = inputChannelMap({config.device, -1, -1, 0, 0, config.channels, 0.0f}, 0);
         if (asioSelectors(config, deviceChannels, side.selectors)) {
             side.asio.size = sizeof(PaAsioStreamInfo);
             side.asio.hostApiType = paASIO;
@@ -249,6 +259,8 @@ bool buildSide(const AudioStreamConfig& config, bool isInput, SideParameters& si
         }
     }
 #endif
+    if (isInput)
+        side.stream.channelCount = side.map.streamChannels;
     side.framesPerBuffer = framesPerBufferFor(side.stream.suggestedLatency, config.sampleRate);
     return true;
 }
@@ -316,27 +328,42 @@ int32_t outputDeviceIndex(const std::string& name, std::string& msg)
     return deviceIndex(false, name, msg);
 }
 
-std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg)
+std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg)
 {
     std::vector<std::string> names;
-    (void)msg;
-#if TG_HAVE_PA_ASIO
-    if (deviceIndex < 0 || deviceIndex >= Pa_GetDeviceCount() || !isAsioDevice(deviceIndex))
+    if (deviceIndex < 0 || deviceIndex >= Pa_GetDeviceCount())
         return names;
     const PaDeviceInfo* info = Pa_GetDeviceInfo(deviceIndex);
-    for (int channel = 0; channel < info->maxInputChannels; ++channel) {
-        const char* name = nullptr;
-        const PaError error = PaAsio_GetInputChannelName(deviceIndex, channel, &name);
-        if (error != paNoError) {
-            portAudioError(msg, error);
-            names.clear();
-            return names;
+    if (info == nullptr)
+        return names;
+#if TG_HAVE_PA_ASIO
+    if (isAsioDevice(deviceIndex)) {
+        for (int channel = 0; channel < info->maxInputChannels; ++channel) {
+            const char* name = nullptr;
+            const PaError error = PaAsio_GetInputChannelName(deviceIndex, channel, &name);
+            if (error != paNoError) {
+                portAudioError(msg, error);
+                names.clear();
+                return names;
+            }
+            names.push_back(name != nullptr ? name : "");
         }
-        names.push_back(name != nullptr ? name : "");
+        return names;
     }
-#else
-    (void)deviceIndex;
 #endif
+    (void)msg;
+    // A stereo or mono device records its channels as they come.
+    if (info->maxInputChannels <= 2)
+        return names;
+    const PaHostApiInfo* api = Pa_GetHostApiInfo(info->hostApi);
+    if (api != nullptr && api->type == paJACK && info->name != nullptr)
+        names = jackOutputPortNames(info->name);
+    // The server's ports may have changed since PortAudio counted them: the stream opens the
+    // counted channels, so the list always names exactly those.
+    names.resize(size_t(info->maxInputChannels));
+    for (size_t channel = 0; channel < names.size(); ++channel)
+        if (names[channel].empty())
+            names[channel] = "Channel " + std::to_string(channel + 1);
     return names;
 }
 
@@ -393,6 +420,7 @@ int openStreams(const AudioStreamConfig& input, const AudioStreamConfig& output,
         return portAudioError(msg, paInvalidDevice);
     if (useOutput && !buildSide(output, false, out))
         return portAudioError(msg, paInvalidDevice);
+    state.inputMap = in.map;
 
     PaError error = paNoError;
     if (useInput && useOutput && input.device == output.device) {

@@ -39,8 +39,11 @@ std::vector<AudioDevice> listOutputDevices(std::string& msg);
 int32_t inputDeviceIndex(const std::string& name, std::string& msg);
 int32_t outputDeviceIndex(const std::string& name, std::string& msg);
 
-// The channel names of an ASIO device; empty for every other host API (and on Linux).
-std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg);
+// The names of an input device's channels, for choosing the two a take records: an ASIO
+// device's own channel names; a JACK client's output port names; "Channel 1".."Channel N"
+// on other host APIs. Empty for a device with one or two channels (there is nothing to
+// choose), and for a device index that does not exist.
+std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg);
 
 // Closes what is open, resets recorder and playback, and opens the streams: one duplex
 // stream when both sides use the same device, else one per used side. 0 with PortAudio's

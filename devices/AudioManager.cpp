@@ -3,6 +3,7 @@
 
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/RecordFormats.h"
 
 namespace tg {
@@ -28,16 +29,15 @@ AudioStreamConfig AudioManager::buildInputConfig(const TGmsl& msl) const
     AudioStreamConfig config{0, -1, -1, 0, 0, 0, -1.0f};
     std::string msg;
     config.device = audio::inputDeviceIndex(msl.AudioInDevice, msg);
-    const std::vector<std::string> channelNames = audio::asioChannelNames(config.device, msg);
-    const int position = audioInTableIndex(deviceTables(), msl.AudioInDevice);
-    auto keep = [&](const std::vector<int32_t>& stored) {
-        if (position < 0 || size_t(position) >= stored.size())
-            return -1;
-        const int32_t channel = stored[size_t(position)];
+    // The names as start-up listed them: asking the driver again costs a JACK client.
+    const std::vector<std::string> channelNames =
+        choosableInputChannels(deviceTables(), msl.AudioInDevice);
+    auto keep = [&](ChannelSide side) {
+        const int32_t channel = storedInputChannel(deviceTables(), msl, side);
         return channel >= 0 && size_t(channel) < channelNames.size() ? channel : -1;
     };
-    config.channelLeft = keep(msl.audioInChannelL);
-    config.channelRight = keep(msl.audioInChannelR);
+    config.channelLeft = keep(ChannelSide::Left);
+    config.channelRight = keep(ChannelSide::Right);
     WaveFormat format;
     formatFromName(msl.AudioInFormat, format);
     config.sampleRate = int32_t(format.nSamplesPerSec);
@@ -81,7 +81,9 @@ void AudioManager::currentMultiSampleChanged(const TGmsl& msl)
 
 void AudioManager::multiSampleSettingChanged(const TGmsl& msl, const std::string& key)
 {
-    if (key == "msl_AudioInDevice" || key == "msl_AudioInFormat" || key == "msl_AudioInChannelL")
+    // Either chosen channel reopens the input: a stereo take keeps both.
+    if (key == "msl_AudioInDevice" || key == "msl_AudioInFormat" || key == "msl_AudioInChannelL" ||
+        key == "msl_AudioInChannelR")
         currentMultiSampleChanged(msl);
 }
 

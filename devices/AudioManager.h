@@ -33,7 +33,7 @@ class AudioManager : public QObject {
     const std::string& outputDeviceName() const { return outputDeviceName_; }
 
     // Step 1: the input configuration of `msl` (device and format by name, the stored
-    // channels kept only where the device has that many ASIO channels, latency -1).
+    // channels kept only where the device has that many named channels, latency -1).
     AudioStreamConfig buildInputConfig(const TGmsl& msl) const;
     // Step 2: the output configuration: the preferences' device at 44100 Hz, 16 bits,
     // stereo, unless the input has a rate, whose rate and bits it then takes.

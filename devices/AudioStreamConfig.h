@@ -9,8 +9,8 @@ namespace tg {
 
 struct AudioStreamConfig {
     int32_t device = 0;        // PortAudio device index; negative = this side is not used
-    int32_t channelLeft = -1;  // ASIO channel of the first channel, -1 = not chosen
-    int32_t channelRight = -1; // ASIO channel of the second channel, -1 = not chosen
+    int32_t channelLeft = -1;  // device channel of the first channel, -1 = not chosen
+    int32_t channelRight = -1; // device channel of the second channel, -1 = not chosen
     int32_t sampleRate = 0;    // Hz
     int32_t bits = 0;          // 8, 16, 24 or 32
     int32_t channels = 0;      // 1 or 2

@@ -103,7 +103,7 @@ int buildAudioDeviceTables(DeviceTables& tables, std::string& msg)
             AudioInputEntry entry;
             entry.name = cut(device.name, kAudioInEntrySize);
             std::string channelMessage;
-            entry.channels = audio::asioChannelNames(device.index, channelMessage);
+            entry.channels = audio::inputChannelNames(device.index, channelMessage);
             entry.channels.push_back("Default");
             tables.audioIn.push_back(std::move(entry));
         }

@@ -18,9 +18,9 @@ extern const char* const kNoMidiInEntry;   // "-No MIDI In-"
 extern const char* const kNoMidiOutEntry;  // "-No MIDI Out-"
 
 struct AudioInputEntry {
-    std::string name; // cut to 67 characters
-    std::vector<std::string>
-        channels; // ASIO channel names, then "Default"; empty for pseudo entries
+    std::string name;                  // cut to 67 characters
+    std::vector<std::string> channels; // the device's channel names (if it has a choice), then
+                                       // "Default"; empty for pseudo entries
 };
 
 struct DeviceTables {

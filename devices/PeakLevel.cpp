@@ -51,24 +51,34 @@ double fullScale(int bits)
 void blockPeaks(const void* input, unsigned long frames, int channels, int bits, float& first,
                 float& second)
 {
+    pickedBlockPeaks(input, frames, channels, bits, 0, channels >= 2 ? 1 : -1, first, second);
+}
+
+void pickedBlockPeaks(const void* input, unsigned long frames, int streamChannels, int bits,
+                      int firstChannel, int secondChannel, float& first, float& second)
+{
     first = 0.0f;
     second = 0.0f;
-    if (input == nullptr || channels < 1 || (bits != 8 && bits != 16 && bits != 24 && bits != 32))
+    if (input == nullptr || streamChannels < 1 || firstChannel < 0 ||
+        firstChannel >= streamChannels || secondChannel >= streamChannels ||
+        (bits != 8 && bits != 16 && bits != 24 && bits != 32))
         return;
     const auto* bytes = static_cast<const uint8_t*>(input);
     const int sampleBytes = bits / 8;
     const double scale = fullScale(bits);
+    const int picked[2] = {firstChannel, secondChannel};
+    const int count = secondChannel >= 0 ? 2 : 1;
     int64_t peak[2] = {0, 0};
     for (unsigned long frame = 0; frame < frames; ++frame) {
-        const uint8_t* frameBytes = bytes + frame * size_t(channels) * sampleBytes;
-        for (int channel = 0; channel < channels && channel < 2; ++channel) {
-            int64_t value = sampleAt(frameBytes + channel * sampleBytes, bits);
-            if (value > peak[channel])
-                peak[channel] = value;
+        const uint8_t* frameBytes = bytes + frame * size_t(streamChannels) * sampleBytes;
+        for (int i = 0; i < count; ++i) {
+            int64_t value = sampleAt(frameBytes + picked[i] * sampleBytes, bits);
+            if (value > peak[i])
+                peak[i] = value;
         }
     }
     first = static_cast<float>((peak[0] > scale ? scale : double(peak[0])) / scale);
-    if (channels >= 2)
+    if (count == 2)
         second = static_cast<float>((peak[1] > scale ? scale : double(peak[1])) / scale);
 }
 

@@ -13,5 +13,9 @@ namespace tg {
 // top bytes of a 32-bit value). Mono leaves the second peak 0. Null input gives 0, 0.
 void blockPeaks(const void* input, unsigned long frames, int channels, int bits, float& first,
                 float& second);
+// The same for the channels a take keeps of a wider stream of `streamChannels` interleaved
+// channels: the peaks of `firstChannel` and of `secondChannel` (-1 for a mono take).
+void pickedBlockPeaks(const void* input, unsigned long frames, int streamChannels, int bits,
+                      int firstChannel, int secondChannel, float& first, float& second);
 
 } // namespace tg

@@ -215,6 +215,41 @@ void Recorder::writeMixedDown(const void* input, int64_t count)
     }
 }
 
+void Recorder::writePicked(const void* input, int64_t count, const InputChannelMap& map)
+{
+    const int sampleBytes = format_.bits / 8;
+    const int takeChannels = format_.channels;
+    const auto* source = static_cast<const uint8_t*>(input);
+    uint8_t* dest = buffer_.data() + position_ * takeChannels * sampleBytes;
+    for (int64_t frame = 0; frame < count; ++frame) {
+        const uint8_t* from = source + frame * map.streamChannels * sampleBytes;
+        for (int channel = 0; channel < takeChannels; ++channel, dest += sampleBytes) {
+            std::memcpy(dest, from + map.source[channel] * sampleBytes, size_t(sampleBytes));
+            if (format_.bits == 8) // the stream's 8-bit samples are signed, the image's not
+                dest[0] ^= 0x80u;
+        }
+    }
+}
+
+void Recorder::processBlock(const void* input, unsigned long frames, const InputChannelMap& map,
+                            const BlockStatus& status)
+{
+    if (!beginBlock())
+        return;
+    countBlock(frames, status);
+    const int64_t count = health_.framesReceived - position_;
+    if (count > 0) {
+        if (input == nullptr || map.identity())
+            writeFrames(input, count);
+        else if (map.takeChannels == format_.channels && format_.channels <= 2)
+            writePicked(input, count, map);
+        else // a map for another format: silence rather than a misread block
+            writeFrames(nullptr, count);
+        position_ += count;
+    }
+    endBlock(count < int64_t(frames));
+}
+
 void Recorder::processBlock(const void* input, unsigned long frames, int sourceChannels,
                             const BlockStatus& status)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "devices/AudioStreamConfig.h"
+#include "devices/InputChannelMap.h"
 #include "devices/TakeHealth.h"
 
 #include <atomic>
@@ -63,6 +64,10 @@ class Recorder {
     // mono keeps the mean of both sides.
     void processBlock(const void* input, unsigned long frames, int sourceChannels,
                       const BlockStatus& status = {});
+    // Audio thread: the same for a block of a stream that opened more device channels than
+    // the take keeps; `map` says which ones (worked out when the stream opened).
+    void processBlock(const void* input, unsigned long frames, const InputChannelMap& map,
+                      const BlockStatus& status = {});
     // Audio thread of an output stream: counts an output underflow against the take in
     // progress (an xrun seen by the output side only).
     void noteOutputStatus(const BlockStatus& status);
@@ -79,6 +84,7 @@ class Recorder {
     void endBlock(bool full);
     void writeFrames(const void* input, int64_t count);
     void writeMixedDown(const void* input, int64_t count);
+    void writePicked(const void* input, int64_t count, const InputChannelMap& map);
 
     std::atomic<int> state_{kIdle};
     // Owned as the class comment says.

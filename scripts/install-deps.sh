@@ -14,7 +14,7 @@ packages=(
     build-essential cmake ninja-build pkg-config git clang libclang-rt-14-dev
     # libraries the program links
     qtbase5-dev qttools5-dev-tools libcli11-dev nlohmann-json3-dev libsoxr-dev libzip-dev
-    portaudio19-dev libasound2-dev librtmidi-dev libfluidsynth-dev liblilv-dev lv2-dev
+    portaudio19-dev libjack-jackd2-dev libasound2-dev librtmidi-dev libfluidsynth-dev liblilv-dev lv2-dev
     # the LV2 instruments the hosted-instrument tests bounce (MDA ePiano and friends)
     mda-lv2
     # tests: frameworks, third-party readers and the real sound chain

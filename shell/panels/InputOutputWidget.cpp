@@ -4,6 +4,7 @@
 #include "core/IniKeys.h"
 #include "core/Model.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/RecordFormats.h"
 #include "shell/IniFile.h"
 #include "shell/MessageBoxes.h"
@@ -13,6 +14,7 @@
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -23,6 +25,10 @@ namespace tg::shell {
 const char* const InputOutputWidget::kVarious = "-Various-";
 
 namespace {
+
+// Item data of a channel box's entries: the channel index, -1 for "Default", and this for
+// "-Various-".
+constexpr int kVariousChannel = -2;
 
 // A table's entries, or just its closing pseudo entry when start-up did not fill it (no
 // driver, or a test without devices).
@@ -132,6 +138,12 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
     format_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     audioInForm->addRow(tr("Audio In Device"), audioIn_);
     audioInForm->addRow(tr("Audio Format"), format_);
+    leftChannel_ = channelCombo(ProjectWideSetting::AudioInChannelLeft, "audioInChannelLeft");
+    rightChannel_ = channelCombo(ProjectWideSetting::AudioInChannelRight, "audioInChannelRight");
+    leftChannelLabel_ = new QLabel(tr("Left Channel"));
+    rightChannelLabel_ = new QLabel(tr("Right Channel"));
+    audioInForm->addRow(leftChannelLabel_, leftChannel_);
+    audioInForm->addRow(rightChannelLabel_, rightChannel_);
     layout->addWidget(audioInGroup);
 
     auto* midiOutGroup = new QGroupBox(tr("Midi Out"));
@@ -206,6 +218,40 @@ QSpinBox* InputOutputWidget::projectSpin(int minimum, int maximum, ProjectWideSe
     return box;
 }
 
+QComboBox* InputOutputWidget::channelCombo(ProjectWideSetting setting, const char* objectName)
+{
+    QComboBox* box = comboOf({});
+    box->setObjectName(QString::fromLatin1(objectName));
+    connect(box, QOverload<int>::of(&QComboBox::activated), this, [this, box, setting](int row) {
+        const int channel = box->itemData(row).toInt();
+        if (!refreshing_ && channel != kVariousChannel)
+            choose(setting, tr("audio input channels"), std::to_string(channel));
+    });
+    return box;
+}
+
+void InputOutputWidget::showChannels(QComboBox* box, QLabel* label, ProjectWideSetting setting,
+                                     const std::vector<std::string>& names)
+{
+    box->clear();
+    box->setVisible(!names.empty());
+    label->setVisible(!names.empty());
+    if (names.empty())
+        return;
+    for (size_t i = 0; i < names.size(); ++i)
+        box->addItem(QString::fromStdString(names[i]), int(i));
+    box->addItem(QStringLiteral("Default"), -1);
+    const std::optional<std::string> value = commonValue(model_, setting);
+    if (!value) {
+        box->insertItem(0, QString::fromLatin1(kVarious), kVariousChannel);
+        box->setCurrentIndex(0);
+        return;
+    }
+    // A stored channel the device does not have records as "Default" does.
+    const int row = box->findData(std::stoi(*value));
+    box->setCurrentIndex(row >= 0 ? row : box->count() - 1);
+}
+
 bool InputOutputWidget::confirmOverwrite(const QString& what)
 {
     const Project* project = model_.currentProject();
@@ -257,12 +303,31 @@ void InputOutputWidget::refresh()
 {
     refreshing_ = true;
     const bool project = model_.currentMultiSample() != nullptr;
-    for (QWidget* box :
-         std::initializer_list<QWidget*>{audioIn_, format_, midiOut_, midiOutChannel_, program_})
+    for (QWidget* box : std::initializer_list<QWidget*>{
+             audioIn_, format_, leftChannel_, rightChannel_, midiOut_, midiOutChannel_, program_})
         box->setEnabled(project);
-    if (project) {
+    if (!project) {
+        for (QWidget* hidden : std::initializer_list<QWidget*>{
+                 leftChannel_, rightChannel_, leftChannelLabel_, rightChannelLabel_})
+            hidden->setVisible(false);
+    } else {
         showIn(audioIn_, ProjectWideSetting::AudioInDevice);
         showIn(format_, ProjectWideSetting::AudioInFormat);
+        // Channels are chosen for one device: none while the Multi-Samples differ on it.
+        const std::optional<std::string> device =
+            commonValue(model_, ProjectWideSetting::AudioInDevice);
+        const std::vector<std::string> names =
+            device ? choosableInputChannels(deviceTables(), *device) : std::vector<std::string>{};
+        showChannels(leftChannel_, leftChannelLabel_, ProjectWideSetting::AudioInChannelLeft,
+                     names);
+        showChannels(rightChannel_, rightChannelLabel_, ProjectWideSetting::AudioInChannelRight,
+                     names);
+        // A mono take keeps the left channel only.
+        const std::optional<std::string> format =
+            commonValue(model_, ProjectWideSetting::AudioInFormat);
+        WaveFormat wave;
+        rightChannel_->setEnabled(!format || !formatFromName(format->c_str(), wave) ||
+                                  wave.nChannels != 1);
         showIn(midiOut_, ProjectWideSetting::MidiOutDevice);
         showIn(midiOutChannel_, ProjectWideSetting::MidiOutChannel, 1);
         showIn(program_, ProjectWideSetting::MidiOutProgram, 0);
@@ -295,9 +360,9 @@ void InputOutputWidget::settingChanged(const std::string& key)
     // The MIDI output device is listened for as "msl_MIDIOutDevice" (capital O): a change
     // reported under the accessor's own key "msl_MIDIoutDevice" does not refresh the panel.
     // The panel's own changes refresh it anyway.
-    static const char* const watched[] = {"msl_AudioInDevice", "msl_AudioInFormat",
-                                          "msl_MIDIOutDevice", "msl_MIDIoutChannel",
-                                          "msl_MIDIoutProgram"};
+    static const char* const watched[] = {
+        "msl_AudioInDevice", "msl_AudioInFormat",  "msl_AudioInChannelL", "msl_AudioInChannelR",
+        "msl_MIDIOutDevice", "msl_MIDIoutChannel", "msl_MIDIoutProgram"};
     for (const char* name : watched)
         if (key == name) {
             refresh();

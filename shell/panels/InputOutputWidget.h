@@ -9,6 +9,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QLabel;
 class QSpinBox;
 
 namespace tg {
@@ -31,6 +32,8 @@ class InputOutputWidget : public QWidget, public TonegrabberModelListener {
     QCheckBox* midiThrough() const { return midiThrough_; }
     QComboBox* audioInDevice() const { return audioIn_; }
     QComboBox* audioFormat() const { return format_; }
+    QComboBox* leftChannel() const { return leftChannel_; }
+    QComboBox* rightChannel() const { return rightChannel_; }
     QComboBox* midiOutDevice() const { return midiOut_; }
     QSpinBox* midiOutChannel() const { return midiOutChannel_; }
     QSpinBox* midiOutProgram() const { return program_; }
@@ -51,6 +54,11 @@ class InputOutputWidget : public QWidget, public TonegrabberModelListener {
                             const QString& what);
     QSpinBox* projectSpin(int minimum, int maximum, ProjectWideSetting setting,
                           const QString& what);
+    QComboBox* channelCombo(ProjectWideSetting setting, const char* objectName);
+    // Fills a channel box with the names the Project's audio input device offers; the box
+    // and its label hide when the device offers none.
+    void showChannels(QComboBox* box, QLabel* label, ProjectWideSetting setting,
+                      const std::vector<std::string>& names);
     void refresh();
     void showIn(QComboBox* box, ProjectWideSetting setting);
     void showIn(QSpinBox* box, ProjectWideSetting setting, int shownOffset);
@@ -66,6 +74,10 @@ class InputOutputWidget : public QWidget, public TonegrabberModelListener {
     QCheckBox* midiThrough_ = nullptr;
     QComboBox* audioIn_ = nullptr;
     QComboBox* format_ = nullptr;
+    QComboBox* leftChannel_ = nullptr;
+    QComboBox* rightChannel_ = nullptr;
+    QLabel* leftChannelLabel_ = nullptr;
+    QLabel* rightChannelLabel_ = nullptr;
     QComboBox* midiOut_ = nullptr;
     QSpinBox* midiOutChannel_ = nullptr;
     QSpinBox* program_ = nullptr;

@@ -4,6 +4,7 @@
 #include "core/Model.h"
 #include "core/Records.h"
 #include "core/SettingsAccessor.h"
+#include "devices/InputChannelChoice.h"
 
 #include <algorithm>
 #include <cstring>
@@ -37,6 +38,14 @@ TextField textField(TGmsl& msl, ProjectWideSetting setting)
     }
 }
 
+bool isChannel(ProjectWideSetting setting, ChannelSide& side)
+{
+    side =
+        setting == ProjectWideSetting::AudioInChannelLeft ? ChannelSide::Left : ChannelSide::Right;
+    return setting == ProjectWideSetting::AudioInChannelLeft ||
+           setting == ProjectWideSetting::AudioInChannelRight;
+}
+
 uint16_t& numberField(TGmsl& msl, ProjectWideSetting setting)
 {
     return setting == ProjectWideSetting::MidiOutChannel ? msl.MIDIoutChannel : msl.MIDIoutProgram;
@@ -44,6 +53,9 @@ uint16_t& numberField(TGmsl& msl, ProjectWideSetting setting)
 
 std::string valueOf(TGmsl& msl, ProjectWideSetting setting)
 {
+    ChannelSide side;
+    if (isChannel(setting, side))
+        return std::to_string(storedInputChannel(deviceTables(), msl, side));
     if (isText(setting)) {
         const TextField field = textField(msl, setting);
         return std::string(field.data, strnlen(field.data, field.size));
@@ -66,6 +78,10 @@ const char* settingKey(ProjectWideSetting setting)
         return "msl_MIDIoutChannel";
     case ProjectWideSetting::MidiOutProgram:
         return "msl_MIDIoutProgram";
+    case ProjectWideSetting::AudioInChannelLeft:
+        return inputChannelKey(ChannelSide::Left);
+    case ProjectWideSetting::AudioInChannelRight:
+        return inputChannelKey(ChannelSide::Right);
     }
     return "";
 }
@@ -87,6 +103,15 @@ void setForAllMultiSamples(Model& model, ProjectWideSetting setting, const std::
     Project* project = model.currentProject();
     if (!project || !model.currentMultiSample())
         return;
+    ChannelSide side;
+    if (isChannel(setting, side)) {
+        // Not kept in the project file, so the Project is not marked modified.
+        for (int i = 0; i < project->mslCount; ++i)
+            storeInputChannel(deviceTables(), project->msl[i], side, std::stoi(value));
+        model.notifyListeners(
+            [&](TonegrabberModelListener& l) { l.settingChanged(settingKey(setting)); });
+        return;
+    }
     for (int i = 0; i < project->mslCount; ++i) {
         if (i == project->currentMsl)
             continue;

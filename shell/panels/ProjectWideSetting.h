@@ -18,7 +18,11 @@ enum class ProjectWideSetting {
     AudioInFormat,
     MidiOutDevice,
     MidiOutChannel,
-    MidiOutProgram
+    MidiOutProgram,
+    // The input channel chosen for each Multi-Sample's own audio input device, in decimal
+    // (-1: not chosen). Project files do not keep it: it lasts for the session.
+    AudioInChannelLeft,
+    AudioInChannelRight
 };
 
 // The accessor key of the setting ("msl_AudioInDevice", ...).

@@ -1,6 +1,8 @@
 // The device panels: the input level meter and the Input/Output panel.
 #include "core/Model.h"
 #include "core/SettingsAccessor.h"
+#include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/InputPeakTap.h"
 #include "devices/MidiManager.h"
 #include "shell/ActionTable.h"
@@ -126,6 +128,59 @@ TEST(InputOutputWidget, ShowsVariousWhereMultiSamplesDifferAndSetsAChoiceForAllO
     model.selectMultiSample(0); // the editor follows the current Multi-Sample
     EXPECT_EQ(controllers->table()->item(row, 1)->checkState(), Qt::Unchecked);
     EXPECT_EQ(value->value(), 0);
+}
+
+// Remembers the setting keys the model reports.
+struct SettingKeys : TonegrabberModelListener {
+    void settingChanged(const std::string& key) override { keys.push_back(key); }
+    std::vector<std::string> keys;
+};
+
+TEST(InputOutputWidget, ChannelBoxesOfferTheDevicesChannelsAndStoreTheChoiceInTheModel)
+{
+    const DeviceTables started = deviceTables();
+    deviceTables().audioIn = {{"mono in", {"Default"}},
+                              {"stereo in", {"Default"}},
+                              {"interface", {"in 1", "in 2", "in 3", "in 4", "Default"}},
+                              {kVstPluginEntry, {}},
+                              {kNoAudioInEntry, {}}};
+    test::TempDir dir;
+    Model model;
+    MainWindow window(model);
+    const std::string path = test::writeProjectFile(dir.file("p"), "Piano", {"Soft", "Loud"});
+    window.projectFiles().openFiles({QString::fromStdString(path)});
+    auto* panel = window.findChild<InputOutputWidget*>();
+    ASSERT_NE(panel, nullptr);
+    const Project& project = *model.currentProject();
+    SettingKeys heard;
+    model.addListener(&heard);
+    test::MessageBoxAnswerer agreeing(QMessageBox::Yes);
+
+    pickWithKeyboard(panel->audioInDevice(), "stereo in");
+    EXPECT_FALSE(panel->leftChannel()->isVisibleTo(panel)); // nothing to choose
+    pickWithKeyboard(panel->audioInDevice(), "interface");
+    ASSERT_TRUE(panel->leftChannel()->isVisibleTo(panel));
+    EXPECT_EQ(panel->leftChannel()->count(), 5);
+    EXPECT_EQ(panel->leftChannel()->currentText(), "Default");
+
+    pickWithKeyboard(panel->leftChannel(), "in 3");
+    pickWithKeyboard(panel->rightChannel(), "in 4");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(storedInputChannel(deviceTables(), project.msl[i], ChannelSide::Left), 2);
+        EXPECT_EQ(storedInputChannel(deviceTables(), project.msl[i], ChannelSide::Right), 3);
+    }
+    EXPECT_NE(std::find(heard.keys.begin(), heard.keys.end(), "msl_AudioInChannelL"),
+              heard.keys.end());
+    EXPECT_EQ(heard.keys.back(), "msl_AudioInChannelR");
+    EXPECT_EQ(panel->rightChannel()->currentText(), "in 4");
+
+    // A mono take has no right channel; another device's choice is its own.
+    pickWithKeyboard(panel->audioFormat(), "44.1KHz, Mono, 16bit");
+    EXPECT_FALSE(panel->rightChannel()->isEnabled());
+    pickWithKeyboard(panel->audioInDevice(), "stereo in");
+    EXPECT_EQ(storedInputChannel(deviceTables(), project.msl[0], ChannelSide::Left), -1);
+    model.removeListener(&heard);
+    deviceTables() = started;
 }
 
 TEST(MidiMonitorWidget, OpensFromTheExtrasMenuAndListsTheManagersMessagesDecoded)

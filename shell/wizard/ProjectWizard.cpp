@@ -272,8 +272,10 @@ void ProjectWizard::addAudioInPage()
     right_ = new QComboBox;
     right_->setObjectName(QStringLiteral("rightChannel"));
     page->layout()->addWidget(labelled(tr("Audio In Device:"), audioIn_));
-    page->layout()->addWidget(labelled(tr("Left Channel:"), left_));
-    page->layout()->addWidget(labelled(tr("Right Channel:"), right_));
+    leftRow_ = labelled(tr("Left Channel:"), left_);
+    rightRow_ = labelled(tr("Right Channel:"), right_);
+    page->layout()->addWidget(leftRow_);
+    page->layout()->addWidget(rightRow_);
     page->registerField(QStringLiteral("project.audio_in_channel_left"), left_, "currentText");
     page->registerField(QStringLiteral("project.audio_in_channel_right"), right_, "currentText");
     connect(audioIn_, &QComboBox::currentTextChanged, this, &ProjectWizard::onCurrentTextChanged);
@@ -364,6 +366,9 @@ void ProjectWizard::onCurrentTextChanged(const QString& device)
     // A stereo input takes the first two channels unless the user says otherwise.
     if (right_->count() > 2)
         right_->setCurrentIndex(1);
+    // Only "Default": a mono or stereo device records its channels as they come.
+    leftRow_->setVisible(left_->count() > 1);
+    rightRow_->setVisible(right_->count() > 1);
     onLeftChannelChanged(left_->currentText());
     onRightChannelChanged(right_->currentText());
 }

@@ -87,6 +87,9 @@ class ProjectWizard : public QWizard {
     QComboBox* audioIn_ = nullptr;
     QComboBox* left_ = nullptr;
     QComboBox* right_ = nullptr;
+    // The rows of the two channel boxes, shown only for a device with channels to choose.
+    QWidget* leftRow_ = nullptr;
+    QWidget* rightRow_ = nullptr;
     int leftChannel_ = -1;
     int rightChannel_ = -1;
 };

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <thread>
 
 namespace tg::test {
@@ -162,6 +163,51 @@ JackCapture::JackCapture(const std::string& name, double seconds)
         return;
     }
     client_ = client;
+}
+
+JackToneSource::JackToneSource(const std::string& name, std::vector<double> frequencies)
+{
+    jack_status_t status;
+    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
+    if (client == nullptr)
+        return;
+    const double rate = jack_get_sample_rate(client);
+    for (size_t i = 0; i < frequencies.size(); ++i) {
+        const std::string port = "out_" + std::to_string(i + 1);
+        ports_.push_back(
+            jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0));
+        steps_.push_back(frequencies[i] / rate);
+        phases_.push_back(0.0);
+    }
+    if (std::count(ports_.begin(), ports_.end(), nullptr) != 0 ||
+        jack_set_process_callback(client, &JackToneSource::process, this) != 0 ||
+        jack_activate(client) != 0) {
+        jack_client_close(client);
+        return;
+    }
+    client_ = client;
+}
+
+JackToneSource::~JackToneSource()
+{
+    if (client_ != nullptr)
+        jack_client_close(static_cast<jack_client_t*>(client_));
+}
+
+int JackToneSource::process(unsigned frames, void* self)
+{
+    auto* source = static_cast<JackToneSource*>(self);
+    for (size_t i = 0; i < source->ports_.size(); ++i) {
+        auto* out = static_cast<float*>(
+            jack_port_get_buffer(static_cast<jack_port_t*>(source->ports_[i]), frames));
+        double& phase = source->phases_[i];
+        const double level = 0.2 * double(i + 1);
+        for (unsigned frame = 0; frame < frames; ++frame) {
+            out[frame] = float(level * std::sin(2.0 * M_PI * phase));
+            phase = std::fmod(phase + source->steps_[i], 1.0);
+        }
+    }
+    return 0;
 }
 
 JackCapture::~JackCapture()

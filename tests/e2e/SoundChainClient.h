@@ -111,6 +111,24 @@ class JackMidiKeys {
     std::atomic<uint32_t> pending_{0}; // bit 24 set: three bytes waiting
 };
 
+// A JACK client of the test's own standing for a multi-channel audio interface: output
+// ports "<name>:out_1".."out_N", port i playing a steady sine of frequencies[i] at a level
+// of its own, 0.2 x (i + 1) of full scale. Made before the audio engine starts, it is a PortAudio
+// input device of N channels.
+class JackToneSource {
+  public:
+    JackToneSource(const std::string& name, std::vector<double> frequencies);
+    ~JackToneSource();
+    bool ok() const { return client_ != nullptr; }
+
+  private:
+    static int process(unsigned frames, void* self);
+    void* client_ = nullptr;
+    std::vector<void*> ports_;
+    std::vector<double> steps_;  // phase advance per frame, in cycles
+    std::vector<double> phases_; // audio thread only
+};
+
 // A JACK client of the test's own whose process callback, once asked, sleeps through a few
 // periods: the server misses its deadline and tells every client of the xrun.
 class StallingClient {

@@ -1,6 +1,7 @@
-// The record dialog's semi-automatic run on the real sound chain: the Multi-Sample records
-// the synth's JACK ports, the test plays each note on the synth's MIDI port while the take
-// runs and stops it with the dialog's button, then keeps or discards it in the check dialog.
+// The record dialog on the real sound chain, its Multi-Sample recording the synth's JACK ports.
+// Semi-automatic: the test plays each note on the synth's MIDI port while the take runs, stops
+// it with the dialog's button, then keeps or discards it in the check dialog. Automatic: the
+// program is killed in the middle of the run.
 #include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
@@ -19,12 +20,21 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
 #include <memory>
+#include <string>
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace tg::test {
 namespace {
@@ -32,35 +42,59 @@ namespace {
 constexpr int kKeys[] = {48, 66, 84}; // 37 keys from C3, every 18th
 constexpr int kWaitMs = 60 * 1000;
 
+// Opens the devices and makes a project "Synth" in `data` that records the synth's JACK ports
+// from C3, every `keyStep`th key of 37, notes of 0.6 s with 0.3 s of release. False, with
+// the reason, when something is missing.
+bool openSynthProject(Model& model, const std::string& home, const std::string& data,
+                      bool automatic, int keyStep, std::string& msg)
+{
+    CoreFolders folders;
+    folders.programFolder = home;
+    folders.userDataFolder = home;
+    if (initializeWithDevices(model, folders, msg) != 1 || !openMidiOutByName(kSynthMidiPort, msg))
+        return false;
+    ProjectSetupRecord setup;
+    setup.name = "Synth";
+    setup.dataPath = data;
+    setup.audioInDeviceRow = audioInTableIndex(deviceTables(), kSynthAudioDevice);
+    if (setup.audioInDeviceRow < 0) {
+        msg = "no audio input " + std::string(kSynthAudioDevice);
+        return false;
+    }
+    setup.audioInDevice = kSynthAudioDevice;
+    setup.midiOutDevice = kSynthMidiPort;
+    setup.automatic = automatic;
+    setup.sampleFormat = "44.1KHz, Stereo, 16bit";
+    setup.keyStep = keyStep;
+    setup.noteLength = 0.6;
+    setup.releaseLength = 0.3f;
+    const Result made = createProjectFromSetup(model, setup);
+    if (!made.ok()) {
+        msg = made.message;
+        return false;
+    }
+    Project& project = *model.currentProject();
+    copyText(project.projectDir, data.c_str());
+    project.msl[0].recordsettings.recpause = 0.3;
+    return true;
+}
+
+void closeDevices()
+{
+    std::string msg;
+    audio::closeStreams(msg);
+    audio::terminate();
+    midi::destroyMidi();
+}
+
 class RecordDialogOnTheSynth : public ::testing::Test {
   protected:
     void SetUp() override
     {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         app_ = std::make_unique<QApplication>(argc_, argv_);
-        CoreFolders folders;
-        folders.programFolder = home_.path();
-        folders.userDataFolder = home_.path();
         std::string msg;
-        ASSERT_EQ(initializeWithDevices(model_, folders, msg), 1) << msg;
-        ASSERT_TRUE(openMidiOutByName(kSynthMidiPort, msg)) << msg;
-
-        ProjectSetupRecord setup;
-        setup.name = "Synth";
-        setup.dataPath = data_.path();
-        setup.audioInDeviceRow = audioInTableIndex(deviceTables(), kSynthAudioDevice);
-        ASSERT_GE(setup.audioInDeviceRow, 0);
-        setup.audioInDevice = kSynthAudioDevice;
-        setup.midiOutDevice = kSynthMidiPort;
-        setup.automatic = false;
-        setup.sampleFormat = "44.1KHz, Stereo, 16bit";
-        setup.keyStep = 18;
-        setup.noteLength = 0.6;
-        setup.releaseLength = 0.3f;
-        ASSERT_TRUE(createProjectFromSetup(model_, setup).ok());
-        Project& project = *model_.currentProject();
-        copyText(project.projectDir, data_.path().c_str());
-        project.msl[0].recordsettings.recpause = 0.3;
+        ASSERT_TRUE(openSynthProject(model_, home_.path(), data_.path(), false, 18, msg)) << msg;
 
         // A message box would wait for a user: note it and close it.
         QObject::connect(&boxCloser_, &QTimer::timeout, [this] {
@@ -75,10 +109,7 @@ class RecordDialogOnTheSynth : public ::testing::Test {
     void TearDown() override
     {
         dialog_.reset();
-        std::string msg;
-        audio::closeStreams(msg);
-        audio::terminate();
-        midi::destroyMidi();
+        closeDevices();
     }
 
     // Starts the countdown, plays `note` on the synth once the take runs, stops the take
@@ -172,6 +203,109 @@ TEST_F(RecordDialogOnTheSynth, SemiAutomaticTakesAreKeptDiscardedAndRecordedAgai
         // The note was played no sooner than 0.3 s into the take.
         EXPECT_GT(key.Note_In, int32_t(format.nSamplesPerSec / 5)) << names[i];
         EXPECT_GT(key.Note_Out, key.Note_In) << names[i];
+    }
+}
+
+// The program with its record dialog in an automatic run on the synth, in a process of its
+// own: it writes the number of finished takes to `doneFd` as each one is saved (the progress
+// bar moves once the take and the project are on disk). Returns only if the run ends.
+int recordInAProcessOfItsOwn(const std::string& home, const std::string& data, int doneFd)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    int argc = 1;
+    char name[] = "recdlg";
+    char* argv[] = {name, nullptr};
+    QApplication app(argc, argv);
+    Model model;
+    std::string msg;
+    if (!openSynthProject(model, home, data, true, 6, msg)) {
+        std::fprintf(stderr, "%s\n", msg.c_str());
+        return 2;
+    }
+    shell::RecordDialog dialog(model, kRecordSelectedMultiSample, true);
+    QObject::connect(dialog.progressBar(), &QProgressBar::valueChanged, [doneFd](int done) {
+        const std::string line = std::to_string(done) + "\n";
+        (void)!write(doneFd, line.data(), line.size());
+    });
+    // A refusal (takes that keep dropping frames on a loaded machine) ends the run instead of
+    // waiting for a user to close its box.
+    QTimer boxCloser;
+    QObject::connect(&boxCloser, &QTimer::timeout, [] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            std::fprintf(stderr, "%s\n", box->text().toStdString().c_str());
+            box->reject();
+        }
+    });
+    boxCloser.start(100);
+    dialog.show();
+    QTest::mouseClick(dialog.startButton(), Qt::LeftButton);
+    const bool ended = QTest::qWaitFor([&] { return dialog.runEnded(); }, 5 * kWaitMs);
+    std::fprintf(stderr, "%s\n", dialog.logText().toStdString().c_str());
+    return ended ? 0 : 3;
+}
+
+// Reads the take counts of the process on `fd` until it reports `wanted`, or nothing more
+// comes within a minute; returns the last count read.
+int readDoneCount(int fd, int wanted)
+{
+    int done = 0;
+    std::string pending;
+    while (done < wanted) {
+        pollfd ready{fd, POLLIN, 0};
+        char bytes[64];
+        if (poll(&ready, 1, kWaitMs) <= 0)
+            break;
+        const ssize_t count = read(fd, bytes, sizeof bytes);
+        if (count <= 0)
+            break;
+        pending.append(bytes, size_t(count));
+        for (size_t end; (end = pending.find('\n')) != std::string::npos; pending.erase(0, end + 1))
+            done = std::stoi(pending.substr(0, end));
+    }
+    return done;
+}
+
+// Killed outright (no handler, no clean-up) in the middle of an automatic run: the project
+// loads, and every take the dialog counted as finished is on disk with its markers.
+TEST(RecordDialogKilled, ProjectLoadsWithEveryTakeTheDialogFinished)
+{
+    TempDir home;
+    TempDir data;
+    int pipeFds[2];
+    ASSERT_EQ(pipe(pipeFds), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        close(pipeFds[0]);
+        _exit(recordInAProcessOfItsOwn(home.path(), data.path(), pipeFds[1]));
+    }
+    close(pipeFds[1]);
+    int done = readDoneCount(pipeFds[0], 1);
+    if (done == 1)
+        QTest::qSleep(700); // into the second take
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    done = std::max(done, readDoneCount(pipeFds[0], kKeyCount)); // counted before it died
+    close(pipeFds[0]);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the run ended before it was killed";
+    ASSERT_GE(done, 1) << "the dialog finished no take";
+
+    Model model;
+    ProjectLoadOutcome outcome;
+    std::string msg;
+    ASSERT_EQ(loadProjects(model, data.path(), {"Synth.TGprj"}, {}, outcome, msg), 1) << msg;
+    const Project& project = *model.currentProject();
+    const TGmsl& msl = project.msl[0];
+    int recorded = 0;
+    for (int note = 48; note <= 84 && recorded < done; note += 6, ++recorded) {
+        SCOPED_TRACE(note);
+        const TGmsl_key& key = msl.keys[note];
+        EXPECT_EQ(key.hasAudio, 1);
+        EXPECT_GT(key.Note_Out, key.Note_In);
+        WaveFormat format;
+        std::vector<uint8_t> audio;
+        ASSERT_EQ(readWav(keySampleFileName(project, msl, note), format, audio, msg), 1) << msg;
+        EXPECT_EQ(int64_t(audio.size() / format.nBlockAlign), int64_t(44100 * 14 / 10));
     }
 }
 

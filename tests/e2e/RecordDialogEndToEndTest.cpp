@@ -29,6 +29,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -87,6 +88,18 @@ void closeDevices()
     midi::destroyMidi();
 }
 
+// A message box would wait for a user: `note` gets its text and the box is closed.
+void closeMessageBoxes(QTimer& timer, const std::function<void(const QString&)>& note)
+{
+    QObject::connect(&timer, &QTimer::timeout, [note] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            note(box->text());
+            box->reject();
+        }
+    });
+    timer.start(100);
+}
+
 class RecordDialogOnTheSynth : public ::testing::Test {
   protected:
     void SetUp() override
@@ -96,14 +109,7 @@ class RecordDialogOnTheSynth : public ::testing::Test {
         std::string msg;
         ASSERT_TRUE(openSynthProject(model_, home_.path(), data_.path(), false, 18, msg)) << msg;
 
-        // A message box would wait for a user: note it and close it.
-        QObject::connect(&boxCloser_, &QTimer::timeout, [this] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                boxes_ += box->text() + "\n";
-                box->reject();
-            }
-        });
-        boxCloser_.start(100);
+        closeMessageBoxes(boxCloser_, [this](const QString& text) { boxes_ += text + "\n"; });
     }
 
     void TearDown() override
@@ -230,13 +236,9 @@ int recordInAProcessOfItsOwn(const std::string& home, const std::string& data, i
     // A refusal (takes that keep dropping frames on a loaded machine) ends the run instead of
     // waiting for a user to close its box.
     QTimer boxCloser;
-    QObject::connect(&boxCloser, &QTimer::timeout, [] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            std::fprintf(stderr, "%s\n", box->text().toStdString().c_str());
-            box->reject();
-        }
+    closeMessageBoxes(boxCloser, [](const QString& text) {
+        std::fprintf(stderr, "%s\n", text.toStdString().c_str());
     });
-    boxCloser.start(100);
     dialog.show();
     QTest::mouseClick(dialog.startButton(), Qt::LeftButton);
     const bool ended = QTest::qWaitFor([&] { return dialog.runEnded(); }, 5 * kWaitMs);

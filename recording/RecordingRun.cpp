@@ -470,7 +470,13 @@ void RecordingRun::processTake()
 
     const RecordSettings& rs = msl.recordsettings;
     const double noteSeconds = source_.offlineRenderer() ? noteLength_ : measuredNoteMs_ / 1000.0;
-    setTakeNoteMarkers(key, take.format, data, bytes, rs, releaseLength_, noteSeconds);
+    // A semi-automatic take from a live source holds a note the user played: the run timed no
+    // Note On to Note Off, so a release placed after a note duration would start at the Note
+    // In (and then throw the found note away). Its end is found in the audio instead, as in a
+    // take without a release.
+    const bool noteTimed = options_.automatic || source_.offlineRenderer() != nullptr;
+    setTakeNoteMarkers(key, take.format, data, bytes, rs, noteTimed ? releaseLength_ : 0.0,
+                       noteSeconds);
     setUpTakeLoop(key, rs);
     if (rs.autoloop) {
         observer_.log("Loop Detection - This may take a bit...");

@@ -166,8 +166,9 @@ TEST_F(RunFixture, ReleaseZeroPutsTheReleaseAtTheLastFrame)
     runToEnd(*run, clock);
     const TGmsl_key& key = layer(0).keys[60];
     const int32_t lastFrame = 2 * 44100 + 22050 - 1;
-    EXPECT_EQ(key.Release_In, lastFrame);
-    EXPECT_EQ(key.Release_Out, lastFrame);
+    // No release part: it would start at a Note Off the run never sent.
+    EXPECT_EQ(key.Release_In, key.Release_Out);
+    EXPECT_GE(key.Release_In, 44100 * 14 / 10 - 1);
     // Without a release the Note Off falls on the end of the take: the note sounds to the end.
     EXPECT_EQ(key.Note_Out, lastFrame);
     EXPECT_NEAR(key.Note_In, 22050 + 441, 10);
@@ -419,6 +420,39 @@ TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
     EXPECT_EQ(std::string(layer(0).keys[60].name), std::string(47, 'x'));
     EXPECT_EQ(run->currentKey(), 62);
     EXPECT_EQ(run->keysDone(), 1);
+}
+
+// In semi-automatic mode the user plays the note; the run times none, so the note's end is
+// found in the take even when the Multi-Sample has a release length.
+TEST_F(RunFixture, SemiAutomaticTakeIsMarkedWhereTheUserPlayedTheNote)
+{
+    addLayer("Soft");
+    selectKeys({60});
+    RunOptions options;
+    options.automatic = false;
+    auto run = startRun(options);
+    run->startCountdown();
+    runUntil(*run, clock, clock.now + 1000);
+    ASSERT_EQ(run->state(), RecordingRun::State::Recording);
+    const int64_t armedAt = source.armedAtMs.back();
+    const uint8_t noteOn[3] = {0x90, 60, 100};
+    const uint8_t noteOff[3] = {0x80, 60, 0};
+    runUntil(*run, clock, armedAt + 300);
+    source.sendMidi(noteOn, 3);
+    runUntil(*run, clock, armedAt + 900);
+    source.sendMidi(noteOff, 3);
+    runUntil(*run, clock, armedAt + 1400);
+    run->stop();
+    ASSERT_EQ(run->state(), RecordingRun::State::Checking);
+
+    const TGmsl_key& key = layer(0).keys[60];
+    EXPECT_NEAR(key.Note_In, 13230 + 441, 10);
+    // The tone fades out over the 0.2 s after the Note Off (39690 + 441).
+    EXPECT_GT(key.Note_Out, 40131);
+    EXPECT_LE(key.Note_Out, 40131 + 8820);
+    // No release part: it would start at a Note Off the run never sent.
+    EXPECT_EQ(key.Release_In, key.Release_Out);
+    EXPECT_GE(key.Release_In, 44100 * 14 / 10 - 1);
 }
 
 // The fake keeps recording for ever: the run must not poll for ever.

@@ -328,6 +328,30 @@ int32_t outputDeviceIndex(const std::string& name, std::string& msg)
     return deviceIndex(false, name, msg);
 }
 
+std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg)
+{
+    std::vector<std::string> names;
+    (void)msg;
+#if TG_HAVE_PA_ASIO
+    if (deviceIndex < 0 || deviceIndex >= Pa_GetDeviceCount() || !isAsioDevice(deviceIndex))
+        return names;
+    const PaDeviceInfo* info = Pa_GetDeviceInfo(deviceIndex);
+    for (int channel = 0; channel < info->maxInputChannels; ++channel) {
+        const char* name = nullptr;
+        const PaError error = PaAsio_GetInputChannelName(deviceIndex, channel, &name);
+        if (error != paNoError) {
+            portAudioError(msg, error);
+            names.clear();
+            return names;
+        }
+        names.push_back(name != nullptr ? name : "");
+    }
+#else
+    (void)deviceIndex;
+#endif
+    return names;
+}
+
 std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg)
 {
     std::vector<std::string> names;
@@ -337,21 +361,9 @@ std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg
     if (info == nullptr)
         return names;
 #if TG_HAVE_PA_ASIO
-    if (isAsioDevice(deviceIndex)) {
-        for (int channel = 0; channel < info->maxInputChannels; ++channel) {
-            const char* name = nullptr;
-            const PaError error = PaAsio_GetInputChannelName(deviceIndex, channel, &name);
-            if (error != paNoError) {
-                portAudioError(msg, error);
-                names.clear();
-                return names;
-            }
-            names.push_back(name != nullptr ? name : "");
-        }
-        return names;
-    }
+    if (isAsioDevice(deviceIndex))
+        return asioChannelNames(deviceIndex, msg); // the driver names its channels
 #endif
-    (void)msg;
     // A stereo or mono device records its channels as they come.
     if (info->maxInputChannels <= 2)
         return names;

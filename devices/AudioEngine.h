@@ -39,6 +39,10 @@ std::vector<AudioDevice> listOutputDevices(std::string& msg);
 int32_t inputDeviceIndex(const std::string& name, std::string& msg);
 int32_t outputDeviceIndex(const std::string& name, std::string& msg);
 
+// The channel names an ASIO device reports; empty for every other device (and wherever
+// PortAudio was built without ASIO), or with `msg` filled when the driver fails.
+std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg);
+
 // The names of an input device's channels, for choosing the two a take records: an ASIO
 // device's own channel names; a JACK client's output port names; "Channel 1".."Channel N"
 // on other host APIs. Empty for a device with one or two channels (there is nothing to

@@ -133,13 +133,20 @@ void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
         // late by nearly two blocks. The origin follows the earliest reading seen, and a hole
         // counts only once it spans two whole blocks: a late reading alone never makes one.
         const double rate = double(format_.sampleRate);
-        int64_t deficit = std::llround((status.time - firstBlockTime_) * rate) - before;
+        const double elapsed = (status.time - firstBlockTime_) * rate;
+        int64_t deficit = std::isfinite(elapsed) ? std::llround(elapsed) - before : 0;
         if (deficit < 0) {
             firstBlockTime_ += double(deficit) / rate;
             deficit = 0;
         }
-        if (deficit >= 2 * int64_t(frames) && deficit > missing)
+        if (!std::isfinite(elapsed) || deficit > capacityFrames_) {
+            // More time than the whole take in one step: not a hole but a clock that jumped
+            // (JACK's estimate can after an xrun). The clock no longer judges this take; the
+            // driver's overflow flags do.
+            timedFromStart_ = false;
+        } else if (deficit >= 2 * int64_t(frames) && deficit > missing) {
             missing = deficit;
+        }
     }
     const int64_t room = capacityFrames_ - before;
     const int64_t taken = int64_t(frames) < room ? int64_t(frames) : (room > 0 ? room : 0);

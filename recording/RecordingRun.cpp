@@ -530,8 +530,9 @@ void RecordingRun::discardTake()
 {
     if (state_ != State::Checking)
         return;
-    // The same key comes again; its take will be overwritten and counted then.
+    // The same key comes again, as a new try: its take will be overwritten and counted then.
     --done_;
+    retries_ = 0;
     state_ = State::Waiting;
     showNextKey();
 }

@@ -25,6 +25,7 @@ TEST(AudioEngine, DeviceQueriesBeforeInitializationSayWhy)
     EXPECT_EQ(audio::outputDeviceIndex("", msg), -1);
     EXPECT_EQ(msg, "Could not find an audio device with this name.\n");
     EXPECT_TRUE(audio::inputChannelNames(0, msg).empty());
+    EXPECT_TRUE(audio::asioChannelNames(0, msg).empty()); // no ASIO on this host
 }
 
 TEST(AudioEngine, UnusedSidesOpenNothingAndBadDevicesFail)

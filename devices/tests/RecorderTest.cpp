@@ -145,6 +145,16 @@ TEST(Recorder, HealthCountsOverflowsUnderflowsAndTheFramesTheClockSaysAreMissing
     EXPECT_EQ(health.outputUnderflows, 1);
     EXPECT_TRUE(health.droppedFrames());
 
+    // A reading more than the whole take ahead is a clock that jumped, not a hole: from then
+    // on the flags judge the take.
+    ASSERT_EQ(recorder.arm(config, 3.0), 1);
+    recorder.processBlock(block.data(), 64, at(0));
+    recorder.processBlock(block.data(), 64, at(int64_t(1) << 31));
+    health = recorder.take().health;
+    EXPECT_FALSE(health.clocked);
+    EXPECT_EQ(health.framesMissing(), 0);
+    EXPECT_FALSE(health.droppedFrames());
+
     // A clean take: as many frames arrived as the clock let pass.
     ASSERT_EQ(recorder.arm(config, 1.0), 1);
     for (int64_t frame = 0; recorder.isRecording(); frame += 64)

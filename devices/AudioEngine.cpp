@@ -8,6 +8,7 @@
 #include "devices/PeakLevel.h"
 
 #include <atomic>
+#include <cstring>
 #include <pa_jack.h>
 #include <portaudio.h>
 
@@ -368,6 +369,11 @@ std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg
     if (info->maxInputChannels <= 2)
         return names;
     const PaHostApiInfo* api = Pa_GetHostApiInfo(info->hostApi);
+    // ALSA's plug-in devices ("default", "pulse", "pipewire") claim dozens of channels that a
+    // sound server fills by upmixing; only a card's own device has real channels to choose.
+    if (api != nullptr && api->type == paALSA &&
+        (info->name == nullptr || std::strstr(info->name, "(hw:") == nullptr))
+        return names;
     if (api != nullptr && api->type == paJACK && info->name != nullptr)
         names = jackOutputPortNames(info->name);
     // The server's ports may have changed since PortAudio counted them: the stream opens the

@@ -45,8 +45,8 @@ std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg)
 
 // The names of an input device's channels, for choosing the two a take records: an ASIO
 // device's own channel names; a JACK client's output port names; "Channel 1".."Channel N"
-// on other host APIs. Empty for a device with one or two channels (there is nothing to
-// choose), and for a device index that does not exist.
+// on an ALSA card's own ("hw:") device. Empty for a device with one or two channels (there is
+// nothing to choose), and for a device index that does not exist.
 std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg);
 
 // Closes what is open, resets recorder and playback, and opens the streams: one duplex

@@ -16,8 +16,13 @@ InputChannelMap inputChannelMap(const AudioStreamConfig& config, int deviceChann
     if (config.channels == 1 && available(config.channelLeft)) {
         map.source[0] = config.channelLeft;
     } else if (config.channels == 2) {
-        if (available(config.channelLeft))
+        if (available(config.channelLeft)) {
             map.source[0] = config.channelLeft;
+            // Left alone chosen: the pair it starts (or the left again on the last channel),
+            // never a channel of another pair.
+            map.source[1] =
+                available(config.channelLeft + 1) ? config.channelLeft + 1 : config.channelLeft;
+        }
         if (available(config.channelRight))
             map.source[1] = config.channelRight;
     }

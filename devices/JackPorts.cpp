@@ -29,9 +29,9 @@ std::vector<std::string> jackOutputPortNames(const std::string& client)
     jack_client_t* self = jack_client_open("Tonegrabber-ports", JackNoStartServer, &status);
     if (self == nullptr)
         return names;
-    // Every port type, as PortAudio counts the device's channels the same way.
-    const char** ports =
-        jack_get_ports(self, (escaped(client) + ":.*").c_str(), nullptr, JackPortIsOutput);
+    // Audio ports only, as PortAudio counts a JACK device's channels.
+    const char** ports = jack_get_ports(self, (escaped(client) + ":.*").c_str(),
+                                        JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput);
     const std::string prefix = client + ":";
     for (size_t i = 0; ports != nullptr && ports[i] != nullptr; ++i) {
         const std::string full = ports[i];

@@ -119,6 +119,8 @@ void MidiManager::multiSampleSettingChanged(const TGmsl& msl, const std::string&
         sendProgramChange(midiOutSettingsOf(msl));
     } else if (key == "msl_MIDIoutChannel" || key == "msl_MIDIoutProgram" ||
                key == "msl_MIDIoutProgram_active") {
+        if (through_ && (msl.MIDIoutChannel & 0x0F) != outputChannel_)
+            releaseThroughNotes();
         outputChannel_ = msl.MIDIoutChannel & 0x0F;
         sendProgramChange(midiOutSettingsOf(msl));
     }
@@ -142,8 +144,23 @@ void MidiManager::midiInDeviceChanged(const std::string& name)
 
 void MidiManager::setThrough(bool through, int inputChannel)
 {
+    // Notes held through the old routing would hang on the sound source.
+    if (through_ && (!through || ((inputChannel - 1) & 0x0F) != throughInput_))
+        releaseThroughNotes();
     through_ = through;
     throughInput_ = (inputChannel - 1) & 0x0F;
+}
+
+void MidiManager::releaseThroughNotes()
+{
+    const uint8_t controller = uint8_t(0xB0 | outputChannel_);
+    for (const uint8_t number : {uint8_t(64), uint8_t(123)}) { // sustain off, all notes off
+        MidiMessage message;
+        message.count = 3;
+        message.bytes[0] = controller;
+        message.bytes[1] = number;
+        send(message);
+    }
 }
 
 bool MidiManager::passThrough(const std::vector<unsigned char>& message)

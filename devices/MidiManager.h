@@ -79,6 +79,8 @@ class MidiManager : public QObject {
     // Passes a channel message of the input channel on to the output channel; false when the
     // message is not one to pass on.
     bool passThrough(const std::vector<unsigned char>& message);
+    // Sustain off and All Notes Off on the output channel.
+    void releaseThroughNotes();
 
     Sender sender_;
     NotePlayer notePlayer_;

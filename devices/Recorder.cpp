@@ -9,6 +9,12 @@
 
 namespace tg {
 
+namespace {
+// A stall this long would have raised the driver's flags; a clock reading that far ahead is
+// a broken reading.
+constexpr int64_t kClockJumpSeconds = 10;
+} // namespace
+
 int Recorder::arm(const AudioStreamConfig& input, double seconds)
 {
     stop();
@@ -139,10 +145,10 @@ void Recorder::countBlock(unsigned long frames, const BlockStatus& status)
             firstBlockTime_ += double(deficit) / rate;
             deficit = 0;
         }
-        if (!std::isfinite(elapsed) || deficit > capacityFrames_) {
-            // More time than the whole take in one step: not a hole but a clock that jumped
-            // (JACK's estimate can after an xrun). The clock no longer judges this take; the
-            // driver's overflow flags do.
+        if (!std::isfinite(elapsed) || deficit > int64_t(rate) * kClockJumpSeconds) {
+            // Seconds gone in one step: not a hole but a clock that jumped (JACK's estimate
+            // can after an xrun). The clock no longer judges this take; the driver's overflow
+            // flags do.
             timedFromStart_ = false;
         } else if (deficit >= 2 * int64_t(frames) && deficit > missing) {
             missing = deficit;

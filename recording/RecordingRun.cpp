@@ -51,8 +51,9 @@ RecordingRun::RecordingRun(Model& model, const RunOptions& options, TakeSource& 
 
 std::string RecordingRun::title() const
 {
-    return std::string(recordCommandText(options_.command)) +
-           (options_.automatic ? " (Automatic Mode)" : " (Semi Automatic Mode)");
+    const std::string text =
+        options_.titleText.empty() ? recordCommandText(options_.command) : options_.titleText;
+    return text + (options_.automatic ? " (Automatic Mode)" : " (Semi Automatic Mode)");
 }
 
 Result RecordingRun::open()

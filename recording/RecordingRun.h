@@ -23,6 +23,8 @@ struct RunOptions {
     bool verbose = true;
     int maxRecLength = 20;         // seconds, 0..1000: the armed length in semi-automatic mode
     std::string audioOutputDevice; // the preferences' audio output device
+    // The title's text in place of the command's (the project wizard names its run so).
+    std::string titleText;
 };
 
 // One take as the run judged it: kept (written to `file`) or refused for dropped frames.

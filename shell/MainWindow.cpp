@@ -172,7 +172,10 @@ void MainWindow::bindActions()
     actions_->bind(QStringLiteral("openMidiMonitor"), [this] { openMidiMonitor(); });
     bindRecordingSetupActions(
         *actions_, model_, this,
-        {[this](int command, bool automatic) { return openRecordDialog(command, automatic); },
+        {[this](int command, bool automatic) {
+             return openRecordDialog(command, automatic,
+                                     QStringLiteral("Record all Multi-Samples in selected Project"));
+         },
          [this] { return projectFiles_->saveSelected(); }});
 
     QAction* header = actions_->action(QStringLiteral("showHeader"));
@@ -281,11 +284,11 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     return QMainWindow::eventFilter(watched, event);
 }
 
-int MainWindow::openRecordDialog(int command, bool automatic)
+int MainWindow::openRecordDialog(int command, bool automatic, const QString& titleText)
 {
     // Every finished take is on disk when the dialog closes, however the run ended, so the
     // caller goes on (and saves) as after an accepted run.
-    RecordDialog dialog(model_, command, automatic, this);
+    RecordDialog dialog(model_, command, automatic, this, titleText);
     dialog.exec();
     return QDialog::Accepted;
 }

@@ -56,7 +56,7 @@ class MainWindow : public QMainWindow, public TonegrabberModelListener {
 
     // Opens the record dialog for a record command (automatic or semi-automatic); returns
     // its QDialog::DialogCode.
-    int openRecordDialog(int command, bool automatic);
+    int openRecordDialog(int command, bool automatic, const QString& titleText = QString());
 
   protected:
     void closeEvent(QCloseEvent* event) override;

@@ -163,13 +163,18 @@ TEST_F(MidiManagerTest, ThroughPassesTheInputChannelOnToTheSourceInsteadOfPlayin
     sent.clear();
     manager->onMidiIn({0x90, 62, 100});
     EXPECT_TRUE(manager->notePending());
+    // Moving the output or leaving Through lets go of what the keyboard held on the old one.
     msl.MIDIoutChannel = 9;
+    sent.clear();
     manager->multiSampleSettingChanged(msl, "msl_MIDIoutChannel");
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xB3, 64, 0}, {0xB3, 123, 0}, {0xC9, 80}}));
     sent.clear();
     manager->onMidiIn({0x91, 64, 1});
     EXPECT_EQ(sent, (std::vector<Bytes>{{0x99, 64, 1}}));
 
+    sent.clear();
     manager->setThrough(false, 2);
+    EXPECT_EQ(sent, (std::vector<Bytes>{{0xB9, 64, 0}, {0xB9, 123, 0}}));
     sent.clear();
     manager->onMidiIn({0x91, 64, 1});
     EXPECT_TRUE(sent.empty());

@@ -65,8 +65,10 @@ std::string preferredOutputDevice()
 
 } // namespace
 
-RecordDialog::RecordDialog(Model& model, int command, bool automatic, QWidget* parent)
-    : QDialog(parent), model_(model), command_(command), automatic_(automatic)
+RecordDialog::RecordDialog(Model& model, int command, bool automatic, QWidget* parent,
+                           const QString& titleText)
+    : QDialog(parent), model_(model), command_(command), automatic_(automatic),
+      titleText_(titleText)
 {
     buildLayout();
     readOptions();
@@ -203,6 +205,7 @@ bool RecordDialog::makeRun()
     RunOptions options;
     options.command = command_;
     options.automatic = automatic_;
+    options.titleText = titleText_.toStdString();
     options.recordOnlyEmptyKeys = onlyEmpty_->isChecked();
     options.keepLockedKeys = keepLocked_->isChecked();
     options.closeAfterRecording = closeAfter_->isChecked();

@@ -40,7 +40,9 @@ class RecordDialog : public QDialog, private RunObserver {
     // kRecordAllProjects); `automatic` false runs it semi-automatically. The record list is
     // built and checked at once: a refusal is shown, and a run that cannot start closes the
     // dialog as soon as it is shown.
-    RecordDialog(Model& model, int command, bool automatic, QWidget* parent = nullptr);
+    // `titleText`, when given, names the run in the title instead of the command's text.
+    RecordDialog(Model& model, int command, bool automatic, QWidget* parent = nullptr,
+                 const QString& titleText = QString());
     ~RecordDialog() override;
 
     QString logText() const;
@@ -94,6 +96,7 @@ class RecordDialog : public QDialog, private RunObserver {
     Model& model_;
     int command_;
     bool automatic_;
+    QString titleText_;
     QCheckBox* onlyEmpty_ = nullptr;
     QCheckBox* keepLocked_ = nullptr;
     QCheckBox* closeAfter_ = nullptr;

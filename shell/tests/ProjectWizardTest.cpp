@@ -1,7 +1,12 @@
 // The project wizard as the user fills it in: its page checks and page order, the project
 // file it makes (compared with the command line's), and its opening at start-up.
 #include "shell/wizard/ProjectWizard.h"
+#include "core/IniKeys.h"
 #include "core/Model.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "shell/IniFile.h"
+#include "shell/dialogs/RecordDialog.h"
 #include "recording/RecordList.h"
 #include "shell/ActionTable.h"
 #include "shell/GuiStartup.h"
@@ -15,6 +20,8 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QSpinBox>
 #include <gtest/gtest.h>
 
@@ -160,6 +167,84 @@ TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
     const std::string gui = test::readFileBytes(guiFile);
     ASSERT_FALSE(gui.empty());
     EXPECT_TRUE(gui == test::readFileBytes(cliFile));
+}
+
+TEST(ProjectWizardFlow, RecordDialogBouncesEveryKeyOfTheNewProjectOfflineThenItIsSaved)
+{
+    test::TempDir dir;
+    const std::string file = dir.file("Bounced.TGprj");
+    std::filesystem::create_directories(dir.file("data"));
+    openIniFile()->setValue(QString::fromLatin1(ini::kVstHostPluginPath),
+                            QStringLiteral("/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=0"));
+    Model model;
+    MainWindow window(model);
+
+    QStringList seen;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal == nullptr || !modal->isVisible())
+            return;
+        if (seen.isEmpty() || seen.last() != modal->windowTitle())
+            seen << modal->windowTitle();
+        if (auto* wizard = qobject_cast<ProjectWizard*>(modal)) {
+            // 37 keys every twelfth (C3 to C6), two layers, simple loops.
+            wizard->next();
+            choose(*wizard, "recordingMode", 2);
+            child<QLineEdit>(*wizard, "dataPath")->setText(QString::fromStdString(dir.file("data")));
+            choose(*wizard, "samplingRange", 0);
+            child<QSpinBox>(*wizard, "velocityLayers")->setValue(2);
+            child<QSpinBox>(*wizard, "keyStep")->setValue(12);
+            choose(*wizard, "autoLoop", 0);
+            choose(*wizard, "loopComplexity", 0);
+            while (wizard->currentId() != ProjectWizard::Completed)
+                wizard->next();
+            wizard->accept();
+        } else if (auto* record = qobject_cast<RecordDialog*>(modal)) {
+            // No audio output here: bouncing is the way, and it is already ticked.
+            for (auto* button : record->findChildren<QPushButton*>())
+                if (button->text() == QLatin1String("Start Recording") && button->isEnabled())
+                    button->click();
+        } else if (auto* save = qobject_cast<QFileDialog*>(modal)) {
+            save->selectFile(QString::fromStdString(file));
+            static_cast<QDialog*>(save)->accept();
+        } else {
+            if (auto* box = qobject_cast<QMessageBox*>(modal))
+                seen.last() += QStringLiteral(": ") + box->text();
+            modal->close();
+        }
+    });
+    user.start(20);
+    window.actions().action(QStringLiteral("openProjectWizard"))->trigger();
+    user.stop();
+
+    EXPECT_EQ(seen.first(), "Project Wizard") << qPrintable(seen.join('|'));
+    EXPECT_EQ(seen.last(), "Save selected Project as") << qPrintable(seen.join('|'));
+    // The dialog is named after the wizard's run; its title follows the takes.
+    EXPECT_EQ(seen.at(1), "Record all Multi-Samples in selected Project (Automatic Mode)");
+    EXPECT_TRUE(seen.contains(QStringLiteral(
+        "Record all Multi-Samples in selected Project (Automatic Mode) - 8 keys (7 done)")))
+        << qPrintable(seen.join('|'));
+    Model saved;
+    ProjectLoadOutcome outcome;
+    std::string failure;
+    ASSERT_EQ(loadProjects(saved, dir.path(), {"Bounced.TGprj"}, ProjectLoadOptions{}, outcome,
+                           failure),
+              1)
+        << failure;
+    const Project& p = saved.project(0);
+    ASSERT_EQ(p.mslCount, 2);
+    for (int m = 0; m < 2; ++m)
+        for (int note : {48, 60, 72, 84}) {
+            SCOPED_TRACE(std::to_string(m) + " key " + std::to_string(note));
+            const TGmsl_key& key = p.msl[m].keys[note];
+            EXPECT_EQ(key.hasAudio, 1);
+            EXPECT_GT(key.Note_In, 0);
+            EXPECT_GT(key.Note_Out, key.Note_In);
+            EXPECT_EQ(key.loopMode, 1);
+            EXPECT_GT(key.Loop_Out, key.Loop_In);
+            EXPECT_TRUE(std::filesystem::exists(keySampleFileName(p, p.msl[m], note)));
+        }
 }
 
 TEST(ProjectWizardFlow, SemiAutomaticModeReachesTheRecordDialogAndARejectedRunIsNotSaved)

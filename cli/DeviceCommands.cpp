@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/MidiPorts.h"
 #include "devices/RecordFormats.h"
 
@@ -43,9 +44,9 @@ int runDevices(const DevicesOptions& options)
     nlohmann::json audioInChannels = nlohmann::json::object();
     for (const AudioInputEntry& entry : tables.audioIn) {
         audioIn.push_back(entry.name);
-        if (entry.channels.size() > 1)
-            audioInChannels[entry.name] =
-                std::vector<std::string>(entry.channels.begin(), entry.channels.end() - 1);
+        const std::vector<std::string> channels = choosableInputChannels(tables, entry.name);
+        if (!channels.empty())
+            audioInChannels[entry.name] = channels;
     }
     const RecordFormatRow* formats = recordFormatTable();
 

@@ -2,7 +2,10 @@
 
 #include "core/Model.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/RecordFormats.h"
+
+#include <algorithm>
 
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -375,14 +378,11 @@ void ProjectWizard::onCurrentTextChanged(const QString& device)
 
 int ProjectWizard::channelIndex(const QString& channel) const
 {
-    const std::string device = audioIn_->currentText().toStdString();
-    for (const AudioInputEntry& entry : deviceTables().audioIn)
-        if (entry.name == device)
-            // The last entry of a device's channels is "Default", kept as -1.
-            for (size_t i = 0; i + 1 < entry.channels.size(); ++i)
-                if (entry.channels[i] == channel.toStdString())
-                    return static_cast<int>(i);
-    return -1;
+    // "Default" is not among the choosable ones: it stays -1.
+    const std::vector<std::string> channels =
+        choosableInputChannels(deviceTables(), audioIn_->currentText().toStdString());
+    const auto found = std::find(channels.begin(), channels.end(), channel.toStdString());
+    return found == channels.end() ? -1 : static_cast<int>(found - channels.begin());
 }
 
 void ProjectWizard::onLeftChannelChanged(const QString& channel)

@@ -413,18 +413,19 @@ bool RecordingRun::acceptTakeHealth(const TakeAudio& take)
     // unattended run rides it out. Drops that outlast several takes of one key mean the system
     // cannot keep up, and recording on would only fill the project with refusals.
     if (retries_ >= kRetakesForDroppedFrames) {
-        fail(formatText("Frames were dropped again while recording NOTE %d (%s): %lld frame(s) "
-                        "missing, %d input overflow(s). The take was not kept and the "
-                        "recording stopped; lower the system's load or raise the audio "
-                        "latency, then record again.",
-                        currentKey_, noteName(currentKey_).c_str(),
+        fail(formatText("Frames were dropped again while recording NOTE %d (%s), in %d takes in "
+                        "a row; the last: %lld frame(s) missing, %d input overflow(s). The take "
+                        "was not kept and the recording stopped; lower the system's load or "
+                        "raise the audio latency, then record again.",
+                        currentKey_, noteName(currentKey_).c_str(), retries_ + 1,
                         (long long)health.framesMissing(), health.inputOverflows));
         return false;
     }
     ++retries_;
     observer_.log(formatText("Frames were dropped: the take is not kept, NOTE %d (%s) is "
-                             "recorded again",
-                             currentKey_, noteName(currentKey_).c_str()));
+                             "recorded again (take %d of %d)",
+                             currentKey_, noteName(currentKey_).c_str(), retries_ + 1,
+                             kRetakesForDroppedFrames + 1));
     if (options_.automatic) {
         startKeyCountdown();
     } else {

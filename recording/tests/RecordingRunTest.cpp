@@ -277,7 +277,7 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedAgainUntilDropsPersist)
     EXPECT_TRUE(observer.logged("NOTE 60 (C4): 154350 of 154862 frames received, 512 missing, 1 "
                                 "input overflow(s), 1 output underflow(s)"));
     EXPECT_TRUE(observer.logged("Frames were dropped: the take is not kept, NOTE 60 (C4) is "
-                                "recorded again"));
+                                "recorded again (take 2 of 4)"));
     EXPECT_TRUE(observer.logged("NOTE 60 (C4): 154350 of 154350 frames received, 0 missing, 0 "
                                 "input overflow(s), 0 output underflow(s)"));
     ASSERT_EQ(observer.takes.size(), 2u);
@@ -294,9 +294,10 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedAgainUntilDropsPersist)
     EXPECT_TRUE(run->failed());
     ASSERT_EQ(observer.boxes.size(), 1u);
     EXPECT_EQ(observer.boxes[0],
-              "Error: Frames were dropped again while recording NOTE 62 (D4): 512 frame(s) "
-              "missing, 1 input overflow(s). The take was not kept and the recording stopped; "
-              "lower the system's load or raise the audio latency, then record again.");
+              "Error: Frames were dropped again while recording NOTE 62 (D4), in 4 takes in a "
+              "row; the last: 512 frame(s) missing, 1 input overflow(s). The take was not kept "
+              "and the recording stopped; lower the system's load or raise the audio latency, "
+              "then record again.");
     EXPECT_EQ(source.armedAtMs.size(), 6u);
     EXPECT_EQ(run->keysDone(), 1);
     EXPECT_EQ(layer(0).keys[62].hasAudio, 0);

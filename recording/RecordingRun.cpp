@@ -7,6 +7,7 @@
 #include "core/NoteNames.h"
 #include "core/ProjectFile.h"
 #include "devices/RecordFormats.h"
+#include "recording/LowPriorityWork.h"
 #include "recording/TakeFile.h"
 #include "recording/TakeMarkers.h"
 
@@ -488,7 +489,7 @@ void RecordingRun::processTake()
                 : 0.0;
         verbose(formatText("        searching for loop-Out, search dur. = %s second(s)",
                            number(searchSeconds).c_str()));
-        searchTakeLoop(key, take.format, data, bytes, rs);
+        runAtLowPriority([&] { searchTakeLoop(key, take.format, data, bytes, rs); });
         verbose("       setting loop-Out");
     }
     key.name[0] = '\0';

@@ -33,6 +33,8 @@ shoot_recgui_screenshots() {
         --note-length 2.5 --release-length 1 --autoloop intermediate
     recgui_project "$cli" "$work/semi/Warm Pad.TGprj" "$work/semi/data" --step 12 \
         --note-length 1.5 --release-length 0.5 --semi
+    # The program starts with these projects, not with the start-up wizard.
+    "$cli" set prefs_showPrjWizardAtStartup=0 >/dev/null
     # The hosted instrument the dialog bounces from: the choice the CLI and the program keep.
     printf '\n[VstHostWidget]\nPluginPath=%s?preset=0\n' "$font" >>"$TONEGRABBER_HOME/Tonegrabber.ini"
 

@@ -136,6 +136,7 @@ InputOutputWidget::InputOutputWidget(Model& model, QWidget* parent) : QWidget(pa
         projectCombo(formatNames(), ProjectWideSetting::AudioInFormat, tr("audio input format"));
     // Device names can be long and are cut; the few format names are short and always read whole.
     format_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    format_->setMinimumWidth(format_->sizeHint().width());
     audioInForm->addRow(tr("Audio In Device"), audioIn_);
     audioInForm->addRow(tr("Audio Format"), format_);
     leftChannel_ = channelCombo(ProjectWideSetting::AudioInChannelLeft, "audioInChannelLeft");

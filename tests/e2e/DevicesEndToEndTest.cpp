@@ -251,17 +251,25 @@ namespace {
 TEST_F(SynthRecording, TakeHealthCountsTheXrunsOfTheServer)
 {
     std::string msg;
-    ASSERT_TRUE(recordWithActions(1.0, {}, msg)) << msg;
-    TakeHealth health = audio::recordBuffer().health;
-    std::fprintf(stderr, "clean take: %lld of %lld frames, %d overflow(s)\n",
-                 (long long)health.framesReceived, (long long)health.framesExpected,
-                 health.inputOverflows);
+    StallingClient staller;
+    ASSERT_TRUE(staller.ok());
+    // A take during which the server itself kept every period (a busy machine makes the
+    // dummy server miss some on its own) must come out whole.
+    TakeHealth health;
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        const int xrunsBefore = staller.xruns();
+        ASSERT_TRUE(recordWithActions(1.0, {}, msg)) << msg;
+        health = audio::recordBuffer().health;
+        std::fprintf(stderr, "clean take: %lld of %lld frames, %d overflow(s), server xruns %d\n",
+                     (long long)health.framesReceived, (long long)health.framesExpected,
+                     health.inputOverflows, staller.xruns() - xrunsBefore);
+        if (staller.xruns() == xrunsBefore)
+            break;
+    }
     EXPECT_EQ(health.framesReceived, 44100);
     EXPECT_TRUE(health.clocked);
     EXPECT_FALSE(health.droppedFrames()) << health.framesMissing() << " frames missing";
 
-    StallingClient staller;
-    ASSERT_TRUE(staller.ok());
     ASSERT_TRUE(recordWithActions(1.0, {{0.4, [&] { staller.stallOnce(60); }}}, msg)) << msg;
     health = audio::recordBuffer().health;
     std::fprintf(stderr, "stalled take: %lld of %lld frames, %d overflow(s), server xruns %d\n",

@@ -8,7 +8,7 @@ shoot_devpanels_screenshots() {
     local window=$1 whole
     whole=$(mktemp --suffix=.png)
     screenshot "$window" "$whole"
-    convert "$whole" -gravity NorthEast -crop 330x632+0+24 +repage docs/screenshots/device-panels.png
+    convert "$whole" -gravity NorthEast -crop 345x632+0+24 +repage docs/screenshots/device-panels.png
     rm -f "$whole"
     not_blank docs/screenshots/device-panels.png
 }

@@ -62,21 +62,7 @@ class PrehearOnJack : public ::testing::Test {
         app_ = std::make_unique<QApplication>(argc_, argv_);
         std::string msg;
         ASSERT_EQ(audio::initialize(msg), 1) << msg;
-        const int32_t device = audio::inputDeviceIndex("system", msg);
-        ASSERT_GE(device, 0) << msg;
-        const AudioStreamConfig config{device, -1, -1, 44100, 16, 2, -1.0f};
-        ASSERT_EQ(audio::openStreams(config, config, msg), 1) << msg;
-        ASSERT_EQ(audio::startStreams(msg), 1) << msg;
-        ASSERT_TRUE(patchbay_.ok());
-        const std::vector<std::string> inputs = patchbay_.ports("^Tonegrabber:in");
-        const std::vector<std::string> outputs = patchbay_.ports("^Tonegrabber:out");
-        ASSERT_EQ(inputs.size(), 2u);
-        ASSERT_EQ(outputs.size(), 2u);
-        for (size_t channel = 0; channel < 2; ++channel) {
-            for (const std::string& source : patchbay_.connections(inputs[channel]))
-                patchbay_.disconnect(source, inputs[channel]);
-            ASSERT_TRUE(patchbay_.connect(outputs[channel], inputs[channel]));
-        }
+        ASSERT_TRUE(openPlaybackLoopback(patchbay_, msg)) << msg;
         writeTake();
     }
 
@@ -115,13 +101,9 @@ class PrehearOnJack : public ::testing::Test {
             << msg;
     }
 
-    // The first channel captured while `actions` ran.
     std::vector<double> capture(std::vector<TimedAction> actions)
     {
-        std::string msg;
-        EXPECT_TRUE(recordWithActions(2.0, std::move(actions), msg)) << msg;
-        RecordedTake take = audio::recordBuffer();
-        return firstChannel(*take.data, 2, take.frames);
+        return captureFirstChannel(2.0, std::move(actions));
     }
 
     int argc_ = 1;

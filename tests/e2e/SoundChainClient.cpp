@@ -5,7 +5,9 @@
 #include "devices/AudioEngine.h"
 #include "devices/MidiPorts.h"
 #include "tests/e2e/AudioThreadChecks.h"
+#include "tests/e2e/ToneAnalysis.h"
 
+#include <gtest/gtest.h>
 #include <jack/jack.h>
 #include <jack/midiport.h>
 
@@ -140,6 +142,14 @@ bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg)
         }
     }
     return true;
+}
+
+std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction> actions)
+{
+    std::string msg;
+    EXPECT_TRUE(recordWithActions(seconds, std::move(actions), msg)) << msg;
+    const RecordedTake take = audio::recordBuffer();
+    return firstChannel(*take.data, 2, take.frames);
 }
 
 JackCapture::JackCapture(const std::string& name, double seconds)

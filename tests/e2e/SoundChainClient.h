@@ -65,6 +65,10 @@ class JackPatchbay {
 // exactly what the player plays. False with `msg` filled.
 bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg);
 
+// Records `seconds` of the open stereo 16-bit input while `actions` run (a gtest failure when
+// the take cannot be made); its first channel on the 16-bit scale.
+std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction> actions);
+
 // A JACK client of the test's own with two audio inputs that records everything arriving
 // there, from activation until `seconds` are full. Its name is an audio device to PortAudio,
 // so a program told to play on it connects its outputs here as its stream starts.

@@ -79,10 +79,7 @@ class TuningOscillatorOnJack : public ::testing::Test {
     // The first channel captured while `actions` ran.
     std::vector<double> capture(double seconds, std::vector<TimedAction> actions)
     {
-        std::string msg;
-        EXPECT_TRUE(recordWithActions(seconds, std::move(actions), msg)) << msg;
-        RecordedTake take = audio::recordBuffer();
-        return firstChannel(*take.data, 2, take.frames);
+        return captureFirstChannel(seconds, std::move(actions));
     }
 
     int argc_ = 1;

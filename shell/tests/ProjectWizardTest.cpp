@@ -5,12 +5,12 @@
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
-#include "shell/IniFile.h"
-#include "shell/dialogs/RecordDialog.h"
 #include "recording/RecordList.h"
 #include "shell/ActionTable.h"
 #include "shell/GuiStartup.h"
+#include "shell/IniFile.h"
 #include "shell/MainWindow.h"
+#include "shell/dialogs/RecordDialog.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "shell/wizard/RecordingSetupActions.h"
 #include "tests/support/TempDir.h"
@@ -27,6 +27,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 
 namespace tg::shell {
 namespace {
@@ -115,6 +116,43 @@ void fillInWizard(ProjectWizard& wizard, const std::string& dataPath)
     wizard.accept();
 }
 
+// Runs the wizard from the main window as a user would: `fill` answers the wizard, the record
+// dialog is started, the project is saved as `saveAs`, any message box is closed. The titles of
+// the windows seen, in order (a message box with its text).
+QStringList runWizardFromTheMenu(MainWindow& window,
+                                 const std::function<void(ProjectWizard&)>& fill,
+                                 const std::string& saveAs)
+{
+    QStringList seen;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal == nullptr || !modal->isVisible())
+            return;
+        if (seen.isEmpty() || seen.last() != modal->windowTitle())
+            seen << modal->windowTitle();
+        if (auto* wizard = qobject_cast<ProjectWizard*>(modal)) {
+            fill(*wizard);
+        } else if (auto* record = qobject_cast<RecordDialog*>(modal)) {
+            for (auto* button : record->findChildren<QPushButton*>())
+                if (button->text() == QLatin1String("Start Recording") && button->isEnabled())
+                    button->click();
+        } else if (auto* save = qobject_cast<QFileDialog*>(modal)) {
+            save->selectFile(QString::fromStdString(saveAs));
+            static_cast<QDialog*>(save)->accept();
+        } else {
+            if (auto* box = qobject_cast<QMessageBox*>(modal))
+                seen.last() += QStringLiteral(": ") + box->text();
+            modal->close();
+        }
+    });
+    user.start(10);
+    QAction* wizardAction = window.actions().action(QStringLiteral("openProjectWizard"));
+    EXPECT_TRUE(wizardAction->isEnabled());
+    wizardAction->trigger();
+    return seen;
+}
+
 TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
 {
     test::TempDir dir;
@@ -126,29 +164,8 @@ TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
     Model model;
     MainWindow window(model);
 
-    QStringList seen;
-    QTimer user;
-    QObject::connect(&user, &QTimer::timeout, [&] {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (modal == nullptr || !modal->isVisible())
-            return;
-        seen << modal->windowTitle();
-        if (auto* box = qobject_cast<QMessageBox*>(modal))
-            seen.last() += QStringLiteral(": ") + box->text();
-        if (auto* wizard = qobject_cast<ProjectWizard*>(modal)) {
-            fillInWizard(*wizard, dir.file("data"));
-        } else if (auto* save = qobject_cast<QFileDialog*>(modal)) {
-            save->selectFile(QString::fromStdString(guiFile));
-            static_cast<QDialog*>(save)->accept();
-        } else {
-            modal->close();
-        }
-    });
-    user.start(10);
-    QAction* wizardAction = window.actions().action(QStringLiteral("openProjectWizard"));
-    ASSERT_TRUE(wizardAction->isEnabled());
-    wizardAction->trigger();
-    user.stop();
+    const QStringList seen = runWizardFromTheMenu(
+        window, [&](ProjectWizard& wizard) { fillInWizard(wizard, dir.file("data")); }, guiFile);
 
     // The wizard hands the new Project to the record dialog, whose run refuses here (no audio
     // output for the hosted instrument), and then saves it.
@@ -179,44 +196,24 @@ TEST(ProjectWizardFlow, RecordDialogBouncesEveryKeyOfTheNewProjectOfflineThenItI
     Model model;
     MainWindow window(model);
 
-    QStringList seen;
-    QTimer user;
-    QObject::connect(&user, &QTimer::timeout, [&] {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (modal == nullptr || !modal->isVisible())
-            return;
-        if (seen.isEmpty() || seen.last() != modal->windowTitle())
-            seen << modal->windowTitle();
-        if (auto* wizard = qobject_cast<ProjectWizard*>(modal)) {
-            // 37 keys every twelfth (C3 to C6), two layers, simple loops.
-            wizard->next();
-            choose(*wizard, "recordingMode", 2);
-            child<QLineEdit>(*wizard, "dataPath")->setText(QString::fromStdString(dir.file("data")));
-            choose(*wizard, "samplingRange", 0);
-            child<QSpinBox>(*wizard, "velocityLayers")->setValue(2);
-            child<QSpinBox>(*wizard, "keyStep")->setValue(12);
-            choose(*wizard, "autoLoop", 0);
-            choose(*wizard, "loopComplexity", 0);
-            while (wizard->currentId() != ProjectWizard::Completed)
-                wizard->next();
-            wizard->accept();
-        } else if (auto* record = qobject_cast<RecordDialog*>(modal)) {
-            // No audio output here: bouncing is the way, and it is already ticked.
-            for (auto* button : record->findChildren<QPushButton*>())
-                if (button->text() == QLatin1String("Start Recording") && button->isEnabled())
-                    button->click();
-        } else if (auto* save = qobject_cast<QFileDialog*>(modal)) {
-            save->selectFile(QString::fromStdString(file));
-            static_cast<QDialog*>(save)->accept();
-        } else {
-            if (auto* box = qobject_cast<QMessageBox*>(modal))
-                seen.last() += QStringLiteral(": ") + box->text();
-            modal->close();
-        }
-    });
-    user.start(20);
-    window.actions().action(QStringLiteral("openProjectWizard"))->trigger();
-    user.stop();
+    // 37 keys every twelfth (C3 to C6), two layers, simple loops; no audio output here, so the
+    // record dialog bounces (already ticked).
+    const QStringList seen = runWizardFromTheMenu(
+        window,
+        [&](ProjectWizard& wizard) {
+            wizard.next();
+            choose(wizard, "recordingMode", 2);
+            child<QLineEdit>(wizard, "dataPath")->setText(QString::fromStdString(dir.file("data")));
+            choose(wizard, "samplingRange", 0);
+            child<QSpinBox>(wizard, "velocityLayers")->setValue(2);
+            child<QSpinBox>(wizard, "keyStep")->setValue(12);
+            choose(wizard, "autoLoop", 0);
+            choose(wizard, "loopComplexity", 0);
+            while (wizard.currentId() != ProjectWizard::Completed)
+                wizard.next();
+            wizard.accept();
+        },
+        file);
 
     EXPECT_EQ(seen.first(), "Project Wizard") << qPrintable(seen.join('|'));
     EXPECT_EQ(seen.last(), "Save selected Project as") << qPrintable(seen.join('|'));
@@ -228,9 +225,9 @@ TEST(ProjectWizardFlow, RecordDialogBouncesEveryKeyOfTheNewProjectOfflineThenItI
     Model saved;
     ProjectLoadOutcome outcome;
     std::string failure;
-    ASSERT_EQ(loadProjects(saved, dir.path(), {"Bounced.TGprj"}, ProjectLoadOptions{}, outcome,
-                           failure),
-              1)
+    ASSERT_EQ(
+        loadProjects(saved, dir.path(), {"Bounced.TGprj"}, ProjectLoadOptions{}, outcome, failure),
+        1)
         << failure;
     const Project& p = saved.project(0);
     ASSERT_EQ(p.mslCount, 2);

@@ -3,7 +3,9 @@
 
 #include <QtGlobal>
 
+#include <alsa/asoundlib.h>
 #include <fluidsynth.h>
+#include <jack/jack.h>
 #include <portaudio.h>
 #include <rtmidi/RtMidi.h>
 #include <soxr.h>
@@ -24,6 +26,11 @@ std::string withoutPrefix(const char* text, const char* prefix)
     return std::strncmp(text, prefix, length) == 0 ? std::string(text + length) : text;
 }
 
+std::string nonNull(const char* text)
+{
+    return text == nullptr ? std::string() : std::string(text);
+}
+
 std::string portAudioVersion()
 {
     const PaVersionInfo* info = Pa_GetVersionInfo();
@@ -40,6 +47,9 @@ std::vector<LibraryInfo> usedLibraries()
     return {
         {"Qt", qVersion(), "LGPL-3.0-only", "windows, settings, network"},
         {"PortAudio", portAudioVersion(), "MIT", "audio devices"},
+        {"JACK", nonNull(jack_get_version_string()), "LGPL-2.1-or-later",
+         "audio and MIDI ports, sound server"},
+        {"ALSA", nonNull(snd_asoundlib_version()), "LGPL-2.1-or-later", "sound cards, MIDI"},
         {"RtMidi", RtMidi::getVersion(), "MIT", "MIDI ports"},
         {"FluidSynth", fluid_version_str(), "LGPL-2.1-or-later", "SoundFont instruments"},
         // lilv has no run-time version query: the version built against.

@@ -8,6 +8,7 @@
 #include "devices/PeakLevel.h"
 
 #include <atomic>
+#include <cmath>
 #include <cstring>
 #include <pa_jack.h>
 #include <portaudio.h>
@@ -327,6 +328,14 @@ int32_t inputDeviceIndex(const std::string& name, std::string& msg)
 int32_t outputDeviceIndex(const std::string& name, std::string& msg)
 {
     return deviceIndex(false, name, msg);
+}
+
+int32_t deviceDefaultRate(int32_t deviceIndex)
+{
+    const PaDeviceInfo* info = isInitialized() ? Pa_GetDeviceInfo(deviceIndex) : nullptr;
+    return info != nullptr && info->defaultSampleRate > 0.0
+               ? int32_t(std::lround(info->defaultSampleRate))
+               : 0;
 }
 
 std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg)

@@ -39,6 +39,10 @@ std::vector<AudioDevice> listOutputDevices(std::string& msg);
 int32_t inputDeviceIndex(const std::string& name, std::string& msg);
 int32_t outputDeviceIndex(const std::string& name, std::string& msg);
 
+// The rate a device runs at when nothing else asks (for a JACK port, the server's rate), in
+// Hz; 0 when the device is unknown.
+int32_t deviceDefaultRate(int32_t deviceIndex);
+
 // The channel names an ASIO device reports; empty for every other device (and wherever
 // PortAudio was built without ASIO), or with `msg` filled when the driver fails.
 std::vector<std::string> asioChannelNames(int32_t deviceIndex, std::string& msg);

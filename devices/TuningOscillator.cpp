@@ -115,7 +115,11 @@ int TuningOscillator::start(const TuningTone& tone, const std::string& outputDev
         AudioStreamConfig input = audio::currentInputConfig();
         if (!audio::inputOpen())
             input.device = -1;
-        const AudioStreamConfig output{device, -1, -1, 44100, 16, 2, -1.0f};
+        // The device's own rate: a JACK server refuses any other, and the player converts
+        // the wave to whatever the output runs at.
+        const int32_t deviceRate = audio::deviceDefaultRate(device);
+        const AudioStreamConfig output{device, -1, -1, deviceRate > 0 ? deviceRate : 44100, 16,
+                                       2, -1.0f};
         if (!audio::openStreams(input, output, msg) || !audio::startStreams(msg))
             return 0;
     }

@@ -16,7 +16,8 @@
 set -Eeuo pipefail
 
 SOUNDFONT=${TG_SOUNDFONT:-/usr/share/sounds/sf2/FluidR3_GM.sf2}
-RATE=44100
+# The sample rate of the server and the synth (TG_CHAIN_RATE, 44100 unless set).
+RATE=${TG_CHAIN_RATE:-44100}
 # Frames per period. A MIDI event and the start of a recording each land on a period
 # boundary, so the period bounds how far a note can sit from where it was sent; 256 frames
 # (5.8 ms) keeps recorded note starts within a few milliseconds of their time.

@@ -366,10 +366,11 @@ void addGain(CliApp& app)
 // Multi-Sample's input when a project is given, else the preferences' input.
 // False, with `status` set, when the project cannot be loaded.
 bool inputLevelSource(const ProjectArgs& args, const std::string& device,
-                      const std::string& format, InputLevelSource& source, int& status)
+                      const std::string& format, const std::string& channels,
+                      InputLevelSource& source, int& status)
 {
     if (!device.empty()) {
-        source = {device, format};
+        source = {device, format, channels};
         return true;
     }
     if (!args.path.empty()) {
@@ -377,12 +378,12 @@ bool inputLevelSource(const ProjectArgs& args, const std::string& device,
         if (project == nullptr)
             return false;
         const TGmsl& msl = project->msl[chosenMultiSample(*project, args)];
-        source = {msl.AudioInDevice, msl.AudioInFormat};
+        source = {msl.AudioInDevice, msl.AudioInFormat, channels};
         return true;
     }
     Preferences prefs = defaultPreferences();
     loadPreferences(prefs);
-    source = {prefs.AudioInDevice, prefs.AudioInFormat};
+    source = {prefs.AudioInDevice, prefs.AudioInFormat, channels};
     return true;
 }
 
@@ -394,13 +395,15 @@ void addLevels(CliApp& app)
         double seconds = 3.0;
         std::string device;
         std::string format = "44.1KHz, Stereo, 16bit";
+        std::string channels;
     };
     auto args = std::make_shared<Args>();
     CLI::App* c = app.addCommand("levels", "Prints the highest level of the Key-Samples", [args]() {
         int status = kExitOk;
         if (args->input) {
             InputLevelSource source;
-            if (!inputLevelSource(*args, args->device, args->format, source, status))
+            if (!inputLevelSource(*args, args->device, args->format, args->channels, source,
+                                  status))
                 return status;
             return runInputLevels(source, args->seconds, args->json, args->quiet);
         }
@@ -438,6 +441,9 @@ void addLevels(CliApp& app)
         ->check(CLI::Range(0.1, 3600.0));
     c->add_option("--device", args->device, "audio input device name (--input)");
     c->add_option("--format", args->format, "recording format with --device (--input)");
+    c->add_option("--input-channels", args->channels,
+                  "LEFT[,RIGHT]: the input device's channels to measure (from 1; see "
+                  "`devices`), for devices with more than two channels (--input)");
 }
 
 void addEstimate(CliApp& app)

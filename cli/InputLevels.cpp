@@ -3,9 +3,11 @@
 
 #include "analysis/Levels.h"
 #include "cli/CliApp.h"
+#include "cli/InputChannelsArgument.h"
 #include "core/Message.h"
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
+#include "devices/InputChannelChoice.h"
 #include "devices/InputPeakTap.h"
 #include "devices/RecordFormats.h"
 
@@ -13,6 +15,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <iostream>
 #include <thread>
 
@@ -73,8 +76,20 @@ int runInputLevels(const InputLevelSource& source, double seconds, bool json, bo
     if (device < 0)
         return fail(formatText("Could not find the audio input \"%s\".", source.device.c_str()),
                     json);
-    const AudioStreamConfig input{device,           -1,   -1, int32_t(format->rate), format->bits,
-                                  format->channels, -1.0f};
+    AudioStreamConfig input{device,           -1,   -1, int32_t(format->rate), format->bits,
+                            format->channels, -1.0f};
+    if (!source.channels.empty()) {
+        DeviceTables tables;
+        if (buildAudioDeviceTables(tables, msg) != 1)
+            return fail(msg, json);
+        TGmsl msl;
+        std::snprintf(msl.AudioInDevice, sizeof msl.AudioInDevice, "%s", source.device.c_str());
+        if (const int status = chooseChannelsFromArgument(tables, msl, source.channels);
+            status != kExitOk)
+            return status;
+        input.channelLeft = storedInputChannel(tables, msl, ChannelSide::Left);
+        input.channelRight = storedInputChannel(tables, msl, ChannelSide::Right);
+    }
     const AudioStreamConfig noOutput{-1, -1, -1, int32_t(format->rate), format->bits, 2, -1.0f};
     audio::addLevelListener(&tap);
     if (audio::openStreams(input, noOutput, msg) != 1 || audio::startStreams(msg) != 1)

@@ -5,10 +5,13 @@
 
 namespace tg::cli {
 
-// The input to measure: a device name of the audio input table and a recording format name.
+// The input to measure: a device name of the audio input table and a recording format name,
+// and for a device with more than two channels the channels to measure ("LEFT[,RIGHT]", from
+// 1; empty: the device's first ones).
 struct InputLevelSource {
     std::string device;
     std::string format;
+    std::string channels;
 };
 
 // Opens the input alone, listens for `seconds` and prints the peaks: every half second a

@@ -4,6 +4,7 @@
 // dialog's button.
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
+#include "cli/InputChannelsArgument.h"
 #include "cli/ProjectAccess.h"
 #include "cli/RecordingMode.h"
 #include "cli/SemiAutomaticSession.h"
@@ -16,7 +17,6 @@
 #include "devices/AudioEngine.h"
 #include "devices/AudioManager.h"
 #include "devices/DeviceTables.h"
-#include "devices/InputChannelChoice.h"
 #include "devices/InstrumentSpec.h"
 #include "devices/MidiManager.h"
 #include "devices/MidiPorts.h"
@@ -35,7 +35,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -73,24 +72,12 @@ struct RecordOptions {
 // are chosen for the session only (project files do not keep them), so they are given here.
 int chooseRunInputChannels(Model& model, const std::string& text)
 {
-    const std::string bad = "Bad argument --input-channels '" + text + "': ";
-    int left = 0, right = 0;
-    char extra = 0;
-    const int count = std::sscanf(text.c_str(), "%d,%d%c", &left, &right, &extra);
-    if ((count != 1 && count != 2) || left < 1 || (count == 2 && right < 1) ||
-        (count == 1 && text.find_first_not_of("0123456789") != std::string::npos)) {
-        std::cerr << bad << "expected LEFT or LEFT,RIGHT, channel numbers from 1.\n";
-        return kExitBadUsage;
-    }
     for (int p = 0; p < model.projectCount(); ++p)
-        for (int m = 0; m < model.project(p).mslCount; ++m) {
-            std::string message;
-            if (!chooseInputChannels(deviceTables(), model.project(p).msl[m], left - 1,
-                                     count == 2 ? right - 1 : -1, message)) {
-                std::cerr << bad << message << ".\n";
-                return kExitBadUsage;
-            }
-        }
+        for (int m = 0; m < model.project(p).mslCount; ++m)
+            if (const int status =
+                    chooseChannelsFromArgument(deviceTables(), model.project(p).msl[m], text);
+                status != kExitOk)
+                return status;
     return kExitOk;
 }
 

@@ -12,6 +12,8 @@
 
 #include <QCoreApplication>
 
+#include <nlohmann/json.hpp>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -141,6 +143,15 @@ TEST_F(FourChannelInterface, CliRecordsTheChannelsItIsGiven)
                   &output),
               0)
         << output;
+    // The level check measures the channels it is given: channel i sounds at 0.2 i.
+    ASSERT_EQ(cli(std::string("levels --input --device ") + kInterface +
+                      " --input-channels 2,3 --seconds 0.6 --json",
+                  &output),
+              0)
+        << output;
+    const auto levels = nlohmann::json::parse(output.substr(output.find('{')));
+    EXPECT_NEAR(levels["left"].get<double>(), 0.4, 0.01) << output;
+    EXPECT_NEAR(levels["right"].get<double>(), 0.6, 0.01) << output;
     EXPECT_EQ(cli("record '" + project + "' --quiet --input-channels 5", &output), 2) << output;
     EXPECT_NE(output.find("has channels 1 to 4"), std::string::npos) << output;
     const int status = cli("record '" + project + "' --quiet --input-channels 3,4", &output);

@@ -7,6 +7,7 @@
 #include "export/KeySampleFile.h"
 #include "export/NamingTags.h"
 #include "export/templates/TemplateText.h"
+#include "export/xml/XmlText.h"
 
 #include <fstream>
 #include <iterator>

@@ -90,34 +90,6 @@ std::string toLatin1(const std::string& value)
     return out;
 }
 
-std::string escapeXml(const std::string& value)
-{
-    std::string out;
-    out.reserve(value.size());
-    for (char c : value) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        case '\'':
-            out += "&apos;";
-            break;
-        default:
-            out.push_back(c);
-        }
-    }
-    return out;
-}
-
 std::string firstCharacters(const std::string& value, size_t count)
 {
     return value.substr(0, count);

@@ -24,9 +24,6 @@ void fillInt(std::string& text, const std::string& key, long value);
 // '?'; text that is not valid UTF-8 is taken to be Latin-1 already and kept byte for byte.
 std::string toLatin1(const std::string& value);
 
-// Escapes the five XML special characters so that a value can sit in an element or attribute.
-std::string escapeXml(const std::string& value);
-
 // The first `count` bytes of `value` (user texts are cut to 24 characters).
 std::string firstCharacters(const std::string& value, size_t count);
 

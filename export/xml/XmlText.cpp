@@ -52,10 +52,11 @@ std::string utf8FromName(const std::string& text)
     return out;
 }
 
-std::string xmlAttribute(const std::string& text)
+std::string escapeXml(const std::string& text)
 {
     std::string out;
-    for (char c : utf8FromName(text)) {
+    out.reserve(text.size());
+    for (char c : text) {
         switch (c) {
         case '&':
             out += "&amp;";
@@ -78,6 +79,11 @@ std::string xmlAttribute(const std::string& text)
         }
     }
     return out;
+}
+
+std::string xmlAttribute(const std::string& text)
+{
+    return escapeXml(utf8FromName(text));
 }
 
 std::string portableFileName(const std::string& text)

@@ -10,7 +10,11 @@ namespace tg {
 // (the encoding older Projects store names in).
 std::string utf8FromName(const std::string& text);
 
-// `utf8FromName(text)` with &, <, >, " and ' escaped for an XML attribute value.
+// `text` with &, <, >, " and ' escaped, so that it can sit in an element or attribute, and
+// control characters (which XML 1.0 does not allow) turned into blanks. Any encoding.
+std::string escapeXml(const std::string& text);
+
+// `utf8FromName(text)` escaped for an XML attribute value.
 std::string xmlAttribute(const std::string& text);
 
 // A file name made of ASCII letters, digits, blanks and "#-_.()" only; every other byte

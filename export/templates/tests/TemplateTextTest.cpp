@@ -1,5 +1,6 @@
 // Placeholder filling, Latin-1 conversion and the open velocity bounds.
 #include "export/templates/TemplateText.h"
+#include "export/xml/XmlText.h"
 
 #include <gtest/gtest.h>
 

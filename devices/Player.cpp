@@ -166,6 +166,7 @@ int Player::setPlayPosition(int64_t frame)
             finished_.store(0, std::memory_order_release);
             stopRequested_.store(0, std::memory_order_release);
             releaseRequested_.store(0, std::memory_order_release);
+            ++startCount_;
             // Published last: the audio thread reads the list only after it sees this.
             playing_.store(1, std::memory_order_release);
             return 1;

@@ -62,6 +62,9 @@ class Player {
     void clear();
 
     bool isPlaying() const { return playing_.load(std::memory_order_acquire) != 0; }
+    // GUI thread: how many times playing has been started, so that a caller can tell
+    // whether what plays is still what it started.
+    uint64_t startCount() const { return startCount_; }
     bool isFinished() const { return finished_.load(std::memory_order_acquire) != 0; }
     int itemCount() const { return itemCount_; }
     const PlayItem& item(int index) const { return items_[index]; }
@@ -99,7 +102,8 @@ class Player {
 
     PlayItem items_[kMaxItems];
     int itemCount_ = 0;
-    int current_ = 0; // audio thread while playing
+    uint64_t startCount_ = 0; // GUI thread
+    int current_ = 0;         // audio thread while playing
     int next_ = 1;    // the item that follows the current one
     std::atomic<uint8_t> playing_{0};
     std::atomic<uint8_t> stopRequested_{0};

@@ -130,19 +130,21 @@ int TuningOscillator::start(const TuningTone& tone, const std::string& outputDev
                             wave.loopEnd, nullptr, 0, msg, 0))
         return 0;
     started_ = true;
+    playerStart_ = audio::player().startCount();
     return 1;
 }
 
 void TuningOscillator::stop()
 {
-    if (started_ && audio::player().isPlaying())
+    if (isPlaying())
         audio::player().requestStop();
     started_ = false;
 }
 
 bool TuningOscillator::isPlaying() const
 {
-    return started_ && audio::player().isPlaying();
+    return started_ && audio::player().isPlaying() &&
+           audio::player().startCount() == playerStart_;
 }
 
 } // namespace tg

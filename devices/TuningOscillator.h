@@ -58,10 +58,13 @@ class TuningOscillator {
     int start(const TuningTone& tone, const std::string& outputDevice, std::string& msg);
     // Fades the tone out within one output block.
     void stop();
+    // The tone still sounds: nothing else (a Key-Sample played from a key or by MIDI) has
+    // taken the player over since start().
     bool isPlaying() const;
 
   private:
     bool started_ = false;
+    uint64_t playerStart_ = 0; // the player's start count of the tone
 };
 
 } // namespace tg

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -21,6 +22,7 @@ const QString kSine = QStringLiteral("Sine");
 const QString kRect = QStringLiteral("Rect");
 const QString kStart = QStringLiteral("Start");
 const QString kStop = QStringLiteral("Stop");
+constexpr int kWatchMs = 200;
 
 QVariant storedValue(const char* key, const QVariant& fallback)
 {
@@ -76,6 +78,13 @@ TuningOscillatorBox::TuningOscillatorBox(QWidget* parent)
     rows->addLayout(row);
     rows->addWidget(problem_);
 
+    watch_ = new QTimer(this);
+    watch_->setInterval(kWatchMs);
+    connect(watch_, &QTimer::timeout, this, [this] {
+        if (!oscillator_.isPlaying())
+            stop();
+    });
+
     connect(play_, &QPushButton::clicked, this, &TuningOscillatorBox::togglePlaying);
     connect(waveform_, &QComboBox::currentTextChanged, this,
             [this](const QString& text) { remember(ini::kTuningOscillatorWaveform, text); });
@@ -121,10 +130,12 @@ void TuningOscillatorBox::play()
         return;
     }
     play_->setText(kStop);
+    watch_->start();
 }
 
 void TuningOscillatorBox::stop()
 {
+    watch_->stop();
     oscillator_.stop();
     play_->setText(kStart);
 }

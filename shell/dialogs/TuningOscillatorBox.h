@@ -10,6 +10,7 @@ class QComboBox;
 class QLabel;
 class QPushButton;
 class QSpinBox;
+class QTimer;
 
 namespace tg::shell {
 
@@ -46,6 +47,9 @@ class TuningOscillatorBox : public QGroupBox {
     QSpinBox* volume_ = nullptr;
     QPushButton* play_ = nullptr;
     QLabel* problem_ = nullptr;
+    // While the button says "Stop": notices a tone that ended without it (a Key-Sample
+    // played from a key or by MIDI takes the output over).
+    QTimer* watch_ = nullptr;
     TuningOscillator oscillator_;
 };
 

@@ -23,6 +23,7 @@
 #include <QComboBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -144,6 +145,27 @@ TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
     EXPECT_LE(peakBetween(left, start + held + block, int64_t(left.size())), kTolerance)
         << "Stop ends the tone within a block";
     EXPECT_EQ(box_->playButton()->text(), "Start");
+}
+
+// A Key-Sample played from a key or by MIDI takes the output over: the button shows that the
+// tone ended, and its Stop no longer cuts the Key-Sample.
+TEST_F(TuningOscillatorOnJack, KeySamplePlayedOverTheToneEndsIt)
+{
+    box_->playButton()->click();
+    ASSERT_TRUE(box_->isPlaying()) << box_->problem().toStdString();
+    TuningWave keySample;
+    std::string msg;
+    ASSERT_EQ(makeTuningWave({TuningWaveform::Rect, 57, -20}, keySample, msg), 1) << msg;
+    ASSERT_EQ(TGaudio_playSample(audio::currentOutputConfig().device, keySample.format,
+                                 keySample.data.data(), keySample.data.size(),
+                                 keySample.loopStart, keySample.loopEnd, nullptr, 0, msg, 0),
+              1)
+        << msg;
+    QTest::qWait(500);
+    EXPECT_FALSE(box_->isPlaying());
+    EXPECT_EQ(box_->playButton()->text(), "Start");
+    EXPECT_TRUE(audio::player().isPlaying()) << "the Key-Sample plays on";
+    audio::player().requestStop();
 }
 
 TEST_F(TuningOscillatorOnJack, StartRecordingSilencesTheTone)

@@ -244,42 +244,44 @@ void Recorder::writePicked(const void* input, int64_t count, const InputChannelM
     }
 }
 
-void Recorder::processBlock(const void* input, unsigned long frames, const InputChannelMap& map,
-                            const BlockStatus& status)
+template <typename Write>
+void Recorder::recordBlock(unsigned long frames, const BlockStatus& status, Write write)
 {
     if (!beginBlock())
         return;
     countBlock(frames, status);
     const int64_t count = health_.framesReceived - position_;
     if (count > 0) {
+        write(count);
+        position_ += count;
+    }
+    endBlock(count < int64_t(frames));
+}
+
+void Recorder::processBlock(const void* input, unsigned long frames, const InputChannelMap& map,
+                            const BlockStatus& status)
+{
+    recordBlock(frames, status, [&](int64_t count) {
         if (input == nullptr || map.identity())
             writeFrames(input, count);
         else if (map.takeChannels == format_.channels && format_.channels <= 2)
             writePicked(input, count, map);
         else // a map for another format: silence rather than a misread block
             writeFrames(nullptr, count);
-        position_ += count;
-    }
-    endBlock(count < int64_t(frames));
+    });
 }
 
 void Recorder::processBlock(const void* input, unsigned long frames, int sourceChannels,
                             const BlockStatus& status)
 {
-    if (!beginBlock())
-        return;
-    countBlock(frames, status);
-    const int64_t count = health_.framesReceived - position_;
-    if (count > 0) {
+    recordBlock(frames, status, [&](int64_t count) {
         if (sourceChannels == 0 || sourceChannels == format_.channels || input == nullptr)
             writeFrames(input, count);
         else if (sourceChannels == 2 && format_.channels == 1)
             writeMixedDown(input, count);
         else // no layout to take the take's channels from: silence rather than a misread block
             writeFrames(nullptr, count);
-        position_ += count;
-    }
-    endBlock(count < int64_t(frames));
+    });
 }
 
 void Recorder::processBlock(const void* input, unsigned long frames, const BlockStatus& status)

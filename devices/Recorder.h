@@ -82,6 +82,10 @@ class Recorder {
     void countBlock(unsigned long frames, const BlockStatus& status);
     // Audio thread: hands the buffer back; `full` ends the take.
     void endBlock(bool full);
+    // Audio thread: one block from claiming the buffer to handing it back; `write(count)`
+    // stores the block's first `count` frames (those the take still has room for).
+    template <typename Write>
+    void recordBlock(unsigned long frames, const BlockStatus& status, Write write);
     void writeFrames(const void* input, int64_t count);
     void writeMixedDown(const void* input, int64_t count);
     void writePicked(const void* input, int64_t count, const InputChannelMap& map);

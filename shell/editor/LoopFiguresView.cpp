@@ -7,11 +7,13 @@
 #include <QVBoxLayout>
 
 #include <string>
+#include <utility>
 
 namespace tg::shell {
 
-const QColor LoopFiguresView::kClickColour(205, 35, 25);
-const QColor LoopFiguresView::kSeamlessColour(30, 135, 60);
+// Bright enough to read on the dark editor and on a light window alike.
+const QColor LoopFiguresView::kClickColour(255, 80, 70);
+const QColor LoopFiguresView::kSeamlessColour(80, 200, 110);
 
 LoopFiguresView::LoopFiguresView(Model& model, TGsample& sample, QWidget* parent)
     : QWidget(parent), model_(model), sample_(sample)
@@ -19,6 +21,7 @@ LoopFiguresView::LoopFiguresView(Model& model, TGsample& sample, QWidget* parent
     setObjectName(QStringLiteral("LoopFiguresView"));
     figures_ = new QLabel(this);
     figures_->setObjectName(QStringLiteral("loopFigures"));
+    figures_->setTextFormat(Qt::RichText);
     figures_->setWordWrap(true);
     figures_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     verdict_ = new QLabel(this);
@@ -34,7 +37,7 @@ LoopFiguresView::LoopFiguresView(Model& model, TGsample& sample, QWidget* parent
     layout->addWidget(verdict_);
     // Room for the figures and the verdict whether a loop is shown or not, so the splice
     // above keeps its height from key to key.
-    setMinimumHeight(4 * fontMetrics().lineSpacing() + 10);
+    setMinimumHeight(7 * fontMetrics().lineSpacing() + 10);
 }
 
 void LoopFiguresView::refresh(bool audioReloaded)
@@ -57,22 +60,28 @@ void LoopFiguresView::refresh(bool audioReloaded)
     std::string message;
     if (!measureKeySampleLoop(*key, sample_.wave.format(), sample_.wave.data(), q, message)) {
         quality_.reset();
-        display(tr("The loop cannot be measured: %1").arg(QString::fromStdString(message)),
+        display(tr("The loop cannot be measured: %1")
+                    .arg(QString::fromStdString(message))
+                    .toHtmlEscaped(),
                 QString(), QColor());
         return;
     }
     quality_ = q;
-    const QString figures = tr("Loop %1 frames, crossfade %2\n"
-                               "Wrap step %3 (seam %4) against a median step of %5 (%6\u00d7)\n"
-                               "Level step %7 dB, seam error %8")
-                                .arg(static_cast<qlonglong>(q.length))
-                                .arg(static_cast<qlonglong>(q.crossfade))
-                                .arg(q.wrapStep, 0, 'f', 0)
-                                .arg(q.seamStep, 0, 'f', 0)
-                                .arg(q.medianStep, 0, 'f', 0)
-                                .arg(q.stepRatio(), 0, 'f', 1)
-                                .arg(QString::asprintf("%+.2f", q.levelStepDb))
-                                .arg(q.seamError, 0, 'f', 4);
+    // Name and value in two columns, so the figures stay legible in the narrow splice pane.
+    const std::pair<QString, QString> rows[] = {
+        {tr("Loop"), tr("%1 frames").arg(static_cast<qlonglong>(q.length))},
+        {tr("Crossfade"), tr("%1 frames").arg(static_cast<qlonglong>(q.crossfade))},
+        {tr("Wrap step"), tr("%1, seam %2").arg(q.wrapStep, 0, 'f', 0).arg(q.seamStep, 0, 'f', 0)},
+        {tr("Median step"),
+         tr("%1 (seam %2\u00d7)").arg(q.medianStep, 0, 'f', 0).arg(q.stepRatio(), 0, 'f', 1)},
+        {tr("Level step"), tr("%1 dB").arg(QString::asprintf("%+.2f", q.levelStepDb))},
+        {tr("Seam error"), QString::number(q.seamError, 'f', 4)},
+    };
+    QString figures = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"0\">");
+    for (const auto& [name, value] : rows)
+        figures += QStringLiteral("<tr><td>%1&nbsp;&nbsp;</td><td>%2</td></tr>")
+                       .arg(name.toHtmlEscaped(), value.toHtmlEscaped());
+    figures += QStringLiteral("</table>");
     if (q.click)
         display(figures, tr("Clicks at every wrap"), kClickColour);
     else

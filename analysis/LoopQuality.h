@@ -36,6 +36,9 @@ struct LoopQuality {
     double levelStepDb = 0.0; // RMS of up to 100 ms after the loop start against before the wrap
     double seamError = 0.0;   // 0 seamless, 1 unrelated audio, 2 inverted (see measureLoop)
     bool click = false;       // the seam step clicks by isLoopClick in some channel
+
+    // The seam step in median steps, the figure the click rule weighs (0 without steps).
+    double stepRatio() const { return medianStep > 0.0 ? seamStep / medianStep : 0.0; }
 };
 
 // Measures the loop `loopStart`..`loopEnd` (frames, inclusive) of rendered audio `data`

@@ -129,12 +129,6 @@ std::string keyLabel(const Project& project, const KeyLoopQuality& entry)
     return label;
 }
 
-// The seam step in median steps, the figure the click rule weighs.
-double stepRatio(const LoopQuality& q)
-{
-    return q.medianStep > 0.0 ? q.seamStep / q.medianStep : 0.0;
-}
-
 nlohmann::json loopJson(const KeyLoopQuality& entry)
 {
     nlohmann::json j = {{"multisample", entry.msl},
@@ -150,7 +144,7 @@ nlohmann::json loopJson(const KeyLoopQuality& entry)
               {"wrapStep", q.wrapStep},
               {"seamStep", q.seamStep},
               {"medianStep", q.medianStep},
-              {"stepRatio", stepRatio(q)},
+              {"stepRatio", q.stepRatio()},
               {"peak", q.peak},
               {"levelStepDb", q.levelStepDb},
               {"seamError", q.seamError},
@@ -169,7 +163,7 @@ std::string loopLine(const Project& project, const KeyLoopQuality& entry)
                   "against a median step of %.0f (%.1fx), level step %+.2f dB, seam error "
                   "%.4f%s",
                   static_cast<long long>(q.length), static_cast<long long>(q.crossfade), q.wrapStep,
-                  q.seamStep, q.medianStep, stepRatio(q), q.levelStepDb, q.seamError,
+                  q.seamStep, q.medianStep, q.stepRatio(), q.levelStepDb, q.seamError,
                   q.click ? "  CLICK" : "");
     return keyLabel(project, entry) + figures;
 }

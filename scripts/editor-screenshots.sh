@@ -35,6 +35,8 @@ export TONEGRABBER_HOME=$work/home
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
 mkdir -p "$TONEGRABBER_HOME" "$out"
 printf '[Misc]\nShowWarningOnQuit=false\n' >"$TONEGRABBER_HOME/Tonegrabber.ini"
+# The program opens straight into the project, not into the start-up wizard.
+"$build/cli/tonegrabber-cli" set prefs_showPrjWizardAtStartup=0 >/dev/null
 
 if [ -n "${DEMO_DIR:-}" ]; then
     cp -r "$DEMO_DIR" "$work/demo"

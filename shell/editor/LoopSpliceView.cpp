@@ -90,13 +90,6 @@ void LoopSpliceView::paintEvent(QPaintEvent*)
     }
     painter.setPen(QPen(QColor(255, 255, 255, 120), 1.0, Qt::DotLine));
     painter.drawLine(seam, kMarkerLabelStrip, seam, height());
-
-    painter.setPen(QColor(220, 220, 220));
-    const QString caption = tr("Loop %1 frames\nCrossfade %2 frames")
-                                .arg(key->Loop_Out + 1 - key->Loop_In)
-                                .arg(key->xfadeLen);
-    painter.drawText(rect().adjusted(6, 0, -6, -4),
-                     Qt::AlignBottom | Qt::AlignLeft | Qt::TextWordWrap, caption);
 }
 
 void LoopSpliceView::wheelEvent(QWheelEvent* event)

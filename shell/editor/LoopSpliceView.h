@@ -1,6 +1,7 @@
 // The join of a loop: the last frames of the loop on the left, the first frames of the loop
 // on the right, so the step the player makes from Loop_Out back to Loop_In can be judged by
-// eye. The crossfade region is shaded; the wheel zooms.
+// eye. The crossfade region is shaded; the wheel zooms. The loop's measured figures are shown
+// beneath it (LoopFiguresView).
 #pragma once
 
 #include "core/ModelListener.h"

@@ -2,6 +2,7 @@
 #include "shell/editor/SampleEditor.h"
 
 #include "core/Model.h"
+#include "shell/editor/LoopFiguresView.h"
 #include "shell/editor/LoopSpliceView.h"
 #include "shell/editor/WaveformView.h"
 
@@ -17,6 +18,7 @@ SampleEditor::SampleEditor(Model& model, QWidget* parent) : QWidget(parent), mod
     setObjectName(QStringLiteral("SampleEditor"));
     waveform_ = new WaveformView(model_, sample_, this);
     splice_ = new LoopSpliceView(model_, sample_, this);
+    figures_ = new LoopFiguresView(model_, sample_, this);
 
     auto* buttons = new QHBoxLayout;
     buttons->setContentsMargins(4, 2, 4, 0);
@@ -41,9 +43,17 @@ SampleEditor::SampleEditor(Model& model, QWidget* parent) : QWidget(parent), mod
               [this, centre] { waveform_->zoomBy(2.0, centre()); });
     buttons->addStretch(1);
 
+    // The figures sit right under the join they describe.
+    auto* loopPane = new QWidget(this);
+    auto* loopLayout = new QVBoxLayout(loopPane);
+    loopLayout->setContentsMargins(0, 0, 0, 0);
+    loopLayout->setSpacing(0);
+    loopLayout->addWidget(splice_, 1);
+    loopLayout->addWidget(figures_);
+
     auto* splitter = new QSplitter(Qt::Horizontal, this);
     splitter->addWidget(waveform_);
-    splitter->addWidget(splice_);
+    splitter->addWidget(loopPane);
     splitter->setStretchFactor(0, 3);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({3000, 1000});
@@ -72,11 +82,21 @@ void SampleEditor::follow(bool always)
     const int note = msl ? model_.currentKey() : -1;
     if (!always && sample_.sameKey(project, mslIndex, note))
         return;
-    loadCurrentKeySample(model_, sample_);
     waveform_->selectMarker(std::nullopt);
-    waveform_->fitAll();
-    waveform_->fitHeight();
+    load(true);
+}
+
+void SampleEditor::load(bool fit)
+{
+    loadCurrentKeySample(model_, sample_);
+    if (fit) {
+        waveform_->fitAll();
+        waveform_->fitHeight();
+    } else {
+        waveform_->updateMarkers(&sample_);
+    }
     splice_->updateMarkers(&sample_);
+    figures_->refresh(true);
 }
 
 void SampleEditor::projectListChanged()
@@ -112,6 +132,16 @@ void SampleEditor::keysChanged(int project, int msl)
     const TGmsl_key* key = keyOf(model_, sample_);
     if (key && key->hasAudio && !sample_.keyHadAudio)
         follow(true);
+    else
+        figures_->refresh(false);
+}
+
+void SampleEditor::keySamplesChanged(int msl)
+{
+    // Normalize, change gain and auto-note/auto-loop rewrite takes and move markers: the open
+    // one is read again, keeping the view where it is.
+    if (sample_.project == model_.currentProjectIndex() && msl == sample_.msl)
+        load(false);
 }
 
 void SampleEditor::onKeySelected(uint note)

@@ -1,12 +1,14 @@
 // The waveform editor and the keyboard as a user meets them in the main window: markers
 // dragged and nudged land in the model (on zero crossings when the Key-Sample asks), the info
-// panel follows, and the keyboard shows which keys are recorded.
+// panel and the loop's figures follow, and the keyboard shows which keys are recorded.
 #include "shell/editor/SampleEditor.h"
+#include "analysis/LoopQuality.h"
 #include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
 #include "shell/MainWindow.h"
 #include "shell/editor/LoadedSample.h"
+#include "shell/editor/LoopFiguresView.h"
 #include "shell/editor/WaveformView.h"
 #include "shell/panels/CentralWidget.h"
 #include "shell/panels/InfoSettingsWidget.h"
@@ -14,6 +16,7 @@
 #include "tests/support/TempDir.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
@@ -197,6 +200,70 @@ TEST_F(SampleEditorTest, ATakeArrivingForTheOpenKeyIsShown)
         l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
     });
     EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
+}
+
+TEST_F(SampleEditorTest, LoopFiguresFollowTheLoopAndMarkAWrapThatClicks)
+{
+    const LoopFiguresView* figures = window->editor()->loopFigures();
+    const auto text = [&] { return figures->figures()->text().toStdString(); };
+    const auto verdict = [&] { return figures->verdict()->text().toStdString(); };
+
+    // The crossfaded loop: what `loops` measures from the take on disk, and seamless.
+    WaveFormat format;
+    std::vector<uint8_t> recording;
+    std::string message;
+    ASSERT_EQ(
+        readWav(keySampleFileName(*model.currentProject(), *model.currentMultiSample(), kNote),
+                format, recording, message),
+        1)
+        << message;
+    LoopQuality expected;
+    ASSERT_EQ(measureKeySampleLoop(key(), format, recording, expected, message), 1) << message;
+    ASSERT_TRUE(figures->quality().has_value());
+    EXPECT_EQ(figures->quality()->wrapStep, expected.wrapStep);
+    EXPECT_EQ(figures->quality()->medianStep, expected.medianStep);
+    EXPECT_EQ(figures->quality()->levelStepDb, expected.levelStepDb);
+    EXPECT_EQ(figures->quality()->seamError, expected.seamError);
+    EXPECT_NE(text().find(">9981 frames<"), std::string::npos) << text();
+    EXPECT_NE(text().find(">400 frames<"), std::string::npos) << text();
+    EXPECT_NE(text().find(QString::asprintf(">%.4f<", expected.seamError).toStdString()),
+              std::string::npos)
+        << text();
+    EXPECT_EQ(verdict(), "Seamless");
+
+    // As auto-loop leaves it: no crossfade, the loop end a whole number of periods after the
+    // frame before Loop_In, so the wrap continues the tone.
+    key().xfadeLen = 0;
+    key().Loop_Out = 15019;
+    model.notifyListeners([&](TonegrabberModelListener& l) {
+        l.keySamplesChanged(model.currentProject()->currentMsl);
+    });
+    EXPECT_NE(text().find(">10000 frames<"), std::string::npos) << text();
+    EXPECT_NE(text().find(">0 frames<"), std::string::npos) << text();
+    EXPECT_EQ(verdict(), "Seamless");
+
+    // Half a period on, the wrap jumps from near zero to a crest: one measurement for the move,
+    // none for painting or for a change to another key.
+    const int before = figures->measurements();
+    view->placeMarker(MarkerId::LoopOut, 15050);
+    window->editor()->grab();
+    model.currentMultiSample()->keys[62].locked = 1;
+    model.notifyListeners([&](TonegrabberModelListener& l) {
+        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
+    });
+    EXPECT_EQ(figures->measurements(), before + 1);
+    EXPECT_EQ(verdict(), "Clicks at every wrap");
+    EXPECT_EQ(figures->verdict()->palette().color(QPalette::WindowText),
+              LoopFiguresView::kClickColour);
+
+    // Without a loop nothing is measured or shown.
+    key().loopMode = 0;
+    model.notifyListeners([&](TonegrabberModelListener& l) {
+        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
+    });
+    EXPECT_FALSE(figures->quality().has_value());
+    EXPECT_EQ(text(), "");
+    EXPECT_EQ(verdict(), "");
 }
 
 } // namespace

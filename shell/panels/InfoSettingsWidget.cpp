@@ -80,7 +80,8 @@ QString sampleInfo(const TGmsl_key& k, int note)
                                                     : QStringLiteral("%1 - %2 (length %3)")
                                                           .arg(k.Loop_In)
                                                           .arg(k.Loop_Out)
-                                                          .arg(k.Loop_Out - k.Loop_In)) +
+                                                          // Loop_Out is played too
+                                                          .arg(k.Loop_Out - k.Loop_In + 1)) +
            row(QObject::tr("Release"),
                k.releaseOn ? QStringLiteral("%1 - %2").arg(k.Release_In).arg(k.Release_Out)
                            : QObject::tr("off")) +

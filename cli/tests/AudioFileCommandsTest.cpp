@@ -6,6 +6,7 @@
 #include "audiofile/WavFile.h"
 #include "cli/tests/CommandRunner.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -22,14 +23,8 @@ constexpr auto run = tg::test::runCli;
 
 std::vector<uint8_t> tone(size_t frames, int channels)
 {
-    std::vector<uint8_t> bytes;
-    for (size_t i = 0; i < frames; ++i)
-        for (int c = 0; c < channels; ++c) {
-            const int16_t v = static_cast<int16_t>(((i * 37) % 2000) + 100); // never crosses zero
-            bytes.push_back(static_cast<uint8_t>(v));
-            bytes.push_back(static_cast<uint8_t>(v >> 8));
-        }
-    return bytes;
+    // Never crosses zero.
+    return test::pcm16(frames, channels, [](size_t i, int) { return int16_t((i * 37) % 2000 + 100); });
 }
 
 } // namespace

@@ -197,12 +197,9 @@ TEST_F(ExportCommand, NamingSchemeWarningsArePrintedAndTheExportGoesOn)
     CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"), "--naming",
                         "same", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_EQ(r.err, "WARNING: The naming scheme does not contain \"<#mn#>\" or \"<#n#>\". This "
-                     "might result in name conflicts.\n\n"
-                     "WARNING: the AIFF - Name does not contain the name (\"<#ms#>\") or the index "
-                     "(\"<#msi#>\")of the Multi-Sample(s).  This might result in name conflicts.\n"
-                     "Add \"<#ms#>\") and/or \"<#msi#>\" if the Project has more than one "
-                     "Multi-Sample.\n");
+    // The warnings' texts are NamingTags' business; both reach stderr.
+    EXPECT_NE(r.err.find("WARNING: The naming scheme does not contain"), std::string::npos);
+    EXPECT_NE(r.err.find("WARNING: the AIFF - Name does not contain"), std::string::npos);
     EXPECT_TRUE(std::filesystem::exists(dir.file("out/same.aif")));
 }
 

@@ -80,8 +80,10 @@ TEST(ExportFormats, PreselectedWordIsAlwaysOneTheFormatAccepts)
                 << text << " after 0x" << std::hex << last << ": " << message;
         }
     }
-    // 44.1 kHz from a WAV export, the fallback too, is not offered for Prophet-X: 48 kHz is.
+    // Prophet-X starts on its default; 44.1 kHz from a WAV export, the fallback too, is not
+    // offered there: 48 kHz is.
     const auto& prophet = *tg::findExportFormat("Sequential Prophet-X (*.zip)");
+    EXPECT_EQ(tg::preselectedSettingsWord(prophet, false, 0), 0x20410u);
     EXPECT_EQ(tg::preselectedSettingsWord(prophet, true, 0x80020408u), 0x80020410u);
     // Choices the user made in the flag groups survive.
     const auto& wav = *tg::findExportFormat("WAV-Files");

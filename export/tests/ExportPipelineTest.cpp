@@ -10,8 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <map>
 #include <memory>
 
 namespace {

@@ -91,17 +91,24 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
     EXPECT_EQ(sf2.samples[3].name, "EOS");
     EXPECT_EQ(sf2.samples[3].start, 0u);
 
-    // Key and velocity ranges, pan and the sample each zone plays are what FluidSynth plays
-    // by (SoundFontInFluidSynth); here: each zone ends on its sample, the lists on their
-    // terminals.
+    // Pan, loop mode and the zones' key ranges are what FluidSynth plays by
+    // (SoundFontInFluidSynth); here: the order the format demands (key range first, velocity
+    // range next, the sample last), the velocities, and the terminals.
     const std::vector<uint16_t> zoneStarts = {0, 4, 9, 14};
     ASSERT_EQ(sf2.igen.size(), 15u);
     for (uint16_t zone = 0; zone < 3; ++zone) {
+        EXPECT_EQ(sf2.igen[zoneStarts[zone]].oper, 43);
+        EXPECT_EQ(sf2.igen[zoneStarts[zone] + 1].oper, 44);
         EXPECT_EQ(sf2.igen[zoneStarts[zone + 1] - 1].oper, 53);
         EXPECT_EQ(sf2.igen[zoneStarts[zone + 1] - 1].amount, zone);
     }
+    EXPECT_EQ(sf2.igen[1].low(), 1);
+    EXPECT_EQ(sf2.igen[1].high(), 64);
     EXPECT_EQ(sf2.igen[14].oper, 0);
-    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("phdr"), 38, 20), "EOP");
+    const std::string& phdr = sf2.chunks.at("phdr");
+    EXPECT_EQ(tg::test::fieldName(phdr, 0, 20), "A bank name longer ");
+    EXPECT_EQ(phdr[19], '\0');
+    EXPECT_EQ(tg::test::fieldName(phdr, 38, 20), "EOP");
     EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("inst"), 22, 20), "EOI");
 }
 

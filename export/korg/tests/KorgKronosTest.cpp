@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 namespace tg {
 namespace {
 
@@ -200,6 +198,7 @@ TEST(KorgKronos, StereoGivesLeftAndRightKmpsOfMonoSamples)
     uint32_t number = 0;
     const auto right = readKmp(run.folder + "/Felt001.KMP", name16, name24, number);
     EXPECT_EQ(name16, "Felt          -R");
+    EXPECT_EQ(name24, "Felt                  -R");
     EXPECT_EQ(number, 2u);
     ASSERT_EQ(right.size(), 5u);
     EXPECT_EQ(right[1].file, "MS002004.KSF"); // sample numbers run on over KMPs

@@ -77,47 +77,26 @@ std::vector<uint8_t> noise(size_t count, uint32_t seed)
 
 } // namespace
 
-TEST(AiffWriter, LoopedFileHasChunksInOrderAndBigEndianSignedSamples)
+// Samples, markers and the instrument chunk's values are read back by libsndfile
+// (SndfileReadsOurAudio in tests/clients); here: which chunks, in which order.
+TEST(AiffWriter, ChunksInOrderAndMarkersAndInstrumentOnlyWithALoop)
 {
     TempDir dir;
-    const std::string path = dir.file("loop.aif");
-    const WaveFormat f = makeWaveFormat(44100, 2, 16);
-    const std::vector<uint8_t> audio = {0x01, 0x02, 0xFF, 0x7F, 0x00, 0x80, 0x34, 0x12};
-    AiffKeyRecord key{64, 60, 67, 1, 127, "Piano C4"};
-    std::string message;
-    ASSERT_EQ(writeAiff(path, f, audio.data(), 8, 0, 1, key, message), 1) << message;
-    const std::string file = readFileBytes(path);
-    EXPECT_EQ(file.substr(0, 4), "FORM");
-    EXPECT_EQ(loadU32BE(reinterpret_cast<const uint8_t*>(file.data()) + 4), file.size() - 8);
-    EXPECT_EQ(file.substr(8, 4), "AIFF");
-    EXPECT_EQ(chunkIds(file), (std::vector<std::string>{"COMM", "MARK", "INST", "NAME", "SSND"}));
-    EXPECT_EQ(file.substr(file.size() - 8), std::string("\x02\x01\x7F\xFF\x80\x00\x12\x34", 8));
-    const size_t inst = file.find("INST");
-    EXPECT_EQ(file.substr(inst + 8, 20), std::string("\x40\x00\x3C\x43\x01\x7F\x00\x00"
-                                                     "\x00\x01\x00\x01\x00\x02"
-                                                     "\x00\x00\x00\x00\x00\x00",
-                                                     20));
-    EXPECT_NE(file.find(std::string("\x00\x01\x00\x00\x00\x00\x08"
-                                    "beg loop\0",
-                                    16)),
-              std::string::npos);
-    EXPECT_NE(file.find(std::string("\x00\x02\x00\x00\x00\x01\x08"
-                                    "end loop\0",
-                                    16)),
-              std::string::npos);
-}
-
-TEST(AiffWriter, FileWithoutLoopHasNoMarkerOrInstrumentChunk)
-{
-    TempDir dir;
-    const std::string path = dir.file("plain.aif");
+    const std::string path = dir.file("a.aif");
     const auto audio = noise(3 * 11, 5); // 24-bit mono, 33 bytes: odd
+    const WaveFormat f = makeWaveFormat(22050, 1, 24);
     std::string message;
-    ASSERT_EQ(writeAiff(path, makeWaveFormat(22050, 1, 24), audio.data(), 33, 0, 0, {}, message),
-              1);
-    const std::string file = readFileBytes(path);
-    EXPECT_EQ(chunkIds(file), (std::vector<std::string>{"COMM", "NAME", "SSND"}));
+    ASSERT_EQ(writeAiff(path, f, audio.data(), 33, 0, 1, {64, 60, 67, 1, 127, "Piano C4"}, message),
+              1)
+        << message;
+    std::string file = readFileBytes(path);
+    EXPECT_EQ(loadU32BE(reinterpret_cast<const uint8_t*>(file.data()) + 4), file.size() - 8);
+    EXPECT_EQ(chunkIds(file), (std::vector<std::string>{"COMM", "MARK", "INST", "NAME", "SSND"}));
     EXPECT_EQ(file.size() % 2, 0u); // the odd sound data is padded
+
+    ASSERT_EQ(writeAiff(path, f, audio.data(), 33, 0, 0, {}, message), 1);
+    file = readFileBytes(path);
+    EXPECT_EQ(chunkIds(file), (std::vector<std::string>{"COMM", "NAME", "SSND"}));
 }
 
 TEST(AiffWriter, RefusesOddBitDepthsAndUnopenablePaths)

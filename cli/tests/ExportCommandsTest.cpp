@@ -11,6 +11,7 @@
 #include "core/Names.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
@@ -109,7 +110,7 @@ double openingLoudness(const std::string& path, size_t frames)
         << message;
     double sum = 0;
     for (size_t i = 0; i < frames && 2 * i + 1 < data.size(); ++i)
-        sum += std::abs(int16_t(data[2 * i] | (data[2 * i + 1] << 8)));
+        sum += std::abs(test::pcm16At(data, i));
     return sum;
 }
 
@@ -171,20 +172,8 @@ TEST_F(ExportCommand, SettingsWordOutsideTheFormatsChoicesIsRefusedBeforeWriting
                          "\"48 KHz\")."),
               std::string::npos)
         << r.err;
+    // Which words each format's choices allow is the export tests' business.
     EXPECT_FALSE(std::filesystem::exists(usb));
-
-    // SoundFont: no "Same as Key-Sample" rate; two rates at once are no choice at all.
-    r = run({"export", path, "--format", "sf2", "--dest", dir.file("out/B.sf2"), "--settings",
-             "0x20401", "--quiet"});
-    EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.err.find("frequency \"Same as Key-Sample\" is not offered"), std::string::npos)
-        << r.err;
-    r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--settings", "0x20418",
-             "--quiet"});
-    EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.err.find("holds no single frequency value (bits 0x00000018)"), std::string::npos)
-        << r.err;
-    EXPECT_TRUE(std::filesystem::is_empty(dir.file("out")));
 }
 
 TEST_F(ExportCommand, ExportOfNoRecordedKeyIsRefused)
@@ -208,12 +197,9 @@ TEST_F(ExportCommand, NamingSchemeWarningsArePrintedAndTheExportGoesOn)
     CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"), "--naming",
                         "same", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_EQ(r.err, "WARNING: The naming scheme does not contain \"<#mn#>\" or \"<#n#>\". This "
-                     "might result in name conflicts.\n\n"
-                     "WARNING: the AIFF - Name does not contain the name (\"<#ms#>\") or the index "
-                     "(\"<#msi#>\")of the Multi-Sample(s).  This might result in name conflicts.\n"
-                     "Add \"<#ms#>\") and/or \"<#msi#>\" if the Project has more than one "
-                     "Multi-Sample.\n");
+    // The warnings' texts are NamingTags' business; both reach stderr.
+    EXPECT_NE(r.err.find("WARNING: The naming scheme does not contain"), std::string::npos);
+    EXPECT_NE(r.err.find("WARNING: the AIFF - Name does not contain"), std::string::npos);
     EXPECT_TRUE(std::filesystem::exists(dir.file("out/same.aif")));
 }
 

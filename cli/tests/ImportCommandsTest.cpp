@@ -1,23 +1,17 @@
 // import, preset and copy-instrument as a user runs them: a looped WAV set exported by the
-// program and imported back, at the same format and at another rate; conflicts; one-shot
-// folders; presets and copies between project files.
+// program and imported back; conflicts; one-shot folders; presets and copies between project
+// files.
 #include "cli/CliApp.h"
 
-#include "audiofile/WavFile.h"
 #include "cli/tests/CommandRunner.h"
 #include "core/Message.h"
-#include "core/Model.h"
-#include "core/Names.h"
-#include "core/ProjectFile.h"
 #include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <filesystem>
-#include <memory>
 
 using namespace tg;
 namespace fs = std::filesystem;
@@ -26,25 +20,6 @@ namespace {
 
 constexpr auto run = tg::test::runCli;
 const int kNotes[] = {60, 64, 67};
-
-struct WavFile {
-    WaveFormat format;
-    std::vector<uint8_t> data;
-    int32_t loopStart = -1, loopEnd = -1, root = -1;
-};
-
-WavFile readFile(const std::string& path)
-{
-    WavFile file;
-    int32_t frames = 0;
-    std::string message;
-    EXPECT_TRUE(
-        readWavHeader(path, file.format, file.loopStart, file.loopEnd, file.root, frames, message))
-        << message;
-    EXPECT_TRUE(readWav(path, file.format, file.data, message)) << message;
-    file.data.resize(size_t(frames) * file.format.nBlockAlign);
-    return file;
-}
 
 class ImportCommands : public testing::Test {
   protected:
@@ -94,28 +69,16 @@ class ImportCommands : public testing::Test {
     test::TempDir dir;
 };
 
-TEST_F(ImportCommands, ExportedLoopedSetComesBackBitExact)
+TEST_F(ImportCommands, ExportedLoopedSetComesBackLooped)
 {
+    // The audio and loops an import keeps are AudioImportTest's; here: the folder reaches it.
     const std::string path = emptyProject("Back", "44.1KHz, Stereo, 16bit");
     const test::CommandRun r = run({"import", path, dir.file("out"), "--quiet"});
     ASSERT_EQ(r.status, 0) << r.err;
-    const nlohmann::json msl = info(path)["multisamples"][0];
-    int withAudio = 0;
-    for (const nlohmann::json& key : msl["keys"])
-        withAudio += key["hasAudio"].get<int>();
-    EXPECT_EQ(withAudio, 3);
+    const nlohmann::json keys = info(path)["multisamples"][0]["keys"];
     for (int note : kNotes) {
-        SCOPED_TRACE(note);
-        const WavFile exported = readFile(dir.file("out/Piano-0" + std::to_string(note) + ".wav"));
-        ASSERT_EQ(exported.root, note);
-        const nlohmann::json& key = msl["keys"][note];
-        EXPECT_EQ(key["Loop_In"], exported.loopStart);
-        EXPECT_EQ(key["Loop_Out"], exported.loopEnd);
-        EXPECT_EQ(key["loopMode"], 1);
-        const WavFile imported =
-            readFile(dir.file("empty/Back - Velocity 127 - 0" + std::to_string(note) + " - " +
-                              key["noteName"].get<std::string>() + ".wav"));
-        EXPECT_EQ(imported.data, exported.data);
+        EXPECT_EQ(keys[note]["hasAudio"], 1) << note;
+        EXPECT_EQ(keys[note]["loopMode"], 1) << note;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -36,10 +37,7 @@ class ListCommands : public ::testing::Test {
     // The project as a fresh load reads it.
     const tg::Project& read(const std::string& name)
     {
-        loaded = std::make_unique<tg::Model>();
-        tg::ProjectLoadOutcome outcome;
-        std::string message;
-        EXPECT_TRUE(tg::loadProjects(*loaded, dir.path(), {name + ".TGprj"}, {}, outcome, message));
+        loaded = tg::test::loadProjectFile(dir.file(name + ".TGprj"));
         return *loaded->currentProject();
     }
 
@@ -81,18 +79,12 @@ TEST_F(ListCommands, PasteTakesSettingsOrKeysFromAnotherProject)
 {
     const std::string from = write("Source", {"Lead"});
     const std::string to = write("Target", {"Pad"});
-    {
-        tg::Model model;
-        tg::ProjectLoadOutcome outcome;
-        std::string message;
-        ASSERT_TRUE(tg::loadProjects(model, dir.path(), {"Source.TGprj"}, {}, outcome, message));
-        tg::TGmsl& lead = model.currentProject()->msl[0];
+    tg::test::changeProjectFile(from, [&](tg::Project& project) {
+        tg::TGmsl& lead = project.msl[0];
         lead.recordsettings.recpause = 9.0;
         lead.keys[60].keyState = 1;
-        ASSERT_TRUE(tg::saveProjectAgain(*model.currentProject(), message));
-        ASSERT_TRUE(tg::test::writeFileBytes(
-            tg::keySampleFileName(*model.currentProject(), lead, 60), "RIFF"));
-    }
+        ASSERT_TRUE(tg::test::writeFileBytes(tg::keySampleFileName(project, lead, 60), "RIFF"));
+    });
     ASSERT_EQ(run({"msl", "paste", from, to}).status, 0);
     EXPECT_EQ(read("Target").msl[0].recordsettings.recpause, 9.0);
     EXPECT_EQ(read("Target").msl[0].keys[60].keyState, 0) << "settings only";

@@ -12,7 +12,6 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -128,7 +127,8 @@ TEST_F(ProjectCommands, EmptyPathsAndFoldersAreRefusedWithTheirOwnMessages)
     ASSERT_TRUE(tg::test::writeFileBytes(dir.file("plain"), "x"));
     r = run({"info", dir.file("plain/P.TGprj"), "--json"});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(nlohmann::json::parse(r.out)["error"], "unable to open: " + dir.file("plain/P.TGprj"));
+    EXPECT_EQ(nlohmann::json::parse(r.out)["error"],
+              "unable to open: " + dir.file("plain/P.TGprj"));
 
     r = run({"new", "", "--data-path", dir.path()});
     EXPECT_EQ(r.status, 2);
@@ -182,8 +182,8 @@ TEST_F(ProjectCommands, SetChangesTheChosenMultiSampleAndSavesTheProject)
 TEST_F(ProjectCommands, SetWritesMidiControllersIntoTheirTables)
 {
     create({"--layers", "2"});
-    CommandRun r = run({"set", path(), "--multisample", "1", "msl_cc_7=100", "msl_cc_39=5",
-                        "msl_cc_74=64"});
+    CommandRun r =
+        run({"set", path(), "--multisample", "1", "msl_cc_7=100", "msl_cc_39=5", "msl_cc_74=64"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "msl_cc_7=100\nmsl_cc_39=5\nmsl_cc_74=64\n");
     ASSERT_EQ(run({"set", path(), "--multisample", "1", "msl_cc_7=off"}).status, 0);

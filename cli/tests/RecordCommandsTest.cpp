@@ -4,8 +4,7 @@
 #include "cli/CliApp.h"
 #include "cli/Commands.h"
 #include "cli/tests/CommandRunner.h"
-#include "core/Model.h"
-#include "core/ProjectFile.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +12,6 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -36,19 +34,11 @@ class RecordCommand : public ::testing::Test {
 
 TEST_F(RecordCommand, NoSelectedKeyIsRefusedWithTheRunsMessage)
 {
-    {
-        tg::Model model;
-        tg::ProjectLoadOptions options;
-        tg::ProjectLoadOutcome outcome;
-        std::string message;
-        ASSERT_EQ(tg::loadProjects(model, dir.path(), {"Organ.TGprj"}, options, outcome, message),
-                  1)
-            << message;
+    tg::test::changeProjectFile(path(), [](tg::Project& project) {
         for (int m = 0; m < 2; ++m)
-            for (tg::TGmsl_key& key : model.project(0).msl[m].keys)
+            for (tg::TGmsl_key& key : project.msl[m].keys)
                 key.keyState = 0;
-        ASSERT_EQ(tg::saveProjectAgain(model.project(0), message), 1) << message;
-    }
+    });
     const CommandRun r = run({"record", path()});
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(r.err.find("There aren't any Keys that need to be recorded.\nPlease click on "

@@ -1,5 +1,6 @@
-// The project file: layout of what is written, round trips through the reader, limits and
-// clamps, the failure messages, and the data path forms.
+// The project file: every byte of a file laid out independently of the writer comes back
+// through the reader and the writer; limits and clamps, the failure messages, and the data
+// path forms.
 #include "core/ProjectFile.h"
 #include "core/Model.h"
 #include "core/tests/ProjectFileBuilder.h"
@@ -7,14 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <filesystem>
 #include <memory>
 
 namespace {
 
 using tg::Project;
-using tg::TGmsl;
 using tg::TGmsl_key;
 using tg::test::ProjectFileBuilder;
 using tg::test::StoredKey;
@@ -66,6 +65,7 @@ StoredMultiSample distinctMultiSample(int seed)
     m.rangeEnd = 84;
     m.mapTo = 1;
     StoredKey& k = m.key;
+    k.keyState = 0xFFC8; // a byte field in the record, widened with its sign in the file
     k.locked = 1;
     k.autoGainXFade = 0;
     k.mapLowFlag = 0;
@@ -115,76 +115,6 @@ class ProjectFileTest : public ::testing::Test {
     }
 };
 
-TEST(ProjectFileLayout, EmptyProjectIsFortyEightBytesPlusItsTwoStrings)
-{
-    auto p = makeProject("Demo", "/data/x", 0);
-    p->currentMsl = 0;
-    p->viewValue = 0x01020304;
-    const std::vector<uint8_t> bytes = tg::serializeProject(*p, p->dataPath);
-    ASSERT_EQ(bytes.size(), 48u + 5u + 8u);
-    EXPECT_EQ(0, std::memcmp(bytes.data(), "Tonegrabber Project\0", 20));
-    EXPECT_EQ(bytes[20], 0xA4); // 2980 = 0x0BA4, little-endian
-    EXPECT_EQ(bytes[21], 0x0B);
-    EXPECT_EQ(bytes[24], 5); // length of "Demo" with its NUL
-    EXPECT_EQ(0, std::memcmp(&bytes[28], "Demo\0", 5));
-    EXPECT_EQ(bytes[33], 8);
-    EXPECT_EQ(0, std::memcmp(&bytes[37], "/data/x\0", 8));
-    EXPECT_EQ(bytes.back(), 0x01); // viewValue is the last field
-    EXPECT_EQ(bytes[bytes.size() - 4], 0x04);
-}
-
-TEST(ProjectFileLayout, KeyBlocksAre194BytesWithFieldsAtTheirOffsets)
-{
-    auto p = makeProject("P", "/d", 1);
-    TGmsl& m = p->msl[0];
-    tg::copyText(m.name, "M");
-    const size_t one = tg::serializeProject(*p, p->dataPath).size();
-    TGmsl_key& k = m.keys[0];
-    k.keyState = 200; // byte fields are widened with their sign: 200 becomes 0xFFC8
-    k.mapLow = 0xAB;
-    tg::copyText(k.name, "Named");
-    k.Silence_In = 0x11223344;
-    k.releaseOn = 1;
-    k.Release_In = 0;
-    k.Release_Out = 1;
-    k.loopResults[0] = 0x55667788;
-    k.xfadeCurve = 9;
-    k.reserved1 = 0x0A0B0C0D;
-    k.reservedB[5] = 0x7F000001;
-    const std::vector<uint8_t> bytes = tg::serializeProject(*p, p->dataPath);
-    ASSERT_EQ(bytes.size(), one);
-    // header 48 + "P" 2 + "/d" 3; block: name "M" 4 + 2, three empty device strings 3 × 5,
-    // nine u16, 256 + 228 bytes of tables.
-    const size_t key0 = 48 + 2 + 3 + 6 + 3 * 5 + 18 + 256 + 228;
-    EXPECT_EQ(bytes[key0 + 0], 0xC8);
-    EXPECT_EQ(bytes[key0 + 1], 0xFF);
-    EXPECT_EQ(bytes[key0 + 4], 1); // autoGainXFade of a new key
-    EXPECT_EQ(bytes[key0 + 7], 0xAB);
-    EXPECT_EQ(0, std::memcmp(&bytes[key0 + 10], "Named", 6));
-    EXPECT_EQ(bytes[key0 + 58], 0x44);
-    EXPECT_EQ(bytes[key0 + 82], 1);
-    EXPECT_EQ(bytes[key0 + 110], 0x88);
-    EXPECT_EQ(bytes[key0 + 138], 9);
-    EXPECT_EQ(bytes[key0 + 142], 0x0D);
-    EXPECT_EQ(bytes[key0 + 193], 0x7F);
-    EXPECT_EQ(bytes[key0 + 194], 0); // key 1 starts: keyState 0
-    // The Multi-Sample block ends after 128 key blocks and the record settings.
-    EXPECT_EQ(bytes.size(),
-              key0 + 128 * 194 +
-                  (8 + 2 + 8 + 8 + 2 + 8 + 2 + 2 + 4 + 24 + 2 + 2 + 32 + 18 + 8 + 18 + 12));
-}
-
-TEST(ProjectFileLayout, DeviceNamesAreStoredUpToTheirFirstLineFeed)
-{
-    auto p = makeProject("P", "/d", 1);
-    tg::copyText(p->msl[0].AudioInDevice, "Card\nsecond line");
-    const std::vector<uint8_t> bytes = tg::serializeProject(*p, p->dataPath);
-    const size_t device = 48 + 2 + 3 + 5; // after the empty name string
-    EXPECT_EQ(bytes[device], 5);
-    EXPECT_EQ(0, std::memcmp(&bytes[device + 4], "Card\0", 5));
-    EXPECT_STREQ(p->msl[0].AudioInDevice, "Card\nsecond line"); // memory unchanged
-}
-
 TEST_F(ProjectFileTest, ReadThenWriteGivesBackEveryByteOfTheFile)
 {
     ProjectFileBuilder file(2980);
@@ -218,15 +148,18 @@ TEST_F(ProjectFileTest, ReadThenWriteGivesBackEveryByteOfTheFile)
     EXPECT_EQ(tg::test::readFileBytes(dir.file("saved/Round Trip.TGprj")), file.text());
 }
 
-TEST_F(ProjectFileTest, TextsAreCutToWhatTheFileKeeps)
+TEST_F(ProjectFileTest, TextsAreCutToWhatTheFileKeepsAndDeviceNamesToTheirFirstLine)
 {
-    auto p = makeProject("Cut", "/d", 1);
+    auto p = makeProject("Cut", "/d", 2);
     tg::copyText(p->msl[0].AudioInDevice, std::string(68, 'a').c_str()); // file keeps 64
     tg::copyText(p->msl[0].MIDIoutDevice, std::string(36, 'm').c_str()); // fills its field
+    tg::copyText(p->msl[1].AudioInDevice, "Card\nsecond line");
     ASSERT_TRUE(tg::saveProject(*p, dir.path(), "Cut", message));
+    EXPECT_STREQ(p->msl[1].AudioInDevice, "Card\nsecond line"); // memory unchanged
     ASSERT_TRUE(load({"Cut.TGprj"}, {true, false, {}})) << message;
     EXPECT_EQ(std::string(model.project(0).msl[0].AudioInDevice), std::string(64, 'a'));
     EXPECT_EQ(std::string(model.project(0).msl[0].MIDIoutDevice), std::string(36, 'm'));
+    EXPECT_STREQ(model.project(0).msl[1].AudioInDevice, "Card");
 }
 
 TEST_F(ProjectFileTest, NewerVersionIsARefusedReadAndLeavesNoProject)

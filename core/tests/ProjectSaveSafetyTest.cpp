@@ -86,14 +86,4 @@ TEST_F(SaveSafety, ProcessDyingDuringTheWriteKeepsThePreviousFile)
     EXPECT_EQ(tg::test::readFileBytes(dir.file("P.TGprj")), previous);
 }
 
-TEST_F(SaveSafety, SuccessfulSaveReplacesTheFileWhole)
-{
-    auto p = projectWithOneLayer("New layer");
-    std::string message;
-    ASSERT_TRUE(tg::saveProject(*p, dir.path(), "P", message)) << message;
-    const std::string now = tg::test::readFileBytes(dir.file("P.TGprj"));
-    EXPECT_EQ(now.size(), tg::serializeProject(*p, "/d").size());
-    EXPECT_NE(now, previous);
-}
-
 } // namespace

@@ -127,14 +127,6 @@ TEST_F(SettingsAccess, MslPrefixIsLookedForBeforePrefs)
     EXPECT_FALSE(tg::findSettingKind("msl_prefs_recordsettings_recpause", kind));
     ASSERT_TRUE(tg::findSettingKind("prefs_recordsettings_notelength1", kind));
     EXPECT_EQ(kind, tg::SettingKind::Double);
-    ASSERT_TRUE(tg::findSettingKind("msl_KBrangeOut", kind));
-    EXPECT_EQ(kind, tg::SettingKind::Short);
-    ASSERT_TRUE(tg::findSettingKind("prefs_TempDir", kind));
-    EXPECT_EQ(kind, tg::SettingKind::Text);
-    ASSERT_TRUE(tg::findSettingKind("msl_recordsettings_zerocrossing", kind));
-    EXPECT_EQ(kind, tg::SettingKind::Char);
-    ASSERT_TRUE(tg::findSettingKind("msl_mappingsettings_mapTo", kind));
-    EXPECT_EQ(kind, tg::SettingKind::Long);
 }
 
 TEST_F(SettingsAccess, SettersMarkTheProjectAndTellListeners)

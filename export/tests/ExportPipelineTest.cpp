@@ -10,8 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <map>
 #include <memory>
 
 namespace {
@@ -44,12 +42,9 @@ class RecordingSink : public tg::ExportSink {
     {
         if (int(keys.size()) == failAt)
             return tg::setMessage(message, "error writing %s", "x.wav");
-        int peak = 0;
-        for (size_t i = 0; i + 1 < key.audio.note.size(); i += 2)
-            peak = std::max(peak,
-                            std::abs(int(int16_t(key.audio.note[i] | key.audio.note[i + 1] << 8))));
         keys.push_back({key.ordinal, key.note, key.key->Note_In, key.key->Note_Out,
-                        key.audio.note.size(), int16_t(std::min(peak, 32767))});
+                        key.audio.note.size(),
+                        int16_t(std::min(tg::test::pcm16Peak(key.audio.note), 32767))});
         if (int(keys.size()) == abortAfter)
             tg::exportAbortFlag = true;
         return 1;

@@ -1,4 +1,4 @@
-// The recorded test Project, a bounded WAV chunk reader and an XML attribute scanner.
+// The recorded test Project, its WAV files read back, and an XML attribute scanner.
 #include "export/tests/FurtherFormatsFixture.h"
 
 #include "audiofile/WavFile.h"
@@ -6,6 +6,7 @@
 #include "core/Names.h"
 #include "export/ExportAudioServices.h"
 #include "export/KeyRangeMapping.h"
+#include "tests/support/Pcm16.h"
 
 #include <gtest/gtest.h>
 
@@ -20,22 +21,9 @@ constexpr int kFrames = 12000;
 
 std::vector<uint8_t> tone(int channels, int note)
 {
-    std::vector<uint8_t> data;
-    for (int i = 0; i < kFrames; ++i)
-        for (int c = 0; c < channels; ++c) {
-            const int16_t v = int16_t(9000 * std::sin(0.0021 * note * i * (c + 1)) + c * 7);
-            data.push_back(uint8_t(v & 0xFF));
-            data.push_back(uint8_t((v >> 8) & 0xFF));
-        }
-    return data;
-}
-
-uint32_t le(const std::string& b, size_t at, int bytes)
-{
-    uint32_t v = 0;
-    for (int i = bytes - 1; i >= 0; --i)
-        v = (v << 8) | uint8_t(b[at + size_t(i)]);
-    return v;
+    return pcm16(kFrames, channels, [note](size_t i, int c) {
+        return int16_t(9000 * std::sin(0.0021 * note * double(i) * (c + 1)) + c * 7);
+    });
 }
 
 } // namespace
@@ -108,29 +96,12 @@ std::map<std::pair<int, int>, std::pair<int, int>> RecordedProject::zones() cons
     return result;
 }
 
-WavImage readWavImage(const std::string& bytes)
+WavImage readWavImage(const std::string& path)
 {
     WavImage image;
-    if (bytes.size() < 12 || bytes.compare(0, 4, "RIFF") != 0 || bytes.compare(8, 4, "WAVE") != 0)
-        return image;
-    bool haveFormat = false;
-    size_t at = 12;
-    while (at + 8 <= bytes.size()) {
-        const std::string id = bytes.substr(at, 4);
-        const uint32_t size = le(bytes, at + 4, 4);
-        if (size > bytes.size() - at - 8)
-            return image;
-        if (id == "fmt " && size >= 16) {
-            image.channels = uint16_t(le(bytes, at + 10, 2));
-            image.rate = le(bytes, at + 12, 4);
-            image.bits = uint16_t(le(bytes, at + 22, 2));
-            haveFormat = true;
-        } else if (id == "data") {
-            image.data.assign(bytes.begin() + long(at + 8), bytes.begin() + long(at + 8 + size));
-            image.ok = haveFormat;
-        }
-        at += 8 + size + (size & 1);
-    }
+    std::string message;
+    image.ok = readWav(path, image.format, image.data, message) == 1;
+    EXPECT_TRUE(image.ok) << message;
     return image;
 }
 

@@ -35,15 +35,13 @@ struct RecordedProject {
     std::string out; // an empty folder for the export
 };
 
-// The "fmt " and "data" chunks of a RIFF WAVE file, read within its bounds.
+// The format and audio of a WAV file, through the program's reader.
 struct WavImage {
     bool ok = false;
-    uint16_t channels = 0;
-    uint32_t rate = 0;
-    uint16_t bits = 0;
+    WaveFormat format;
     std::vector<uint8_t> data;
 };
-WavImage readWavImage(const std::string& bytes);
+WavImage readWavImage(const std::string& path);
 
 // The attributes of every element named `element` in `xml`, in document order.
 std::vector<std::map<std::string, std::string>> xmlElements(const std::string& xml,

@@ -6,9 +6,8 @@
 #include "core/Message.h"
 #include "export/ExportServices.h"
 #include "export/KeySampleFile.h"
+#include "tests/support/Pcm16.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <string>
 
@@ -33,11 +32,9 @@ struct MemoryAudio {
     {
         KeyAudio audio;
         audio.format = makeWaveFormat(44100, 1, 16);
-        for (int i = 0; i < frames; ++i) {
-            const int16_t v = i == frames / 2 ? peak : int16_t(i % 7);
-            audio.data.push_back(uint8_t(v & 0xFF));
-            audio.data.push_back(uint8_t((v >> 8) & 0xFF));
-        }
+        audio.data = pcm16(size_t(frames), 1, [&](size_t i, int) {
+            return i == size_t(frames) / 2 ? peak : int16_t(i % 7);
+        });
         files[keySampleFilePath(p, p.msl[m], note)] = audio;
     }
 
@@ -73,13 +70,7 @@ struct MemoryAudio {
                 return setMessage(message, "convert sample error: unsupported in this test");
             return 1;
         };
-        s.peakLevel = [](const KeyAudio& audio) {
-            int peak = 0;
-            for (size_t i = 0; i + 1 < audio.data.size(); i += 2)
-                peak =
-                    std::max(peak, std::abs(int(int16_t(audio.data[i] | audio.data[i + 1] << 8))));
-            return peak / 32767.0;
-        };
+        s.peakLevel = [](const KeyAudio& audio) { return pcm16Peak(audio.data) / 32767.0; };
         s.writeWav = [this](const std::string& path, const WaveFormat& format,
                             const std::vector<uint8_t>& data, const SampleLoop& loop, int rootKey,
                             std::string& message) {

@@ -34,13 +34,6 @@ TEST(NamingTags, UnknownTagsAndLoneAnglesAreCopied)
     EXPECT_EQ(tg::expandNamingTags(*p, p->msl[0], 0, 60, "<<#ms#>>"), "<Soft>");
 }
 
-TEST(NamingTags, TemplateWithoutTagsNamesEveryKeyTheSame)
-{
-    auto p = project();
-    EXPECT_EQ(tg::expandNamingTags(*p, p->msl[0], 0, 60, "piano"),
-              tg::expandNamingTags(*p, p->msl[0], 1, 61, "piano"));
-}
-
 TEST(NamingTags, WarningsStandUnderTheOppositeConditions)
 {
     const std::string noLayer = "WARNING: The naming scheme does not contain \"<#mn#>\" or "

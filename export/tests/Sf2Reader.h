@@ -11,10 +11,7 @@ namespace tg::test {
 
 struct Sf2SampleHeader {
     std::string name;
-    uint32_t start = 0, end = 0, loopStart = 0, loopEnd = 0, rate = 0;
-    uint8_t pitch = 0;
-    int8_t correction = 0;
-    uint16_t link = 0, type = 0;
+    uint32_t start = 0, end = 0, loopStart = 0, loopEnd = 0;
 };
 
 struct Sf2Generator {
@@ -35,7 +32,6 @@ struct Sf2Bank {
     std::vector<int16_t> points;               // "smpl"
     std::vector<Sf2SampleHeader> samples;      // "shdr" with its terminal record
     std::vector<Sf2Generator> igen;            // with its terminal record
-    std::vector<std::pair<uint16_t, uint16_t>> ibag;
 };
 
 inline uint32_t le32(const std::string& s, size_t at)
@@ -100,19 +96,11 @@ inline Sf2Bank readSf2(const std::string& bytes)
         h.end = le32(shdr, at + 24);
         h.loopStart = le32(shdr, at + 28);
         h.loopEnd = le32(shdr, at + 32);
-        h.rate = le32(shdr, at + 36);
-        h.pitch = uint8_t(shdr[at + 40]);
-        h.correction = int8_t(shdr[at + 41]);
-        h.link = le16(shdr, at + 42);
-        h.type = le16(shdr, at + 44);
         bank.samples.push_back(h);
     }
     const std::string& igen = bank.chunks["igen"];
     for (size_t at = 0; at + 4 <= igen.size(); at += 4)
         bank.igen.push_back({le16(igen, at), le16(igen, at + 2)});
-    const std::string& ibag = bank.chunks["ibag"];
-    for (size_t at = 0; at + 4 <= ibag.size(); at += 4)
-        bank.ibag.emplace_back(le16(ibag, at), le16(ibag, at + 2));
     bank.ok = true;
     return bank;
 }

@@ -2,27 +2,21 @@
 #include "export/SoundFont2File.h"
 
 #include "export/tests/Sf2Reader.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <filesystem>
 
 namespace {
 
 std::vector<uint8_t> ramp16(size_t frames, int channels, int step)
 {
-    std::vector<uint8_t> data;
-    for (size_t i = 0; i < frames; ++i)
-        for (int c = 0; c < channels; ++c) {
-            const int16_t v = int16_t(int(i) * step * (c == 0 ? 1 : -1));
-            data.push_back(uint8_t(v & 0xFF));
-            data.push_back(uint8_t((v >> 8) & 0xFF));
-        }
-    return data;
+    return tg::test::pcm16(frames, channels, [step](size_t i, int c) {
+        return int16_t(int(i) * step * (c ? -1 : 1));
+    });
 }
 
 tg::Sf2KeySample keySample(const std::vector<uint8_t>& data, int channels, int note)
@@ -64,11 +58,6 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
     EXPECT_EQ(sf2.topLists, (std::vector<std::string>{"INFO", "sdta", "pdta"}));
     EXPECT_EQ(sf2.pdtaOrder, (std::vector<std::string>{"phdr", "pbag", "pmod", "pgen", "inst",
                                                        "ibag", "imod", "igen", "shdr"}));
-    EXPECT_EQ(sf2.chunks.at("ifil"), std::string("\x02\x00\x00\x00", 4));
-    EXPECT_EQ(sf2.chunks.at("isng").size(), 256u);
-    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("isng"), 0, 256),
-              "for software samplers from Tonegrabber");
-    EXPECT_EQ(sf2.chunks.at("INAM").size(), 48u);
     EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("INAM"), 0, 48),
               "A bank name longer than nineteen");
 
@@ -102,43 +91,25 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
     EXPECT_EQ(sf2.samples[3].name, "EOS");
     EXPECT_EQ(sf2.samples[3].start, 0u);
 
-    // Generators in fixed order: key and velocity range, the stereo halves' pan, sample mode,
-    // sample; then the terminal.
-    ASSERT_EQ(sf2.igen.size(), 4u + 5 + 5 + 1);
+    // Pan, loop mode and the zones' key ranges are what FluidSynth plays by
+    // (SoundFontInFluidSynth); here: the order the format demands (key range first, velocity
+    // range next, the sample last), the velocities, and the terminals.
     const std::vector<uint16_t> zoneStarts = {0, 4, 9, 14};
+    ASSERT_EQ(sf2.igen.size(), 15u);
     for (uint16_t zone = 0; zone < 3; ++zone) {
-        const uint16_t g = zoneStarts[zone];
-        const uint16_t panned = zoneStarts[zone + 1] - g == 5;
-        EXPECT_EQ(sf2.igen[g].oper, 43);
-        EXPECT_EQ(sf2.igen[g + 1].oper, 44);
-        EXPECT_EQ(sf2.igen[g + 2 + panned].oper, 54);
-        EXPECT_EQ(sf2.igen[g + 3 + panned].oper, 53);
-        EXPECT_EQ(sf2.igen[g + 3 + panned].amount, zone);
-        EXPECT_EQ(sf2.ibag[zone], std::make_pair(g, uint16_t(0)));
+        EXPECT_EQ(sf2.igen[zoneStarts[zone]].oper, 43);
+        EXPECT_EQ(sf2.igen[zoneStarts[zone] + 1].oper, 44);
+        EXPECT_EQ(sf2.igen[zoneStarts[zone + 1] - 1].oper, 53);
+        EXPECT_EQ(sf2.igen[zoneStarts[zone + 1] - 1].amount, zone);
     }
-    EXPECT_EQ(sf2.igen[0].low(), 58);
-    EXPECT_EQ(sf2.igen[0].high(), 63);
     EXPECT_EQ(sf2.igen[1].low(), 1);
     EXPECT_EQ(sf2.igen[1].high(), 64);
     EXPECT_EQ(sf2.igen[14].oper, 0);
-    EXPECT_EQ(sf2.igen[14].amount, 0);
-    EXPECT_EQ(sf2.ibag[3], std::make_pair(uint16_t(14), uint16_t(0)));
-
     const std::string& phdr = sf2.chunks.at("phdr");
-    ASSERT_EQ(phdr.size(), 2u * 38);
     EXPECT_EQ(tg::test::fieldName(phdr, 0, 20), "A bank name longer ");
     EXPECT_EQ(phdr[19], '\0');
     EXPECT_EQ(tg::test::fieldName(phdr, 38, 20), "EOP");
-    EXPECT_EQ(tg::test::le16(phdr, 38 + 24), 1);
-    EXPECT_EQ(sf2.chunks.at("pbag"), std::string("\0\0\0\0\x01\0\0\0", 8));
-    EXPECT_EQ(sf2.chunks.at("pmod"), std::string(10, '\0'));
-    EXPECT_EQ(sf2.chunks.at("imod"), std::string(10, '\0'));
-    EXPECT_EQ(sf2.chunks.at("pgen"), std::string("\x29\0\0\0\0\0\0\0", 8));
-    const std::string& inst = sf2.chunks.at("inst");
-    ASSERT_EQ(inst.size(), 2u * 22);
-    EXPECT_EQ(tg::test::fieldName(inst, 0, 20), "INST_A bank name lo");
-    EXPECT_EQ(tg::test::fieldName(inst, 22, 20), "EOI");
-    EXPECT_EQ(tg::test::le16(inst, 42), 3);
+    EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("inst"), 22, 20), "EOI");
 }
 
 TEST(SoundFont2File, LoopPointsStayInsideTheSample)
@@ -179,38 +150,21 @@ TEST(SoundFont2File, UnopenablePathIsReported)
     EXPECT_EQ(message, "unable to open \"" + path + "\"");
 }
 
-TEST(SoundFont2File, WriteFailureClosesAndDeletesTheFile)
-{
-    tg::test::TempDir dir;
-    const std::string path = dir.file("bank.sf2");
-    // A file size limit makes writes past 64 KiB fail as on a full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit saved{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
-    rlimit limited = saved;
-    limited.rlim_cur = 65536;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    const auto big = ramp16(100000, 1, 1);
-    std::string message;
-    int added = 1;
-    {
-        tg::SoundFont2File bank;
-        if (bank.open(path, "b", 1, message) == 1) {
-            added = bank.add(keySample(big, 1, 60), message);
-        }
-    }
-    setrlimit(RLIMIT_FSIZE, &saved);
-    EXPECT_EQ(added, 0);
-    EXPECT_EQ(message, "write error (audio data)\"" + path + "\"");
-    EXPECT_FALSE(std::filesystem::exists(path));
-}
-
-TEST(SoundFont2File, UnfinishedBankLeavesTheFileItWouldReplace)
+TEST(SoundFont2File, FailedOrUnfinishedBankLeavesTheFileItWouldReplace)
 {
     tg::test::TempDir dir;
     const std::string path = dir.file("bank.sf2");
     ASSERT_TRUE(tg::test::writeFileBytes(path, "the bank from before"));
+    const auto big = ramp16(100000, 1, 1);
     std::string message;
+    {
+        tg::test::FileSizeLimit full(65536);
+        ASSERT_TRUE(full.active());
+        tg::SoundFont2File bank;
+        ASSERT_EQ(bank.open(path, "b", 1, message), 1) << message;
+        EXPECT_EQ(bank.add(keySample(big, 1, 60), message), 0);
+    }
+    EXPECT_EQ(message, "write error (audio data)\"" + path + "\"");
     {
         tg::SoundFont2File bank;
         ASSERT_EQ(bank.open(path, "b", 1, message), 1) << message;

@@ -5,9 +5,6 @@
 #include "core/Message.h"
 #include "tests/support/TempDir.h"
 
-#include <cstdio>
-#include <cstring>
-
 namespace tg::test {
 
 std::unique_ptr<Project> makeProject(const char* name)
@@ -41,8 +38,8 @@ void addKey(Project& project, int mslIndex, int note, int mapLow, int mapHigh, u
     copyText(key.name, "Key");
 }
 
-RenderedSample syntheticSample(int mslIndex, int note, int frames, uint16_t channels,
-                               uint16_t bits, bool loop)
+RenderedSample syntheticSample(int mslIndex, int note, int frames, uint16_t channels, uint16_t bits,
+                               bool loop)
 {
     RenderedSample sample;
     sample.format = makeWaveFormat(48000, channels, bits);
@@ -50,8 +47,8 @@ RenderedSample syntheticSample(int mslIndex, int note, int frames, uint16_t chan
     for (int frame = 0; frame < frames; ++frame) {
         for (int channel = 0; channel < channels; ++channel) {
             // Distinct per layer, note, channel and frame; spans the sign.
-            const int value = ((frame * 37 + note * 1013 + mslIndex * 7919) % 60000) - 30000 +
-                              (channel ? 11 : 0);
+            const int value =
+                ((frame * 37 + note * 1013 + mslIndex * 7919) % 60000) - 30000 + (channel ? 11 : 0);
             if (bits == 8) {
                 sample.audio.push_back(static_cast<uint8_t>((value >> 8) + 128));
             } else if (bits == 16) {

@@ -11,8 +11,6 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-#include <memory>
-
 namespace tg {
 namespace {
 

@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 namespace tg {
 namespace {
 
@@ -48,8 +46,8 @@ struct KmpZoneRead {
     std::string file;
 };
 
-std::vector<KmpZoneRead> readKmp(const std::string& path, std::string& name16,
-                                 std::string& name24, uint32_t& number)
+std::vector<KmpZoneRead> readKmp(const std::string& path, std::string& name16, std::string& name24,
+                                 uint32_t& number)
 {
     ChunkReader r{test::readFileBytes(path)};
     std::vector<KmpZoneRead> zones;
@@ -86,9 +84,9 @@ struct KronosRun {
         const int a = addLayer(*project, "Felt", 0, 127, 36, 96);
         addKey(*project, a, 40, 36, 47, 1); // first zone starts at 36: gap 0-35
         addKey(*project, a, 50, 48, 55);
-        addKey(*project, a, 62, 60, 70);    // gap 56-59
+        addKey(*project, a, 62, 60, 70); // gap 56-59
         const int b = addLayer(*project, "Strings Ensemble", 0, 127, 0, 127);
-        addKey(*project, b, 0, 0, 127);     // covers everything: no gap
+        addKey(*project, b, 0, 0, 127); // covers everything: no gap
         source.frames = 300;
         source.loopedNotes[40] = true;
         folder = dir.file("Grand 07");
@@ -103,12 +101,9 @@ struct KronosRun {
 TEST(KorgKronos, NamesFollowTheirFormatsCutAndPadded)
 {
     EXPECT_EQ(kronosFolderName("Grand Piano", 7), "Grand 07");
+    // Short names as the exports below write them are read back there.
     EXPECT_EQ(kmpBaseName("Strings", 3, 1), "Strin031");
-    EXPECT_EQ(kmpNameField("Felt", 0), "Felt          -L");
     EXPECT_EQ(kmpNameField("A name of sixteen+", 1), "A name of sixtee");
-    EXPECT_EQ(kmpNameChunk("Felt", 1), "Felt                  -R");
-    EXPECT_EQ(ksfFileName(2, 15), "MS002015.KSF");
-    EXPECT_EQ(ksfSampleName("Felt", 40, false, 0), "Felt-040        ");
     EXPECT_EQ(ksfSampleName("Grand Piano Deluxe", 40, false, 0), "Grand Piano -040");
     EXPECT_EQ(ksfSampleName("Grand Piano Deluxe", 40, true, 1), "Grand Pian-040-R");
     EXPECT_EQ(ksfNameChunk("Grand Piano Deluxe Concert", 40, false, 0), "Grand Piano Deluxe C-040");
@@ -203,6 +198,7 @@ TEST(KorgKronos, StereoGivesLeftAndRightKmpsOfMonoSamples)
     uint32_t number = 0;
     const auto right = readKmp(run.folder + "/Felt001.KMP", name16, name24, number);
     EXPECT_EQ(name16, "Felt          -R");
+    EXPECT_EQ(name24, "Felt                  -R");
     EXPECT_EQ(number, 2u);
     ASSERT_EQ(right.size(), 5u);
     EXPECT_EQ(right[1].file, "MS002004.KSF"); // sample numbers run on over KMPs
@@ -230,7 +226,8 @@ TEST(KorgKronos, FailuresCarryTheNameLineAndThePath)
     std::string message;
     test::writeFileBytes(run.folder, "a file where the folder should go");
     EXPECT_EQ(run.run(0x40400, message), 0);
-    EXPECT_EQ(message, "TGexport_KORGKRONOS():\n\nunable to create directory \"" + run.folder + "\"");
+    EXPECT_EQ(message,
+              "TGexport_KORGKRONOS():\n\nunable to create directory \"" + run.folder + "\"");
 
     KronosRun failing;
     failing.source.failAfterFirst = true;

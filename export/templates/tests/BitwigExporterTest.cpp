@@ -1,4 +1,4 @@
-// The Bitwig .multisample: archive accepted by unzip, XML by xmllint, and the published layout.
+// The Bitwig .multisample: XML accepted by xmllint, the published layout, abort and failure.
 #include "export/templates/BitwigExporter.h"
 
 #include "export/tests/SyntheticProject.h"
@@ -74,37 +74,26 @@ std::string attribute(const std::string& text, const std::string& name)
         return "<absent>";
     std::string value = match[1].str();
     for (const auto& [entity, character] : {std::pair<std::string, std::string>{"&lt;", "<"},
-                                            {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"},
+                                            {"&gt;", ">"},
+                                            {"&quot;", "\""},
+                                            {"&apos;", "'"},
                                             {"&amp;", "&"}})
         for (size_t at = 0; (at = value.find(entity, at)) != std::string::npos; ++at)
             value.replace(at, entity.size(), character);
     return value;
 }
 
-TEST(BitwigExporter, ArchivePassesUnzipAndXmlPassesXmllint)
+TEST(BitwigExporter, OneSampleElementPerKeySampleInPublishedOrderAndEveryFileArchived)
 {
+    // A valid, deflated archive is ZipArchiveTest's business; the XML must pass xmllint.
     if (!test::haveProgram("unzip") || !test::haveProgram("xmllint"))
         GTEST_SKIP() << "unzip or xmllint not installed";
     BitwigRun run;
     run.run({0, 1});
     std::string output;
-    EXPECT_EQ(test::runCommand("unzip -t '" + run.zipPath + "'", &output), 0) << output;
-    EXPECT_EQ(test::runCommand("xmllint --noout '" + run.dir.file("x/multisample.xml") + "'",
-                               &output),
-              0)
+    EXPECT_EQ(
+        test::runCommand("xmllint --noout '" + run.dir.file("x/multisample.xml") + "'", &output), 0)
         << output;
-    // Deflated, not stored.
-    std::string verbose;
-    test::runCommand("unzip -v '" + run.zipPath + "'", &verbose);
-    EXPECT_NE(verbose.find("Defl:X"), std::string::npos) << verbose;
-}
-
-TEST(BitwigExporter, OneSampleElementPerKeySampleInPublishedOrderAndEveryFileArchived)
-{
-    if (!test::haveProgram("unzip"))
-        GTEST_SKIP() << "unzip not installed";
-    BitwigRun run;
-    run.run({0, 1});
     ASSERT_NE(run.xml.find("<multisample name=\"Piano &amp; Co\">"), std::string::npos);
     const size_t generator = run.xml.find("<generator>Tonegrabber 6</generator>");
     const size_t category = run.xml.find("<category>A category that is longe</category>");

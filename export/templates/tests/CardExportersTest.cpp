@@ -19,17 +19,25 @@ namespace fs = std::filesystem;
 using test::addKey;
 using test::addLayer;
 
-std::unique_ptr<Project> twoLayerProject()
-{
-    auto project = test::makeProject("Organ");
-    const int soft = addLayer(*project, "Soft", 0, 63, 48, 72);
-    const int loud = addLayer(*project, "Loud", 64, 127, 48, 72);
-    for (int layer : {soft, loud}) {
-        addKey(*project, layer, 57, 48, 62, 1);
-        addKey(*project, layer, 69, 63, 72, 0);
+// A Project "Organ" of two velocity layers with keys 57 (looped) and 69 (one-shot) in each,
+// a card folder and a source of synthetic audio.
+class CardExport : public ::testing::Test {
+  protected:
+    void SetUp() override
+    {
+        const int soft = addLayer(*project, "Soft", 0, 63, 48, 72);
+        const int loud = addLayer(*project, "Loud", 64, 127, 48, 72);
+        for (int layer : {soft, loud}) {
+            addKey(*project, layer, 57, 48, 62, 1);
+            addKey(*project, layer, 69, 63, 72, 0);
+        }
     }
-    return project;
-}
+
+    std::unique_ptr<Project> project = test::makeProject("Organ");
+    test::TempDir root;
+    test::SyntheticSource source;
+    std::string message;
+};
 
 std::vector<std::vector<std::string>> tabRows(const std::string& text)
 {
@@ -45,15 +53,11 @@ std::vector<std::vector<std::string>> tabRows(const std::string& text)
     return rows;
 }
 
-TEST(QuantumExporter, MapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPoint)
+TEST_F(CardExport, QuantumMapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPoint)
 {
-    auto project = twoLayerProject();
-    test::TempDir root;
-    test::SyntheticSource source;
     source.loopedNotes[57] = true; // 1000 frames, loop 250..990
     QuantumExporter exporter(*project, {0, 1}, root.path(), 0x20408, "OrganSet", "Organ");
     exporter.setLoopAllSamples(true);
-    std::string message;
     ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
 
     EXPECT_EQ(exporter.mapPath(), root.path() + "/samples/OrganSet/Organ.map");
@@ -81,14 +85,10 @@ TEST(QuantumExporter, MapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPoint)
     EXPECT_EQ(rows[3][0], "\"2:samples/OrganSet/Key-01-069.wav\"");
 }
 
-TEST(DelugeExporter, OnlyTheSelectedLayerGoesToTheCardFolders)
+TEST_F(CardExport, DelugeTakesOnlyTheSelectedLayerToTheCardFolders)
 {
-    auto project = twoLayerProject();
-    test::TempDir root;
-    test::SyntheticSource source;
     source.loopedNotes[57] = true;
     DelugeExporter exporter(*project, {1, 0}, root.path(), 0x20408, "ORGAN");
-    std::string message;
     ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
 
     const std::string folder = root.path() + "/SAMPLES/TNGB/ORGAN";
@@ -111,26 +111,18 @@ TEST(DelugeExporter, OnlyTheSelectedLayerGoesToTheCardFolders)
         EXPECT_EQ(test::runCommand("xmllint --noout '" + root.path() + "/SYNTHS/ORGAN.XML'"), 0);
 }
 
-TEST(DelugeExporter, LoopAllSetsTheOscillatorToLoop)
+TEST_F(CardExport, DelugeLoopAllSetsTheOscillatorToLoop)
 {
-    auto project = twoLayerProject();
-    test::TempDir root;
-    test::SyntheticSource source;
     DelugeExporter exporter(*project, {0}, root.path(), 0x20408, "ORGAN");
     exporter.setLoopAllSamples(true);
-    std::string message;
     ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
     EXPECT_NE(exporter.output().find("loopMode=\"2\""), std::string::npos);
 }
 
-TEST(ProphetXExporter, ZipLandsInBankAndCategoryWithRootFrequencies)
+TEST_F(CardExport, ProphetXZipLandsInBankAndCategoryWithRootFrequencies)
 {
-    auto project = twoLayerProject();
-    test::TempDir root;
-    test::SyntheticSource source;
     ProphetXExporter exporter(*project, {0, 1}, root.path(), 0x20410,
                               {"UserBank1", "Keys", 3, "Organ"});
-    std::string message;
     ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
     ASSERT_EQ(exporter.finishStep(message), 1) << message;
 
@@ -151,16 +143,12 @@ TEST(ProphetXExporter, ZipLandsInBankAndCategoryWithRootFrequencies)
     EXPECT_EQ(pitchHertzText(60), "261.63");
 }
 
-TEST(ProphetXExporter, TakenProgramNumberIsRefusedBeforeAnythingIsRendered)
+TEST_F(CardExport, ProphetXTakenProgramNumberIsRefusedBeforeAnythingIsRendered)
 {
-    auto project = twoLayerProject();
-    test::TempDir root;
     fs::create_directories(root.path() + "/px/UserBank1/Keys");
     test::writeFileBytes(root.path() + "/px/UserBank1/Keys/03. Strings.zip", "x");
-    test::SyntheticSource source;
     ProphetXExporter exporter(*project, {0, 1}, root.path(), 0x20410,
                               {"UserBank1", "Keys", 3, "Organ"});
-    std::string message;
     EXPECT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 0);
     EXPECT_EQ(message,
               "A program with the same number (03) already exists in this user-bank/category.");
@@ -172,16 +160,12 @@ TEST(ProphetXExporter, TakenProgramNumberIsRefusedBeforeAnythingIsRendered)
     EXPECT_EQ(other.exportStep(source, test::wavFileWriter(), message), 1) << message;
 }
 
-TEST(TemplateExporter, MissingTemplatesAreReportedWithTheirPaths)
+TEST_F(CardExport, MissingTemplatesAreReportedWithTheirPaths)
 {
-    auto project = twoLayerProject();
-    test::TempDir elsewhere;
     const fs::path previous = fs::current_path();
-    fs::current_path(elsewhere.path()); // no Resources folder here or beside the test binary
-    QuantumExporter exporter(*project, {0}, elsewhere.path(), 0x20408, "A", "B");
+    fs::current_path(root.path()); // no Resources folder here or beside the test binary
+    QuantumExporter exporter(*project, {0}, root.path(), 0x20408, "A", "B");
     fs::current_path(previous);
-    test::SyntheticSource source;
-    std::string message;
     if (exporter.exportStep(source, test::wavFileWriter(), message) == 1)
         GTEST_SKIP() << "an installed Resources folder was found";
     EXPECT_EQ(message.rfind("QuantumExporter:\n\nunable to read the templates", 0), 0u) << message;

@@ -5,6 +5,7 @@
 
 #include "export/tests/FurtherFormatsFixture.h"
 #include "export/tests/SyntheticProject.h"
+#include "tests/support/Pcm16.h"
 
 #include <gtest/gtest.h>
 
@@ -126,15 +127,14 @@ TEST(VolcaSampleExport, EverySlotDecodesBackFromTheStream)
               1)
         << message;
 
-    const test::WavImage wav =
-        test::readWavImage(test::readFileBytes(recorded.out + "/Strings.wav"));
+    const test::WavImage wav = test::readWavImage(recorded.out + "/Strings.wav");
     ASSERT_TRUE(wav.ok);
-    EXPECT_EQ(wav.channels, 2);
-    EXPECT_EQ(wav.rate, 44100u);
-    EXPECT_EQ(wav.bits, 16);
+    EXPECT_EQ(wav.format.nChannels, 2);
+    EXPECT_EQ(wav.format.nSamplesPerSec, 44100u);
+    EXPECT_EQ(wav.format.wBitsPerSample, 16);
     std::vector<int16_t> stereo(wav.data.size() / 2);
     for (size_t i = 0; i < stereo.size(); ++i)
-        stereo[i] = int16_t(wav.data[2 * i] | wav.data[2 * i + 1] << 8);
+        stereo[i] = test::pcm16At(wav.data, i);
 
     StreamDecoder decoder(stereo);
     std::map<int, DecodedSample> slots;

@@ -65,9 +65,9 @@ TEST(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
     test::writeFileBytes(dir.file("src/sub/skip.wav"), "3");
     std::vector<double> fractions;
     std::string message;
-    ASSERT_EQ(zipFolderFiles(dir.file("src"), dir.file("c.zip"), "Compressing.",
-                             [&](double f, const std::string&) { fractions.push_back(f); },
-                             nullptr, message),
+    ASSERT_EQ(zipFolderFiles(
+                  dir.file("src"), dir.file("c.zip"), "Compressing.",
+                  [&](double f, const std::string&) { fractions.push_back(f); }, nullptr, message),
               1)
         << message;
     EXPECT_EQ(fractions, (std::vector<double>{0.0, 0.5}));
@@ -75,12 +75,6 @@ TEST(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
     test::runCommand("unzip -Z1 '" + dir.file("c.zip") + "'", &listing);
     EXPECT_EQ(listing, "one.wav\ntwo.xml\n");
 }
-
-} // namespace
-} // namespace tg
-
-namespace tg {
-namespace {
 
 TEST(ZipArchive, WavesAreStoredTextDeflatedAndAFailedArchiveKeepsTheOldFile)
 {

@@ -157,22 +157,6 @@ TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
     EXPECT_EQ(source.armedSeconds.size(), 1u);
 }
 
-TEST_F(RunFixture, ReleaseZeroPutsTheReleaseAtTheLastFrame)
-{
-    addLayer("Soft");
-    selectKeys({60});
-    layer(0).recordsettings.releaselength1 = 0.0;
-    auto run = startRun();
-    runToEnd(*run, clock);
-    const TGmsl_key& key = layer(0).keys[60];
-    const int32_t lastFrame = 2 * 44100 + 22050 - 1;
-    EXPECT_EQ(key.Release_In, lastFrame);
-    EXPECT_EQ(key.Release_Out, lastFrame);
-    // Without a release the Note Off falls on the end of the take: the note sounds to the end.
-    EXPECT_EQ(key.Note_Out, lastFrame);
-    EXPECT_NEAR(key.Note_In, 22050 + 441, 10);
-}
-
 TEST_F(RunFixture, TakeWithoutANoteKeepsTheWholeRecording)
 {
     addLayer("Soft");

@@ -1,9 +1,7 @@
 // Opening the shipped instruments and bouncing measured takes for the tests.
 #include "devices/tests/InstrumentTestSupport.h"
 
-#include "tests/e2e/ToneAnalysis.h"
-
-#include <cmath>
+#include "tests/support/ToneAnalysis.h"
 
 namespace tg::test {
 
@@ -13,11 +11,6 @@ std::unique_ptr<HostedInstrument> openInstrument(const std::string& text, std::s
     if (!parseInstrumentSpec(text, choice, msg))
         return nullptr;
     return openHostedInstrument(choice, 44100, msg);
-}
-
-double noteHz(int note)
-{
-    return 440.0 * std::pow(2.0, (note - 69) / 12.0);
 }
 
 bool bounce(HostedInstrument& instrument, const BounceNote& note, MeasuredTake& take,

@@ -20,9 +20,6 @@ constexpr const char* kLv2PianoSteady =
 // Opens the instrument of `text` at 44100 Hz; null (with the reason in `msg`) otherwise.
 std::unique_ptr<HostedInstrument> openInstrument(const std::string& text, std::string& msg);
 
-// Equal-tempered frequency of a MIDI note, A4 (69) = 440 Hz.
-double noteHz(int note);
-
 // A bounced take's first channel as doubles (16-bit stereo or mono).
 struct MeasuredTake {
     std::vector<uint8_t> bytes;

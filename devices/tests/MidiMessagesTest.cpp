@@ -9,70 +9,37 @@
 namespace tg {
 namespace {
 
-std::string decode(std::vector<uint8_t> bytes)
+// Each kind of message the monitor tells apart, at the edges of its ranges: channels count
+// from 1, controllers 0..31 are MSBs and 32..63 their LSBs, 121..127 are channel mode
+// messages, system messages have no channel, and missing data bytes count as 0.
+TEST(MidiDecoder, EveryKindOfMessageAtTheEdgesOfItsRange)
 {
-    return midiMessageText(bytes.data(), bytes.size());
-}
-
-TEST(MidiDecoder, ChannelVoiceMessages)
-{
-    EXPECT_EQ(decode({0x80, 60, 64}), "note 60 off, vel=64 channel=1");
-    EXPECT_EQ(decode({0x93, 61, 100}), "note 61 on, vel=100 channel=4");
-    EXPECT_EQ(decode({0x9F, 62, 0}), "note 62 on, vel=0 (=off) channel=16");
-    EXPECT_EQ(decode({0xA1, 40, 77}), "after touch, n=40, p=77 channel=2");
-    EXPECT_EQ(decode({0xC2, 19}), "program change: ID=19 channel=3");
-    EXPECT_EQ(decode({0xD0, 90}), "channel pressure = 90 channel=1");
-    EXPECT_EQ(decode({0xE0, 1, 64}), "pitch bend: LSB=1 MSB=64 channel=1");
-}
-
-TEST(MidiDecoder, ControllerRanges)
-{
-    EXPECT_EQ(decode({0xB0, 0, 5}), "Control 0: MSB=5 channel=1");
-    EXPECT_EQ(decode({0xB0, 31, 127}), "Control 31: MSB=127 channel=1");
-    EXPECT_EQ(decode({0xB0, 33, 5}), "Control 33: LSB(for Ctrl1)=5 channel=1");
-    EXPECT_EQ(decode({0xB5, 63, 9}), "Control 63: LSB(for Ctrl31)=9 channel=6");
-    EXPECT_EQ(decode({0xB0, 64, 127}), "control 64: value=127 channel=1");
-    EXPECT_EQ(decode({0xB0, 120, 0}), "control 120: value=0 channel=1");
-}
-
-TEST(MidiDecoder, ChannelModeMessages)
-{
-    EXPECT_EQ(decode({0xB0, 121, 0}), "chnl mode msg: reset all controllers channel=1");
-    EXPECT_EQ(decode({0xB0, 122, 127}), "chnl mode msg: local control on channel=1");
-    EXPECT_EQ(decode({0xB0, 122, 0}), "chnl mode msg: local control off channel=1");
-    EXPECT_EQ(decode({0xB0, 123, 0}), "chnl mode msg: all notes off channel=1");
-    EXPECT_EQ(decode({0xB0, 124, 0}), "chnl mode msg: omni mode off channel=1");
-    EXPECT_EQ(decode({0xB0, 125, 0}), "chnl mode msg: omni mode on channel=1");
-    EXPECT_EQ(decode({0xB0, 126, 1}), "chnl mode msg: mono mode on channel=1");
-    EXPECT_EQ(decode({0xB9, 127, 0}), "chnl mode msg: poly mode on channel=10");
-}
-
-TEST(MidiDecoder, SystemMessagesCarryNoChannel)
-{
-    EXPECT_EQ(decode({0xF1, 3}), "common msg: MTC quarter-frame");
-    EXPECT_EQ(decode({0xF2, 0, 0}), "common msg: song position pointer");
-    EXPECT_EQ(decode({0xF3, 1}), "common msg: song select");
-    EXPECT_EQ(decode({0xF4}), "common msg: undefined");
-    EXPECT_EQ(decode({0xF5}), "common msg: undefined");
-    EXPECT_EQ(decode({0xF6}), "common msg: tune request");
-    EXPECT_EQ(decode({0xF7}), "common msg: end of exclusive");
-    EXPECT_EQ(decode({0xF8}), "real-time msg: timing clock");
-    EXPECT_EQ(decode({0xF9}), "real-time msg: undefined");
-    EXPECT_EQ(decode({0xFD}), "real-time msg: undefined");
-    EXPECT_EQ(decode({0xFA}), "real-time msg: start");
-    EXPECT_EQ(decode({0xFB}), "real-time msg: continue");
-    EXPECT_EQ(decode({0xFC}), "real-time msg: stop");
-    EXPECT_EQ(decode({0xFE}), "real-time msg: active sensing");
-    EXPECT_EQ(decode({0xFF}), "real-time msg: system reset");
-}
-
-TEST(MidiDecoder, OtherBytesAndShortMessages)
-{
-    EXPECT_EQ(decode({0xF0, 0x7E, 1}), "'unknown' byte1=240 byte2=126");
-    EXPECT_EQ(decode({0x45, 7}), "'unknown' byte1=69 byte2=7");
-    // Missing data bytes count as 0.
-    EXPECT_EQ(decode({0x90, 60}), "note 60 on, vel=0 (=off) channel=1");
-    EXPECT_EQ(decode({0xB0}), "Control 0: MSB=0 channel=1");
+    const std::pair<std::vector<uint8_t>, const char*> rows[] = {
+        {{0x80, 60, 64}, "note 60 off, vel=64 channel=1"},
+        {{0x9F, 62, 0}, "note 62 on, vel=0 (=off) channel=16"},
+        {{0xA1, 40, 77}, "after touch, n=40, p=77 channel=2"},
+        {{0xC2, 19}, "program change: ID=19 channel=3"},
+        {{0xD0, 90}, "channel pressure = 90 channel=1"},
+        {{0xE0, 1, 64}, "pitch bend: LSB=1 MSB=64 channel=1"},
+        {{0xB0, 31, 127}, "Control 31: MSB=127 channel=1"},
+        {{0xB0, 33, 5}, "Control 33: LSB(for Ctrl1)=5 channel=1"},
+        {{0xB5, 63, 9}, "Control 63: LSB(for Ctrl31)=9 channel=6"},
+        {{0xB0, 120, 0}, "control 120: value=0 channel=1"},
+        {{0xB0, 121, 0}, "chnl mode msg: reset all controllers channel=1"},
+        {{0xB0, 122, 0}, "chnl mode msg: local control off channel=1"},
+        {{0xB9, 127, 0}, "chnl mode msg: poly mode on channel=10"},
+        {{0xF1, 3}, "common msg: MTC quarter-frame"},
+        {{0xF7}, "common msg: end of exclusive"},
+        {{0xF8}, "real-time msg: timing clock"},
+        {{0xFD}, "real-time msg: undefined"},
+        {{0xFF}, "real-time msg: system reset"},
+        {{0xF0, 0x7E, 1}, "'unknown' byte1=240 byte2=126"},
+        {{0x45, 7}, "'unknown' byte1=69 byte2=7"},
+        {{0x90, 60}, "note 60 on, vel=0 (=off) channel=1"},
+        {{0xB0}, "Control 0: MSB=0 channel=1"},
+    };
+    for (const auto& [bytes, text] : rows)
+        EXPECT_EQ(midiMessageText(bytes.data(), bytes.size()), text);
     EXPECT_EQ(midiMessageText(nullptr, 0), "'unknown' byte1=0 byte2=0");
 }
 

@@ -2,7 +2,7 @@
 #include "devices/TuningOscillator.h"
 
 #include "analysis/LoopQuality.h"
-#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
 
@@ -11,24 +11,6 @@
 
 namespace tg {
 namespace {
-
-// The pitch from the first to the last rising zero crossing, each placed between its two
-// frames by linear interpolation.
-double pitchFromCrossings(const std::vector<double>& x, double rate)
-{
-    double first = -1.0;
-    double last = -1.0;
-    int crossings = 0;
-    for (size_t i = 1; i < x.size(); ++i) {
-        if (x[i - 1] < 0.0 && x[i] >= 0.0) {
-            const double at = double(i - 1) + -x[i - 1] / (x[i] - x[i - 1]);
-            first = crossings == 0 ? at : first;
-            last = at;
-            ++crossings;
-        }
-    }
-    return (crossings - 1) * rate / (last - first);
-}
 
 double centsBetween(double a, double b)
 {
@@ -46,8 +28,9 @@ TEST(TuningWave, PitchLevelAndSeamlessLoopForEveryWaveform)
             ASSERT_EQ(makeTuningWave({waveform, note, -6}, wave, msg), 1) << msg;
             ASSERT_EQ(wave.data.size(), 88200u);
             const std::vector<double> x = test::firstChannel(wave.data, 1, 44100);
-            EXPECT_NEAR(centsBetween(pitchFromCrossings(x, 44100.0), tuningFrequency(note)), 0.0,
-                        0.1);
+            EXPECT_NEAR(
+                centsBetween(test::crossingPitchHz(x, 0, 44100, 44100.0), tuningFrequency(note)),
+                0.0, 0.1);
             double peak = 0.0;
             for (const double value : x)
                 peak = std::max(peak, std::fabs(value));

@@ -1,5 +1,6 @@
 // Creating a Project from the set-up record: velocity layers, names, keyboard ranges, selected
-// keys, lengths, devices and the auto-loop settings; and the wizard's page checks.
+// keys, lengths, devices and the auto-loop settings. The wizard's page checks are tested on
+// the wizard itself.
 #include "recording/ProjectSetup.h"
 
 #include "core/Model.h"
@@ -176,19 +177,6 @@ TEST_F(ProjectFromSetup, InputChannelsAreKeptForTheChosenDeviceRowOnly)
     setup.pluginRecording = true;
     const tg::TGmsl& hosted = create().msl[0];
     EXPECT_EQ(hosted.audioInChannelL, std::vector<int32_t>({-1, -1, -1}));
-}
-
-TEST_F(ProjectFromSetup, WizardChecksRefuseEmptyOrTakenNamesAndMissingFolders)
-{
-    EXPECT_EQ(tg::checkSetupName(model, "").message, "Please enter a project name.");
-    EXPECT_TRUE(tg::checkSetupName(model, "Strings").ok());
-    create();
-    EXPECT_EQ(tg::checkSetupName(model, "Strings").message,
-              "A project with that name already exists. Please enter a different name.");
-    EXPECT_EQ(tg::checkSetupDataPath("").message, "Please enter a non-empty path.");
-    EXPECT_EQ(tg::checkSetupDataPath(dir.file("missing")).message,
-              "This path does not exist. Please enter a valid path.");
-    EXPECT_TRUE(tg::checkSetupDataPath(dir.path()).ok());
 }
 
 } // namespace

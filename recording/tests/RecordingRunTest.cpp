@@ -1,5 +1,6 @@
 // The recording run against a fake clock and a fake synth: timing of arming and notes, the
-// order of keys across Multi-Samples, skipping, stopping, saving after every take, failures.
+// order of keys across Multi-Samples, skipping, stopping, failures. That every finished take is
+// saved at once is checked by killing real runs (KillSafety in tests/e2e).
 #include "recording/RecordingRun.h"
 
 #include "audiofile/WavFile.h"
@@ -157,22 +158,6 @@ TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
     EXPECT_EQ(source.armedSeconds.size(), 1u);
 }
 
-TEST_F(RunFixture, ReleaseZeroPutsTheReleaseAtTheLastFrame)
-{
-    addLayer("Soft");
-    selectKeys({60});
-    layer(0).recordsettings.releaselength1 = 0.0;
-    auto run = startRun();
-    runToEnd(*run, clock);
-    const TGmsl_key& key = layer(0).keys[60];
-    const int32_t lastFrame = 2 * 44100 + 22050 - 1;
-    EXPECT_EQ(key.Release_In, lastFrame);
-    EXPECT_EQ(key.Release_Out, lastFrame);
-    // Without a release the Note Off falls on the end of the take: the note sounds to the end.
-    EXPECT_EQ(key.Note_Out, lastFrame);
-    EXPECT_NEAR(key.Note_In, 22050 + 441, 10);
-}
-
 TEST_F(RunFixture, TakeWithoutANoteKeepsTheWholeRecording)
 {
     addLayer("Soft");
@@ -303,23 +288,6 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedAgainUntilDropsPersist)
     EXPECT_EQ(layer(0).keys[62].hasAudio, 0);
     EXPECT_FALSE(std::filesystem::exists(keySampleFileName(project(), layer(0), 62)));
     EXPECT_EQ(source.history.back().bytes, (Bytes{0xB1, 123, 0}));
-}
-
-TEST_F(RunFixture, ProjectIsSavedAfterEveryTake)
-{
-    addLayer("Soft");
-    selectKeys({60, 72});
-    auto run = startRun();
-    // Until the second key's countdown: the first take is done, the second not begun.
-    while (run->keysDone() < 1)
-        runUntil(*run, clock, clock.now + 100);
-    run->stop();
-
-    const TGmsl& soft = savedLayer();
-    EXPECT_EQ(soft.keys[60].hasAudio, 1);
-    EXPECT_EQ(soft.keys[72].hasAudio, 0);
-    EXPECT_EQ(soft.keys[60].Note_In, layer(0).keys[60].Note_In);
-    EXPECT_GT(soft.keys[60].Note_In, 0);
 }
 
 TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)

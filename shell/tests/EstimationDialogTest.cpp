@@ -4,6 +4,7 @@
 #include "core/Model.h"
 #include "shell/MainWindow.h"
 #include "shell/ProjectFileFlow.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <QAbstractButton>
@@ -11,25 +12,16 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <filesystem>
 
 namespace tg::shell {
 namespace {
 
-// Runs the real tonegrabber-cli and returns what it printed on stdout.
+// What the real tonegrabber-cli printed on standard output.
 std::string cliOutput(const std::string& arguments)
 {
     std::string output;
-    FILE* pipe =
-        popen((std::string(TG_CLI_BINARY) + " " + arguments + " 2>/dev/null").c_str(), "r");
-    if (pipe == nullptr)
-        return output;
-    char buffer[4096];
-    size_t n;
-    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        output.append(buffer, n);
-    pclose(pipe);
+    test::runCliProcess(arguments + " 2>/dev/null", &output);
     return output;
 }
 

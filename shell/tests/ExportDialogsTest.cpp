@@ -12,6 +12,7 @@
 #include "shell/ActionTable.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "tests/support/SavedProject.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <QAction>
@@ -60,15 +61,6 @@ TEST(ExportSettingsDialogTest, ProphetXOffersOnly48kHz16BitAndStartsThere)
     ExportSettingsDialog wav(QStringLiteral("WAV-Files"), false, 0, nullptr);
     EXPECT_TRUE(choice(wav, "frequency", 0x01)->isEnabled());
     EXPECT_EQ(wav.findChild<QCheckBox*>("loopAll"), nullptr);
-}
-
-// Runs `words` through the real tonegrabber-cli; returns its exit status.
-int runCli(const std::vector<std::string>& words)
-{
-    std::string command = TG_CLI_BINARY;
-    for (const std::string& word : words)
-        command += " '" + word + "'";
-    return std::system((command + " >/dev/null 2>&1").c_str());
 }
 
 std::map<std::string, std::string> tree(const std::string& folder)
@@ -170,9 +162,13 @@ TEST_F(ExportFlowTest, MenuExportWritesWhatTheCliWrites)
         QStringLiteral("Exported \"Menu\" as WAV-Files to %1").arg(QString::fromStdString(guiOut)));
 
     // The same word: the defaults with 22.05 kHz, 8 Bit and levels adjusted.
-    ASSERT_EQ(runCli({"export", dir.file("Menu.TGprj"), "--format", "WAV-Files", "--dest", cliOut,
-                      "--naming", naming.toStdString(), "--settings", "0x20020204", "--quiet"}),
-              0);
+    std::string output;
+    ASSERT_EQ(test::runCliProcess("export '" + dir.file("Menu.TGprj") +
+                                      "' --format WAV-Files --dest '" + cliOut + "' --naming '" +
+                                      naming.toStdString() + "' --settings 0x20020204 --quiet",
+                                  &output),
+              0)
+        << output;
     const auto gui = tree(guiOut);
     EXPECT_EQ(gui.size(), 4u);
     EXPECT_TRUE(gui.count("Hard-064-E4.wav"));

@@ -13,6 +13,7 @@
 #include "shell/dialogs/RecordDialog.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "shell/wizard/RecordingSetupActions.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <QAbstractButton>
@@ -25,7 +26,6 @@
 #include <QSpinBox>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 
@@ -176,11 +176,13 @@ TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
     ASSERT_EQ(model.projectCount(), 1);
     EXPECT_EQ(model.currentProject()->mslCount, 2);
 
-    const std::string command = std::string(TG_CLI_BINARY) + " new '" + cliFile +
-                                "' --data-path '" + dir.file("data") +
-                                "' --plugin --layers 2 --keys 61 --step 3 --autoloop complex "
-                                "--loop-start 70 >/dev/null";
-    ASSERT_EQ(std::system(command.c_str()), 0);
+    std::string output;
+    ASSERT_EQ(test::runCliProcess("new '" + cliFile + "' --data-path '" + dir.file("data") +
+                                      "' --plugin --layers 2 --keys 61 --step 3 --autoloop complex "
+                                      "--loop-start 70",
+                                  &output),
+              0)
+        << output;
     const std::string gui = test::readFileBytes(guiFile);
     ASSERT_FALSE(gui.empty());
     EXPECT_TRUE(gui == test::readFileBytes(cliFile));
@@ -229,19 +231,12 @@ TEST(ProjectWizardFlow, RecordDialogBouncesEveryKeyOfTheNewProjectOfflineThenItI
         loadProjects(saved, dir.path(), {"Bounced.TGprj"}, ProjectLoadOptions{}, outcome, failure),
         1)
         << failure;
+    // Every take is in the saved file (the takes' markers are the run's, tested with it).
     const Project& p = saved.project(0);
     ASSERT_EQ(p.mslCount, 2);
     for (int m = 0; m < 2; ++m)
-        for (int note : {48, 60, 72, 84}) {
-            SCOPED_TRACE(std::to_string(m) + " key " + std::to_string(note));
-            const TGmsl_key& key = p.msl[m].keys[note];
-            EXPECT_EQ(key.hasAudio, 1);
-            EXPECT_GT(key.Note_In, 0);
-            EXPECT_GT(key.Note_Out, key.Note_In);
-            EXPECT_EQ(key.loopMode, 1);
-            EXPECT_GT(key.Loop_Out, key.Loop_In);
-            EXPECT_TRUE(std::filesystem::exists(keySampleFileName(p, p.msl[m], note)));
-        }
+        for (int note : {48, 60, 72, 84})
+            EXPECT_EQ(p.msl[m].keys[note].hasAudio, 1) << m << " key " << note;
 }
 
 TEST(ProjectWizardFlow, SemiAutomaticModeReachesTheRecordDialogAndARejectedRunIsNotSaved)

@@ -1,7 +1,6 @@
 // The record dialog opened from the Recording menu, bouncing a Project from the General MIDI
-// SoundFont: the automatic run records every key with markers and loops, and the
-// semi-automatic run offers each take for checking, records a discarded key again and keeps
-// the names given.
+// SoundFont: the automatic run records every key and logs each step, and the semi-automatic
+// run offers each take for checking, records a discarded key again and keeps the names given.
 #include "shell/dialogs/RecordDialog.h"
 
 #include "core/IniKeys.h"
@@ -27,8 +26,6 @@
 #include <QPushButton>
 #include <QTest>
 #include <gtest/gtest.h>
-
-#include <filesystem>
 
 namespace tg::shell {
 namespace {
@@ -65,7 +62,7 @@ RecordDialog* openFromMenu(MainWindow& window, const char* action)
     return window.findChild<RecordDialog*>();
 }
 
-TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyWithMarkersAndLoops)
+TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyAndLogsItsSteps)
 {
     test::TempDir dir;
     Model model;
@@ -114,15 +111,9 @@ TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyWithMarkersAndLoops)
     // "Close Dialog after Recording" was read as off.
     EXPECT_TRUE(dialog->isVisible());
 
-    for (int note : kKeys) {
-        const TGmsl_key& key = msl.keys[note];
-        EXPECT_EQ(key.hasAudio, 1) << note;
-        EXPECT_TRUE(std::filesystem::exists(keySampleFileName(project, msl, note))) << note;
-        EXPECT_GT(key.Note_In, 20000) << note; // after the half-second lead-in
-        EXPECT_GT(key.Note_Out, key.Note_In) << note;
-        EXPECT_GT(key.Loop_Out, key.Loop_In) << note;
-        EXPECT_GE(key.Loop_In, key.Note_In) << note;
-    }
+    // The takes' markers and loops are checked by RecordOnTheSynth (tests/e2e).
+    for (int note : kKeys)
+        EXPECT_EQ(msl.keys[note].hasAudio, 1) << note;
 }
 
 TEST(RecordDialog, ClosingDuringARunKeepsEveryFinishedTake)
@@ -263,22 +254,10 @@ TEST(RecordDialog, SemiAutomaticTakesAreCheckedAndADiscardedKeyIsRecordedAgain)
     EXPECT_EQ(dialog->windowTitle(),
               "Record selected Project (Semi Automatic Mode) - 3 keys (3 done)");
 
-    // The Project file on disk, read back, has every key recorded under its given name.
-    Model reread;
-    ProjectLoadOutcome outcome;
-    std::string msg;
-    const Project& project = *model.currentProject();
-    ASSERT_EQ(loadProjects(reread, project.projectDir, {project.fileName}, {}, outcome, msg), 1)
-        << msg;
-    Project& loaded = *reread.currentProject();
-    markKeysWithAudio(loaded);
+    // The names reached the keys; the saved file is read back by RecordDialogOnTheSynth.
     const char* names[] = {"Low", "Middle", "High"};
-    for (int i = 0; i < 3; ++i) {
-        const TGmsl_key& key = loaded.msl[0].keys[kKeys[i]];
-        EXPECT_STREQ(key.name, names[i]);
-        EXPECT_EQ(key.hasAudio, 1) << kKeys[i];
-        EXPECT_GT(key.Note_Out, key.Note_In) << kKeys[i];
-    }
+    for (int i = 0; i < 3; ++i)
+        EXPECT_STREQ(model.currentProject()->msl[0].keys[kKeys[i]].name, names[i]);
 }
 
 } // namespace

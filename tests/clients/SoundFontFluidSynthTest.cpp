@@ -5,6 +5,7 @@
 #include "export/ExportAudioServices.h"
 #include "export/ExportSoundFont2.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <fluidsynth.h>
 #include <gtest/gtest.h>
@@ -20,15 +21,10 @@ constexpr int kLoopStart = 22050; // the last second is the loop
 constexpr int kLoopEnd = kFrames - 1;
 constexpr double kPi = 3.14159265358979323846;
 
-double keyFrequency(int note)
-{
-    return 440.0 * std::pow(2.0, (note - 69) / 12.0);
-}
-
 // A whole number of cycles per second, so the one-second loop joins without a click.
 double loopableFrequency(int note)
 {
-    return std::round(keyFrequency(note));
+    return std::round(tg::test::noteHz(note));
 }
 
 void put16(std::vector<uint8_t>& out, double value)
@@ -59,7 +55,7 @@ void writeTone(const tg::Project& p, int note, double amplitude, double rightAmp
 
 // Stereo output of FluidSynth for one held note.
 struct Rendering {
-    std::vector<float> left, right;
+    std::vector<double> left, right;
 };
 
 class FluidPlayer {
@@ -83,17 +79,17 @@ class FluidPlayer {
 
     Rendering play(int key, double seconds)
     {
-        Rendering r;
         const int frames = int(seconds * kRate);
-        r.left.resize(frames);
-        r.right.resize(frames);
+        std::vector<float> left(frames), right(frames);
         fluid_synth_program_select(synth_, 0, fontId_, 0, 0);
         fluid_synth_noteon(synth_, 0, key, 127);
-        fluid_synth_write_float(synth_, frames, r.left.data(), 0, 1, r.right.data(), 0, 1);
+        fluid_synth_write_float(synth_, frames, left.data(), 0, 1, right.data(), 0, 1);
         fluid_synth_noteoff(synth_, 0, key);
+        Rendering r{{left.begin(), left.end()}, {right.begin(), right.end()}};
         // Let the release finish so the next note starts from silence.
-        std::vector<float> l(kRate), rr(kRate);
-        fluid_synth_write_float(synth_, kRate, l.data(), 0, 1, rr.data(), 0, 1);
+        left.resize(kRate);
+        right.resize(kRate);
+        fluid_synth_write_float(synth_, kRate, left.data(), 0, 1, right.data(), 0, 1);
         return r;
     }
 
@@ -103,36 +99,19 @@ class FluidPlayer {
     int fontId_ = FLUID_FAILED;
 };
 
-double rms(const std::vector<float>& x, double from, double to)
+// Level and pitch of a window given in seconds.
+double rms(const std::vector<double>& x, double from, double to)
 {
-    const size_t a = size_t(from * kRate), b = std::min(x.size(), size_t(to * kRate));
-    double sum = 0;
-    for (size_t i = a; i < b; ++i)
-        sum += double(x[i]) * x[i];
-    return b > a ? std::sqrt(sum / double(b - a)) : 0.0;
+    return tg::test::rmsBetween(x, int64_t(from * kRate), int64_t(to * kRate));
 }
 
-// Frequency from rising zero crossings, interpolated between samples.
-double frequency(const std::vector<float>& x, double from, double to)
+double frequency(const std::vector<double>& x, double from, double to)
 {
-    const size_t a = size_t(from * kRate), b = std::min(x.size(), size_t(to * kRate));
-    double first = -1, last = -1;
-    int crossings = 0;
-    for (size_t i = a + 1; i < b; ++i) {
-        if (x[i - 1] < 0 && x[i] >= 0) {
-            const double at = double(i - 1) + x[i - 1] / (x[i - 1] - x[i]);
-            if (first < 0)
-                first = at;
-            else
-                ++crossings;
-            last = at;
-        }
-    }
-    return crossings > 0 ? crossings * kRate / (last - first) : 0.0;
+    return tg::test::crossingPitchHz(x, int64_t(from * kRate), int64_t(to * kRate), kRate);
 }
 
 // Power of one frequency in a window (Goertzel), normalised to the window length.
-double toneLevel(const std::vector<float>& x, double f, double from, double to)
+double toneLevel(const std::vector<double>& x, double f, double from, double to)
 {
     const size_t a = size_t(from * kRate), b = std::min(x.size(), size_t(to * kRate));
     const double w = 2 * kPi * f / kRate, c = 2 * std::cos(w);
@@ -200,7 +179,8 @@ TEST_F(SoundFontInFluidSynth, EachKeySampleSoundsAtItsOwnPitch)
     ASSERT_TRUE(player.loaded());
     for (int key : {36, 48, 60, 66}) {
         const Rendering r = player.play(key, 1.0);
-        EXPECT_NEAR(frequency(r.left, 0.3, 0.9), keyFrequency(key), keyFrequency(key) * 0.01)
+        EXPECT_NEAR(frequency(r.left, 0.3, 0.9), tg::test::noteHz(key),
+                    tg::test::noteHz(key) * 0.01)
             << "key " << key;
     }
 }
@@ -212,7 +192,7 @@ TEST_F(SoundFontInFluidSynth, ConvertedRateIsTheSampleRateOfTheBank)
     FluidPlayer player(exportBank("rate", 0x10));
     ASSERT_TRUE(player.loaded());
     const Rendering r = player.play(60, 1.0);
-    EXPECT_NEAR(frequency(r.left, 0.3, 0.9), keyFrequency(60), keyFrequency(60) * 0.01);
+    EXPECT_NEAR(frequency(r.left, 0.3, 0.9), tg::test::noteHz(60), tg::test::noteHz(60) * 0.01);
 }
 
 TEST_F(SoundFontInFluidSynth, HeldNoteKeepsSoundingThroughTheLoop)
@@ -224,7 +204,7 @@ TEST_F(SoundFontInFluidSynth, HeldNoteKeepsSoundingThroughTheLoop)
     const double late = rms(r.left, 3.0, 3.5);
     ASSERT_GT(early, 0.01);
     EXPECT_NEAR(late / early, 1.0, 0.05);
-    EXPECT_NEAR(frequency(r.left, 3.0, 3.5), keyFrequency(60), keyFrequency(60) * 0.01);
+    EXPECT_NEAR(frequency(r.left, 3.0, 3.5), tg::test::noteHz(60), tg::test::noteHz(60) * 0.01);
 }
 
 TEST_F(SoundFontInFluidSynth, WithoutLoopTheNoteEndsWithItsSample)
@@ -245,8 +225,8 @@ TEST_F(SoundFontInFluidSynth, KeyBetweenKeySamplesPlaysTheNearerOneTransposed)
     // 53 lies nearer 48 (amplitude 0.5), 57 nearer 60 (amplitude 0.25).
     const Rendering low = player.play(53, 1.0);
     const Rendering high = player.play(57, 1.0);
-    EXPECT_NEAR(frequency(low.left, 0.3, 0.9), keyFrequency(53), keyFrequency(53) * 0.01);
-    EXPECT_NEAR(frequency(high.left, 0.3, 0.9), keyFrequency(57), keyFrequency(57) * 0.01);
+    EXPECT_NEAR(frequency(low.left, 0.3, 0.9), tg::test::noteHz(53), tg::test::noteHz(53) * 0.01);
+    EXPECT_NEAR(frequency(high.left, 0.3, 0.9), tg::test::noteHz(57), tg::test::noteHz(57) * 0.01);
     EXPECT_NEAR(rms(low.left, 0.3, 0.9) / rms(high.left, 0.3, 0.9), 2.0, 0.1);
 }
 

@@ -3,9 +3,9 @@
 // FluidSynth, the Bitwig archive passes `unzip -t`, and the SFZ finds its samples.
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
-#include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,6 @@
 #include <regex>
 #include <sstream>
 #include <string>
-
 
 namespace tg::test {
 namespace {

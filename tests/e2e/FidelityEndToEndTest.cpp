@@ -6,8 +6,8 @@
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
 #include "tests/e2e/SampledSoundFont.h"
-#include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
 
@@ -112,11 +112,6 @@ std::vector<double> render(HostedInstrument& instrument, int note)
     return firstChannel(take, 1, int64_t(take.size() / 2));
 }
 
-double noteHz(int note)
-{
-    return 440.0 * std::pow(2.0, (note - 69) / 12.0);
-}
-
 class Fidelity : public ::testing::TestWithParam<int> {};
 
 // Preset 19 (church organ) sustains; preset 0 (grand piano) dies away and is stretched.
@@ -139,7 +134,7 @@ TEST_P(Fidelity, SampledSoundFontPresetPlaysBackLikeTheOriginal)
     const int64_t from = 22050 + 4410; // past the attack
     const int64_t to = 22050 + 4410 + 32768;
     auto pitchOf = [&](const std::vector<double>& samples, int note) {
-        return pitchHz(samples, from, from + 8192, kRate, noteHz(note) / 1.4, noteHz(note) * 1.4);
+        return pitchNearNote(samples, from, from + 8192, kRate, note);
     };
     // Sampled keys must sound as the original did. A key between them plays a neighbour's
     // sample transposed in equal temperament, so its pitch must be that neighbour's original

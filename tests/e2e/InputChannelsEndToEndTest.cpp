@@ -6,9 +6,9 @@
 #include "devices/DeviceTables.h"
 #include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
-#include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <QCoreApplication>
 
@@ -128,9 +128,7 @@ TEST_F(FourChannelInterface, CliRecordsTheChannelsItIsGiven)
     std::filesystem::create_directories(data);
     const std::string project = dir.file("Tones.TGprj");
     auto cli = [&](const std::string& arguments, std::string* output = nullptr) {
-        return runCommand("TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH + "' " +
-                              arguments + " 2>&1",
-                          output);
+        return runCliProcess(arguments, output, dir.file("home"));
     };
     std::string output;
     ASSERT_EQ(cli("devices", &output), 0) << output;

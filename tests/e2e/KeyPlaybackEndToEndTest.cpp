@@ -17,8 +17,8 @@
 #include "shell/panels/KeyboardWidget.h"
 #include "tests/e2e/SampledKey.h"
 #include "tests/e2e/SoundChainClient.h"
-#include "tests/e2e/ToneAnalysis.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <QApplication>
 #include <QCheckBox>

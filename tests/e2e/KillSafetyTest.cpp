@@ -5,6 +5,7 @@
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -21,9 +22,7 @@
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace tg::test {
 namespace {
@@ -45,19 +44,7 @@ Outcome runProgram(const std::vector<std::string>& arguments, const std::string&
 {
     Outcome outcome;
     const auto begin = Clock::now();
-    const pid_t child = fork();
-    if (child == 0) {
-        const int err = ::open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        const int nothing = ::open("/dev/null", O_WRONLY);
-        dup2(err, STDERR_FILENO);
-        dup2(nothing, STDOUT_FILENO);
-        std::vector<char*> argv{const_cast<char*>(TG_CLI_PATH)};
-        for (const std::string& word : arguments)
-            argv.push_back(const_cast<char*>(word.c_str()));
-        argv.push_back(nullptr);
-        execv(TG_CLI_PATH, argv.data());
-        _exit(127);
-    }
+    const pid_t child = startCliProcess(arguments, "/dev/null", errFile);
     int status = 0;
     const auto deadline = begin + killAfter;
     while (waitpid(child, &status, WNOHANG) == 0) {

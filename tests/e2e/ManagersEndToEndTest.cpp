@@ -7,7 +7,7 @@
 #include "devices/MidiManager.h"
 #include "devices/MidiPorts.h"
 #include "tests/e2e/SoundChainClient.h"
-#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <QCoreApplication>
 

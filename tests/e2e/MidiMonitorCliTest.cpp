@@ -2,22 +2,15 @@
 // own port come out decoded, and SIGTERM ends it with everything printed.
 #include "devices/MidiPorts.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
-#include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-extern char** environ;
 
 namespace tg::test {
 namespace {
@@ -37,18 +30,8 @@ TEST(SoundChainMidiMonitor, CliPrintsTheDecodedMessagesSentToItsPortUntilTermina
 {
     TempDir dir;
     const std::string outputFile = dir.file("monitor.txt");
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    std::vector<std::string> args = {TG_CLI_PATH, "midi-monitor", "--quiet"};
-    std::vector<char*> argv;
-    for (std::string& arg : args)
-        argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    pid_t pid = 0;
-    ASSERT_EQ(posix_spawn(&pid, TG_CLI_PATH, &actions, nullptr, argv.data(), environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
+    const pid_t pid = startCliProcess({"midi-monitor", "--quiet"}, outputFile);
+    ASSERT_GT(pid, 0);
 
     std::string msg;
     ASSERT_TRUE(midi::createMidiOut(msg)) << msg;
@@ -66,19 +49,14 @@ TEST(SoundChainMidiMonitor, CliPrintsTheDecodedMessagesSentToItsPortUntilTermina
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
     }
     kill(pid, SIGTERM);
-    int status = 0;
-    waitpid(pid, &status, 0);
+    const int status = waitCliProcess(pid);
     midi::destroyMidi();
     ASSERT_GE(port, 0) << "the monitor's port did not appear";
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-
-    std::ifstream file(outputFile);
-    std::stringstream printed;
-    printed << file.rdbuf();
-    EXPECT_EQ(printed.str(), "0x90\t60\t100\tnote 60 on, vel=100 channel=1\n"
-                             "0xB1\t33\t5\tControl 33: LSB(for Ctrl1)=5 channel=2\n"
-                             "0xC2\t7\t0\tprogram change: ID=7 channel=3\n"
-                             "0x80\t60\t0\tnote 60 off, vel=0 channel=1\n");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(readFileBytes(outputFile), "0x90\t60\t100\tnote 60 on, vel=100 channel=1\n"
+                                         "0xB1\t33\t5\tControl 33: LSB(for Ctrl1)=5 channel=2\n"
+                                         "0xC2\t7\t0\tprogram change: ID=7 channel=3\n"
+                                         "0x80\t60\t0\tnote 60 off, vel=0 channel=1\n");
 }
 
 } // namespace

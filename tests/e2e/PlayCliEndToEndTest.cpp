@@ -3,6 +3,7 @@
 // loop over and over while the key was held, then the release, sample for sample.
 #include "tests/e2e/SampledKey.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -28,11 +29,10 @@ TEST(PlayCli, HeldKeyPlaysNoteOnceLoopUntilLetGoThenRelease)
     ASSERT_TRUE(capture.ok());
     ASSERT_EQ(capture.sampleRate(), int(sampled.format.nSamplesPerSec));
     expectKeyHeardRight(capture, sampled, kHoldSeconds, LetGo::Release, [&] {
-        ASSERT_EQ(runCli(home,
-                         "play '" + sampled.project + "' --key " +
-                             std::to_string(SampledKey::kNote) + " --hold " +
-                             std::to_string(kHoldSeconds),
-                         output),
+        ASSERT_EQ(runCliProcess("play '" + sampled.project + "' --key " +
+                                    std::to_string(SampledKey::kNote) + " --hold " +
+                                    std::to_string(kHoldSeconds),
+                                &output, home),
                   0)
             << output;
     });

@@ -1,8 +1,8 @@
 // A preset through the real command line: a project recorded offline from the General MIDI
 // SoundFont, saved as a preset, applied to a new project and recorded again, gives the same
 // Multi-Samples as the original.
-#include "tests/support/TempDir.h"
 #include "tests/support/ShellCommand.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -18,10 +18,7 @@ class PresetRecordCli : public ::testing::Test {
   protected:
     int cli(const std::string& arguments, std::string& output)
     {
-        output.clear();
-        return runCommand("TONEGRABBER_HOME='" + dir.file("home") + "' '" + TG_CLI_PATH + "' " +
-                              arguments,
-                          &output);
+        return runCliProcess(arguments, &output, dir.file("home"));
     }
 
     nlohmann::json multiSamples(const std::string& project)

@@ -8,7 +8,8 @@
 #include "core/ProjectFile.h"
 #include "tests/e2e/LoopWraps.h"
 #include "tests/e2e/SoundChainClient.h"
-#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ShellCommand.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <QSettings>
 
@@ -19,8 +20,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-
-#include <sys/wait.h>
 
 namespace tg::test {
 
@@ -60,22 +59,6 @@ int64_t matchingFrames(const std::vector<double>& heard, int64_t at,
 
 } // namespace
 
-int runCli(const std::string& home, const std::string& arguments, std::string& output)
-{
-    output.clear();
-    const std::string command =
-        "TONEGRABBER_HOME='" + home + "' '" + TG_CLI_PATH + "' " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return -1;
-    char buffer[4096];
-    size_t got = 0;
-    while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        output.append(buffer, got);
-    const int status = pclose(pipe);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 bool makeSampledKey(const std::string& folder, const std::string& home, SampledKey& out,
                     std::string& failure)
 {
@@ -90,7 +73,7 @@ bool makeSampledKey(const std::string& folder, const std::string& home, SampledK
             "' --offline --quiet --instrument '/usr/share/sounds/sf2/FluidR3_GM.sf2?preset=19'",
         "auto '" + out.project + "' --note --loop"};
     for (const std::string& step : steps)
-        if (runCli(home, step, failure) != 0)
+        if (runCliProcess(step, &failure, home) != 0)
             return false;
 
     // The key's note ends where the recording let the key go, and its release is on.

@@ -21,9 +21,6 @@ struct SampledKey {
     RenderedNote rendered; // with the preferences' default click/pop fades
 };
 
-// Runs `cli` with TONEGRABBER_HOME=`home`; the exit status, output and errors in `output`.
-int runCli(const std::string& home, const std::string& arguments, std::string& output);
-
 // Makes the Project in `folder` (data beside it); false with `failure` said.
 bool makeSampledKey(const std::string& folder, const std::string& home, SampledKey& out,
                     std::string& failure);

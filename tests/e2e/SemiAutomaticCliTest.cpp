@@ -1,8 +1,8 @@
 // `record` of a Project made with `new --semi`, as a user types it at a terminal: the program
 // runs on a pseudo-terminal, bouncing from the General MIDI SoundFont, and the test answers
 // its questions; and the same run with standard input from a pipe.
-#include "tests/support/TempDir.h"
 #include "tests/support/ShellCommand.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -56,9 +56,7 @@ class SemiAutomaticCli : public ::testing::Test {
     // Runs the command with standard input from `input` (a shell redirection).
     int cli(const std::string& arguments, std::string& output, const char* input = "/dev/null")
     {
-        output.clear();
-        return runCommand("'" + std::string(TG_CLI_PATH) + "' " + arguments + " < " + input,
-                          &output);
+        return runCliProcess(arguments + " < " + input, &output);
     }
 
     // Starts `record` on a new pseudo-terminal.

@@ -5,7 +5,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/MidiPorts.h"
 #include "tests/e2e/AudioThreadChecks.h"
-#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
 #include <jack/jack.h>
@@ -142,6 +142,43 @@ bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg)
         }
     }
     return true;
+}
+
+double takeValue(int64_t frame)
+{
+    return frame < kTakeNoteFrames ? 1000.0 + double(frame % 100) * 50.0
+                                   : -2000.0 - double((frame - kTakeNoteFrames) % 50) * 40.0;
+}
+
+double heldTakeValue(int64_t frame)
+{
+    return frame < kTakeNoteFrames
+               ? takeValue(frame)
+               : takeValue(kTakeNoteFrames + (frame - kTakeNoteFrames) % kTakeLoopFrames);
+}
+
+std::vector<uint8_t> noteAndLoopTake(int32_t leadFrames, int16_t leadValue)
+{
+    std::vector<uint8_t> bytes;
+    for (int64_t frame = 0; frame < leadFrames + kTakeNoteFrames + kTakeLoopFrames; ++frame) {
+        const int16_t left =
+            frame < leadFrames ? leadValue : int16_t(takeValue(frame - leadFrames));
+        const int16_t right = int16_t(left / 2);
+        for (int16_t value : {left, right}) {
+            bytes.push_back(uint8_t(value & 0xFF));
+            bytes.push_back(uint8_t((value >> 8) & 0xFF));
+        }
+    }
+    return bytes;
+}
+
+int64_t matchingFrames(const std::vector<double>& heard, int64_t onset, double (*expected)(int64_t))
+{
+    int64_t frame = onset;
+    while (frame < int64_t(heard.size()) &&
+           std::fabs(heard[size_t(frame)] - expected(frame - onset)) <= kLoopbackTolerance)
+        ++frame;
+    return frame - onset;
 }
 
 std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction> actions)

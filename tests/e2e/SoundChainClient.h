@@ -65,6 +65,21 @@ class JackPatchbay {
 // exactly what the player plays. False with `msg` filled.
 bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg);
 
+// A take that tells note and loop apart in what the loopback hears: after `leadFrames` of
+// `leadValue`, a positive note part of kTakeNoteFrames, then a negative loop part of
+// kTakeLoopFrames; stereo 16-bit, the second channel half the first.
+constexpr int32_t kTakeNoteFrames = 13230; // 0.3 s
+constexpr int32_t kTakeLoopFrames = 4410;  // 0.1 s
+// JACK's float round trip (with PortAudio's dither) may move a 16-bit value by a step or two.
+constexpr double kLoopbackTolerance = 3.0;
+std::vector<uint8_t> noteAndLoopTake(int32_t leadFrames = 0, int16_t leadValue = 0);
+// The first channel of that take `frame` frames after the lead; held: the loop repeating.
+double takeValue(int64_t frame);
+double heldTakeValue(int64_t frame);
+// How many frames of `heard` from `onset` on match `expected` within the tolerance.
+int64_t matchingFrames(const std::vector<double>& heard, int64_t onset,
+                       double (*expected)(int64_t));
+
 // Records `seconds` of the open stereo 16-bit input while `actions` run (a gtest failure when
 // the take cannot be made); its first channel on the 16-bit scale.
 std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction> actions);

@@ -9,17 +9,16 @@
 #include "recording/ProjectSetup.h"
 #include "recording/RecordList.h"
 #include "shell/IniFile.h"
-#include "shell/QtPlatformLeaks.h"
 #include "shell/dialogs/RecordDialog.h"
 #include "shell/dialogs/TuningOscillatorBox.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "tests/e2e/LoopWraps.h"
 #include "tests/e2e/SampledKey.h"
 #include "tests/e2e/SoundChainClient.h"
-#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QPushButton>
 #include <QSpinBox>
@@ -41,9 +40,7 @@ class TuningOscillatorOnJack : public ::testing::Test {
   protected:
     void SetUp() override
     {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("TONEGRABBER_MIDI_API", "jack");
-        app_ = std::make_unique<QApplication>(argc_, argv_);
         std::string msg;
         ASSERT_EQ(audio::initialize(msg), 1) << msg;
         ASSERT_TRUE(openPlaybackLoopback(patchbay_, msg)) << msg;
@@ -83,10 +80,6 @@ class TuningOscillatorOnJack : public ::testing::Test {
         return captureFirstChannel(seconds, std::move(actions));
     }
 
-    int argc_ = 1;
-    char name_[8] = "tuning";
-    char* argv_[2] = {name_, nullptr};
-    std::unique_ptr<QApplication> app_;
     JackPatchbay patchbay_;
     TempDir dir_;
     Model model_;
@@ -193,7 +186,8 @@ TEST(ToneCli, PlaysTheChosenNoteForTheGivenTime)
     JackCapture capture("tg-e2e-tone-capture", 20.0);
     ASSERT_TRUE(capture.ok());
     std::string output;
-    ASSERT_EQ(runCli(home, "tone --note 57 --wave rect --volume -20 --seconds 1", output), 0)
+    ASSERT_EQ(runCliProcess("tone --note 57 --wave rect --volume -20 --seconds 1", &output, home),
+              0)
         << output;
     const std::vector<double> left = capture.channel(0);
     const int64_t onset = firstFrameAbove(left, 1000.0);

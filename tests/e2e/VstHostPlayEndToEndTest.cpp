@@ -3,20 +3,15 @@
 #include "core/IniKeys.h"
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
-#include "shell/QtPlatformLeaks.h"
 #include "shell/wizard/VstHostWidget.h"
 #include "tests/e2e/SoundChainClient.h"
-#include "tests/e2e/ToneAnalysis.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
-#include <QApplication>
 #include <QPushButton>
 #include <QSettings>
 #include <QTableWidget>
 #include <QTest>
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 namespace tg::test {
 namespace {
@@ -25,13 +20,6 @@ constexpr double kRate = 44100.0;
 
 TEST(VstHostOnJack, AHeldKeyPlaysTheChosenPresetOnTheOutput)
 {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    TempDir home;
-    setenv("TONEGRABBER_HOME", home.path().c_str(), 1);
-    int argc = 1;
-    char name[] = "tg_e2e_vsthost";
-    char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
     {
         QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
         ini.setValue(ini::kOutputAudioDeviceName, "system");

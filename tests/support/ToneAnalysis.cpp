@@ -1,5 +1,5 @@
 // Onset, level and autocorrelation pitch of recorded test audio.
-#include "tests/e2e/ToneAnalysis.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <algorithm>
 #include <cmath>
@@ -81,6 +81,33 @@ double pitchHz(const std::vector<double>& samples, int64_t from, int64_t to, dou
     const double denominator = left - 2.0 * best + right;
     const double shift = denominator != 0.0 ? 0.5 * (left - right) / denominator : 0.0;
     return rate / (double(bestLag) + shift);
+}
+
+double noteHz(int note)
+{
+    return 440.0 * std::pow(2.0, (note - 69) / 12.0);
+}
+
+double pitchNearNote(const std::vector<double>& samples, int64_t from, int64_t to, double rate,
+                     int note)
+{
+    return pitchHz(samples, from, to, rate, noteHz(note) / 1.4, noteHz(note) * 1.4);
+}
+
+double crossingPitchHz(const std::vector<double>& samples, int64_t from, int64_t to, double rate)
+{
+    to = std::min<int64_t>(to, int64_t(samples.size()));
+    double first = -1.0;
+    double last = -1.0;
+    int crossings = 0;
+    for (int64_t i = std::max<int64_t>(from, 0) + 1; i < to; ++i) {
+        const double a = samples[size_t(i - 1)], b = samples[size_t(i)];
+        if (a < 0.0 && b >= 0.0) {
+            last = double(i - 1) + a / (a - b);
+            first = crossings++ == 0 ? last : first;
+        }
+    }
+    return crossings > 1 ? (crossings - 1) * rate / (last - first) : 0.0;
 }
 
 } // namespace tg::test

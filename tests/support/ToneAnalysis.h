@@ -23,4 +23,13 @@ double rmsBetween(const std::vector<double>& samples, int64_t from, int64_t to);
 double pitchHz(const std::vector<double>& samples, int64_t from, int64_t to, double rate,
                double lowHz, double highHz);
 
+// Equal-tempered frequency of a MIDI note, A4 (69) = 440 Hz.
+double noteHz(int note);
+// pitchHz searched within a fifth below and above `note`, so that an octave error cannot pass.
+double pitchNearNote(const std::vector<double>& samples, int64_t from, int64_t to, double rate,
+                     int note);
+// Frequency of a steady tone in [from, to) from its first to its last rising zero crossing,
+// each placed between its two frames by linear interpolation.
+double crossingPitchHz(const std::vector<double>& samples, int64_t from, int64_t to, double rate);
+
 } // namespace tg::test

@@ -7,12 +7,15 @@
 #include "core/ProjectFile.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+
+using testing::HasSubstr;
 
 namespace {
 
@@ -26,8 +29,10 @@ bool endsWith(const std::string& text, const std::string& end)
            text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
+// Each test starts in an empty user data folder of its own, whatever ran before it.
 class Startup : public ::testing::Test {
   protected:
+    tg::test::TempDir home;
     tg::Model model;
     tg::CoreFolders folders;
     tg::StartupHooks hooks;
@@ -36,6 +41,7 @@ class Startup : public ::testing::Test {
 
     void SetUp() override
     {
+        setenv("TONEGRABBER_HOME", home.path().c_str(), 1);
         folders = tg::determineCoreFolders();
         hooks.progress = [this](const std::string& step) { steps.push_back(step); };
     }
@@ -84,10 +90,10 @@ TEST_F(Startup, WithoutDeviceLayersTheLogSaysSoAndCountsNothing)
     ASSERT_TRUE(tg::initializeCore(model, folders, hooks, message));
     const std::string text = log();
     EXPECT_EQ(text.rfind(kLogHead, 0), 0u);
-    EXPECT_NE(text.find("\r\n\t-found 0 MIDI In Device(s)\r\n\t-found 0 MIDI Out Device(s)"),
-              std::string::npos);
-    EXPECT_NE(text.find("without a MIDI device layer"), std::string::npos);
-    EXPECT_NE(text.find("without an audio device layer"), std::string::npos);
+    EXPECT_THAT(text,
+                HasSubstr("\r\n\t-found 0 MIDI In Device(s)\r\n\t-found 0 MIDI Out Device(s)"));
+    EXPECT_THAT(text, HasSubstr("without a MIDI device layer"));
+    EXPECT_THAT(text, HasSubstr("without an audio device layer"));
     EXPECT_TRUE(endsWith(text, kLogEnd));
 }
 
@@ -105,8 +111,8 @@ TEST_F(Startup, MidiFailureIsLoggedAndStartGoesOnButAudioFailureEndsIt)
     EXPECT_FALSE(tg::initializeCore(model, folders, hooks, message));
     EXPECT_EQ(message, "unable to allocate memory for the Audio input devices");
     const std::string text = log();
-    EXPECT_NE(text.find("\r\n\r\nERROR: unable to allocate memory for the MIDI input devices"),
-              std::string::npos);
+    EXPECT_THAT(text,
+                HasSubstr("\r\n\r\nERROR: unable to allocate memory for the MIDI input devices"));
     EXPECT_TRUE(endsWith(text, "-initializing Audio Stuff (step 1):\r\n\r\nERROR: unable to "
                                "allocate memory for the Audio input devices"));
     EXPECT_STREQ(model.preferences().instrumentName, "untouched"); // preferences not loaded

@@ -1,7 +1,9 @@
 // Runs tonegrabber-cli commands in the test process, as a fresh process would run them.
 #pragma once
 
+#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tg::test {
@@ -15,5 +17,21 @@ struct CommandRun {
 // Empties the model, registers every command on a new CliApp and runs `words` (the arguments
 // after the program name), capturing both output streams.
 CommandRun runCli(std::vector<std::string> words);
+
+// How a command ended: its status and what it printed on stderr, compared as one.
+struct Exit {
+    int status;
+    std::string err;
+    bool operator==(const Exit& other) const { return status == other.status && err == other.err; }
+};
+inline void PrintTo(const Exit& e, std::ostream* os)
+{
+    *os << "status " << e.status << ", stderr \"" << e.err << '"';
+}
+inline Exit exitOf(std::vector<std::string> words)
+{
+    const CommandRun r = runCli(std::move(words));
+    return {r.status, r.err};
+}
 
 } // namespace tg::test

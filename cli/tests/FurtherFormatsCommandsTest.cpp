@@ -6,6 +6,7 @@
 #include "export/UnavailableFormats.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -33,8 +34,7 @@ TEST(FurtherFormatsCommand, MenuTextsAndShortKeysExportOrSayWhyNot)
     const test::CommandRun nnxt =
         runCli({"export", project, "--format", "nnxt", "--dest", dir.file("Patch")});
     EXPECT_EQ(nnxt.status, cli::kExitFailed);
-    EXPECT_NE(nnxt.err.find(exportUnavailableReason(ExportFormat::NNXT)), std::string::npos)
-        << nnxt.err;
+    EXPECT_THAT(nnxt.err, testing::HasSubstr(exportUnavailableReason(ExportFormat::NNXT)));
 }
 
 } // namespace

@@ -3,10 +3,13 @@
 #include "cli/tests/CommandRunner.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
+
+using testing::HasSubstr;
 
 namespace {
 
@@ -22,14 +25,12 @@ TEST(PlayCommand, RefusesWithoutAnOutputOrWithAKeyOffTheKeyboard)
 
     const CommandRun silent = run({"play", project, "--key", "60"});
     EXPECT_EQ(silent.status, 1);
-    EXPECT_NE(silent.err.find("No audio output is chosen in the preferences "
-                              "(Output/AudioDeviceName)."),
-              std::string::npos)
-        << silent.err;
+    EXPECT_THAT(silent.err, HasSubstr("No audio output is chosen in the preferences "
+                                      "(Output/AudioDeviceName)."));
 
     const CommandRun offKeyboard = run({"play", project, "--key", "128"});
     EXPECT_EQ(offKeyboard.status, 2);
-    EXPECT_NE(offKeyboard.err.find("--key"), std::string::npos) << offKeyboard.err;
+    EXPECT_THAT(offKeyboard.err, HasSubstr("--key"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // nothing with --quiet.
 #include "cli/Progress.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using tg::cli::ProgressPrinter;
@@ -36,9 +37,8 @@ TEST(Progress, TerminalRedrawsOneBarLineAndEndsIt)
 {
     const std::string out = printed(false, true);
     EXPECT_EQ(out.find('\n'), out.size() - 1) << out;
-    EXPECT_NE(out.find("\r[###############               ] 50 % Normalizing...\x1b[K"),
-              std::string::npos)
-        << out;
+    EXPECT_THAT(out,
+                testing::HasSubstr("\r[###############               ] 50 % Normalizing...\x1b[K"));
 }
 
 TEST(Progress, QuietPrintsNothing)

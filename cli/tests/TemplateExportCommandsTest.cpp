@@ -9,6 +9,7 @@
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -16,6 +17,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+
+using testing::HasSubstr;
 
 using namespace tg;
 namespace fs = std::filesystem;
@@ -76,7 +79,7 @@ TEST(TemplateExportCommand, OptionsReachTheExportersAndTheFilesLandWhereNamed)
     ASSERT_EQ(test::runCommand("unzip -p '" + archive + "' multisample.xml", &xml), 0) << xml;
     for (const char* tag :
          {"<category>Keys</category>", "<creator>Tester</creator>", "<keyword>soft</keyword>"})
-        EXPECT_NE(xml.find(tag), std::string::npos) << tag;
+        EXPECT_THAT(xml, HasSubstr(tag)) << tag;
 
     const std::string korg = saved.dir.file("korg");
     r = run({"export", saved.path, "--format", "Korg Kronos (*.KMP)", "--dest", korg, "--quiet"});
@@ -104,7 +107,7 @@ TEST(TemplateExportCommand, OptionsReachTheExportersAndTheFilesLandWhereNamed)
     EXPECT_TRUE(fs::exists(usb + "/px/User 1/Keys/03. Grand.zip"));
     r = run({"export", saved.path, "--format", "prophetx", "--dest", usb, "--quiet"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
-    EXPECT_NE(r.err.find("--bank"), std::string::npos) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("--bank"));
 
     // Exporting never changes the Project file.
     EXPECT_EQ(test::readFileBytes(saved.path), projectBefore);
@@ -117,8 +120,7 @@ TEST(TemplateExportCommand, PreExportChecksRefuseBeforeAnythingIsWritten)
     const std::string card = mixed.dir.file("card");
     CommandRun r = run({"export", mixed.path, "--format", "deluge", "--dest", card, "--quiet"});
     EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.err.find("The Deluge format only supports one or the other"), std::string::npos)
-        << r.err;
+    EXPECT_THAT(r.err, HasSubstr("The Deluge format only supports one or the other"));
     EXPECT_FALSE(fs::exists(card));
     r = run({"export", mixed.path, "--format", "deluge", "--dest", card, "--loop-all", "--quiet"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
@@ -139,7 +141,7 @@ TEST(TemplateExportCommand, PreExportChecksRefuseBeforeAnythingIsWritten)
     r = run({"export", path, "--format", "Sequential Prophet-X (*.zip)", "--dest", usb, "--bank",
              "B", "--category", "C", "--quiet"});
     EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.err.find("Velocity-overlapping is not supported."), std::string::npos) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("Velocity-overlapping is not supported."));
     EXPECT_FALSE(fs::exists(usb));
 }
 
@@ -184,7 +186,7 @@ TEST(TemplateExportCommand, InterruptAbortsTheExportAndLeavesTheProjectAsItWas)
     ASSERT_TRUE(interrupted) << err;
     ASSERT_TRUE(WIFEXITED(status)) << err;
     EXPECT_EQ(WEXITSTATUS(status), cli::kExitFailed) << err;
-    EXPECT_NE(err.find("Export aborted."), std::string::npos) << err;
+    EXPECT_THAT(err, HasSubstr("Export aborted."));
     EXPECT_FALSE(fs::exists(archive));
     EXPECT_EQ(test::readFileBytes(saved.path), projectBefore);
 }

@@ -1,7 +1,6 @@
 // The command frame: dispatch, exit statuses, and no abort whatever a command runs into.
 #include "cli/CliApp.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <new>
@@ -67,7 +66,7 @@ TEST(CliApp, ACommandThatThrowsEndsWithItsMessageAndStatusOne)
 
     testing::internal::CaptureStdout();
     EXPECT_EQ(runWith(app, {"probe", "--json"}), tg::cli::kExitFailed);
-    EXPECT_THAT(
-        testing::internal::GetCapturedStdout(),
-        testing::HasSubstr("\"error\": \"probe: filesystem error: cannot make absolute path\""));
+    EXPECT_NE(testing::internal::GetCapturedStdout().find(
+                  "\"error\": \"probe: filesystem error: cannot make absolute path\""),
+              std::string::npos);
 }

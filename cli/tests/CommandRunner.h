@@ -3,7 +3,6 @@
 
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tg::test {
@@ -24,14 +23,7 @@ struct Exit {
     std::string err;
     bool operator==(const Exit& other) const { return status == other.status && err == other.err; }
 };
-inline void PrintTo(const Exit& e, std::ostream* os)
-{
-    *os << "status " << e.status << ", stderr \"" << e.err << '"';
-}
-inline Exit exitOf(std::vector<std::string> words)
-{
-    const CommandRun r = runCli(std::move(words));
-    return {r.status, r.err};
-}
+std::ostream& operator<<(std::ostream& os, const Exit& e);
+Exit exitOf(std::vector<std::string> words);
 
 } // namespace tg::test

@@ -13,7 +13,6 @@
 #include "tests/support/Pcm16.h"
 #include "tests/support/TempDir.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -143,7 +142,7 @@ TEST_F(TemplateFormatsInPipeline, QuantumGetsLevelGainsAndLoopOnlyAndTheProjectI
     EXPECT_GT(test::pcm16Peak(hard), 15000);
 
     const std::string map = test::readFileBytes(dir.file("card/samples/Pianos/Grand.map"));
-    EXPECT_THAT(map, testing::HasSubstr("samples/Pianos/K-01-064.wav"));
+    EXPECT_NE(map.find("samples/Pianos/K-01-064.wav"), std::string::npos) << map;
     expectMarkersAsBefore();
 }
 

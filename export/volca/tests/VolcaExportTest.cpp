@@ -7,13 +7,10 @@
 #include "export/tests/SyntheticProject.h"
 #include "tests/support/Pcm16.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <map>
-
-using testing::HasSubstr;
 
 namespace tg {
 namespace {
@@ -179,8 +176,8 @@ TEST(VolcaSampleExport, EverySlotDecodesBackFromTheStream)
     }
 
     const std::string map = test::readFileBytes(recorded.out + "/Strings.txt");
-    EXPECT_THAT(map, HasSubstr("\n3\tSoft\t60\tC4\t"));
-    EXPECT_THAT(map, HasSubstr("\n6\tLoud\t67\tG4\t"));
+    EXPECT_NE(map.find("\n3\tSoft\t60\tC4\t"), std::string::npos) << map;
+    EXPECT_NE(map.find("\n6\tLoud\t67\tG4\t"), std::string::npos) << map;
 }
 
 TEST(VolcaSampleExport, RefusesStereoAndFullSlots)

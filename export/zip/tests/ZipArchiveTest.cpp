@@ -5,30 +5,22 @@
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
-using testing::HasSubstr;
-
 namespace tg {
 namespace {
 
-// A temporary folder and a message slot for each test.
-class ZipArchive : public testing::Test {
-  protected:
-    test::TempDir dir;
-    std::string message;
-};
-
-TEST_F(ZipArchive, EntriesFromMemoryAndDiskPassUnzipWithTheirBytes)
+TEST(ZipArchive, EntriesFromMemoryAndDiskPassUnzipWithTheirBytes)
 {
     if (!test::haveProgram("unzip"))
         GTEST_SKIP() << "unzip not installed";
+    test::TempDir dir;
     const std::string big(100000, 'a');
     ASSERT_TRUE(test::writeFileBytes(dir.file("disk.bin"), big));
     ZipArchive archive;
+    std::string message;
     ASSERT_EQ(archive.create(dir.file("a.zip"), message), 1);
     ASSERT_EQ(archive.addBytes("memory.txt", {'h', 'i', '\n'}, message), 1);
     ASSERT_EQ(archive.addFile("disk.bin", dir.file("disk.bin"), message), 1);
@@ -43,9 +35,11 @@ TEST_F(ZipArchive, EntriesFromMemoryAndDiskPassUnzipWithTheirBytes)
     EXPECT_LT(std::filesystem::file_size(dir.file("a.zip")), 2000u);
 }
 
-TEST_F(ZipArchive, FailuresSayWriteErrorOrBadZip)
+TEST(ZipArchive, FailuresSayWriteErrorOrBadZip)
 {
+    test::TempDir dir;
     ZipArchive archive;
+    std::string message;
     // libzip writes the archive at close(), so a folder that is missing shows there.
     if (archive.create(dir.file("no/such/folder/a.zip"), message)) {
         ASSERT_EQ(archive.addBytes("x", {1}, message), 1);
@@ -60,15 +54,17 @@ TEST_F(ZipArchive, FailuresSayWriteErrorOrBadZip)
     EXPECT_EQ(message, "write error");
 }
 
-TEST_F(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
+TEST(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
 {
     if (!test::haveProgram("unzip"))
         GTEST_SKIP() << "unzip not installed";
+    test::TempDir dir;
     std::filesystem::create_directories(dir.file("src/sub"));
     test::writeFileBytes(dir.file("src/one.wav"), "1");
     test::writeFileBytes(dir.file("src/two.xml"), "2");
     test::writeFileBytes(dir.file("src/sub/skip.wav"), "3");
     std::vector<double> fractions;
+    std::string message;
     ASSERT_EQ(zipFolderFiles(
                   dir.file("src"), dir.file("c.zip"), "Compressing.",
                   [&](double f, const std::string&) { fractions.push_back(f); }, nullptr, message),
@@ -80,19 +76,21 @@ TEST_F(ZipArchive, FolderZipTakesFilesOnlyUnderBareNames)
     EXPECT_EQ(listing, "one.wav\ntwo.xml\n");
 }
 
-TEST_F(ZipArchive, WavesAreStoredTextDeflatedAndAFailedArchiveKeepsTheOldFile)
+TEST(ZipArchive, WavesAreStoredTextDeflatedAndAFailedArchiveKeepsTheOldFile)
 {
     if (!test::haveProgram("unzip"))
         GTEST_SKIP() << "unzip not installed";
+    test::TempDir dir;
     std::filesystem::create_directories(dir.file("src"));
     test::writeFileBytes(dir.file("src/a.WAV"), std::string(5000, 'w'));
     test::writeFileBytes(dir.file("src/b.xml"), std::string(5000, 'x'));
+    std::string message;
     ASSERT_EQ(zipFolderFiles(dir.file("src"), dir.file("d.zip"), "", {}, nullptr, message), 1)
         << message;
     std::string verbose;
     test::runCommand("unzip -v '" + dir.file("d.zip") + "'", &verbose);
-    EXPECT_THAT(verbose, HasSubstr("5000  Stored     5000   0%"));
-    EXPECT_THAT(verbose, HasSubstr("Defl:X"));
+    EXPECT_NE(verbose.find("5000  Stored     5000   0%"), std::string::npos) << verbose;
+    EXPECT_NE(verbose.find("Defl:X"), std::string::npos) << verbose;
 
     // Aborted while writing: the archive from before stays as it was, and no temporary file.
     const std::string before = test::readFileBytes(dir.file("d.zip"));

@@ -66,20 +66,18 @@ TEST(ExportFormats, ShortKeysReachTheirEntriesWithTheirDefaultWords)
         const char* key;
         ExportFormat format;
         uint32_t defaultWord;
-    } kEntries[] = {
-        {"wav", ExportFormat::WavFiles, 0x20408},
-        {"prophetx", ExportFormat::ProphetX, 0x20410},
-        {"nnxt", ExportFormat::NNXT, 0x20408},
-        {"halion", ExportFormat::HALion, 0x20408},
-        {"blofeld", ExportFormat::Blofeld, 0x20408},
-        {"montage-x7u", ExportFormat::Montage, 0x20408},
-        {"montage-x7l", ExportFormat::Montage, 0x20408},
-        {"microsampler", ExportFormat::Microsampler, 0x20410},
-        {"volca", ExportFormat::Volca, 0x40408},
-        {"op1", ExportFormat::OP1, 0x40408},
-        {"decent", ExportFormat::DecentPreset, 0x20408},
-        {"decent-library", ExportFormat::DecentLibrary, 0x20408},
-    };
+    } kEntries[] = {{"wav", ExportFormat::WavFiles, 0x20408},
+                    {"prophetx", ExportFormat::ProphetX, 0x20410},
+                    {"nnxt", ExportFormat::NNXT, 0x20408},
+                    {"halion", ExportFormat::HALion, 0x20408},
+                    {"blofeld", ExportFormat::Blofeld, 0x20408},
+                    {"montage-x7u", ExportFormat::Montage, 0x20408},
+                    {"montage-x7l", ExportFormat::Montage, 0x20408},
+                    {"microsampler", ExportFormat::Microsampler, 0x20410},
+                    {"volca", ExportFormat::Volca, 0x40408},
+                    {"op1", ExportFormat::OP1, 0x40408},
+                    {"decent", ExportFormat::DecentPreset, 0x20408},
+                    {"decent-library", ExportFormat::DecentLibrary, 0x20408}};
     const std::vector<std::string>& menu = tg::exportMenuTexts();
     for (const auto& entry : kEntries) {
         SCOPED_TRACE(entry.key);

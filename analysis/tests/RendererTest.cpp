@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <random>
 #include <tuple>
 #include <utility>
@@ -15,6 +14,7 @@ namespace {
 
 using test::makeSignal;
 using test::sampleOf;
+using test::samplesAt;
 
 // Note 100..900 with a loop 300..700 and neither crossfades nor click/pop fades.
 TGmsl_key loopedKey(uint8_t mode)
@@ -26,16 +26,6 @@ TGmsl_key loopedKey(uint8_t mode)
     key.clickpopred = 0;
     key.xfadeLen = key.bfxfadeLen = 0;
     return key;
-}
-
-// Channel `ch` of the given frames, to compare several frames in one check.
-std::vector<int32_t> samplesAt(const WaveFormat& format, const std::vector<uint8_t>& data,
-                               std::initializer_list<int64_t> frames, int ch = 0)
-{
-    std::vector<int32_t> values;
-    for (int64_t f : frames)
-        values.push_back(sampleOf(format, data, f, ch));
-    return values;
 }
 
 using Samples = std::vector<int32_t>;
@@ -75,8 +65,9 @@ TEST(Renderer, ForwardLoopCrossfadeIsSampleExactInEveryFormat)
         // Linear blend of +k into -k over the last four loop frames: k/2, 0, -k/2, -k.
         EXPECT_EQ(samplesAt(format, out.note, {596, 597, 598, 599, 600}),
                   (Samples{k, k / 2, 0, -k / 2, -k}));
-        if (format.nChannels == 2)
+        if (format.nChannels == 2) {
             EXPECT_EQ(sampleOf(format, out.note, 597, 1), -k / 2);
+        }
         EXPECT_EQ(samplesAt(format, out.note, {0, 1, 199, 200, 595}),
                   samplesAt(format, data, {100, 101, 299, 300, 695}));
     }

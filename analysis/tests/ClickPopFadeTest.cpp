@@ -15,15 +15,11 @@ TEST(ClickPopFade, RampsInAndOutLinearlyWithSilentEnds)
     const WaveFormat format = makeWaveFormat(44100, 2, 16);
     auto data = makeSignal(format, 100, [](int64_t, int ch) { return ch ? -1000 : 1000; });
     clickPopFade(format, data.data(), data.size(), 10, 4);
-    EXPECT_EQ(sampleOf(format, data, 0, 0), 0);
-    EXPECT_EQ(sampleOf(format, data, 1, 0), 100);
-    EXPECT_EQ(sampleOf(format, data, 1, 1), -100); // truncated toward zero, same gain
-    EXPECT_EQ(sampleOf(format, data, 9, 0), 900);
-    EXPECT_EQ(sampleOf(format, data, 10, 0), 1000);
-    EXPECT_EQ(sampleOf(format, data, 99, 0), 0);
-    EXPECT_EQ(sampleOf(format, data, 98, 0), 250);
-    EXPECT_EQ(sampleOf(format, data, 96, 1), -750);
-    EXPECT_EQ(sampleOf(format, data, 95, 0), 1000);
+    using Samples = std::vector<int32_t>;
+    EXPECT_EQ(test::samplesAt(format, data, {0, 1, 9, 10, 95, 98, 99}),
+              (Samples{0, 100, 900, 1000, 1000, 250, 0}));
+    // The right channel is truncated toward zero with the same gain.
+    EXPECT_EQ(test::samplesAt(format, data, {1, 96}, 1), (Samples{-100, -750}));
 }
 
 TEST(ClickPopFade, EightBitSamplesAreScaledAroundTheirOffset)

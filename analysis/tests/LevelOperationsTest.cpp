@@ -43,7 +43,6 @@ class KeySampleFiles : public testing::Test {
             const int32_t v = static_cast<int32_t>(value * std::sin(2 * M_PI * f / 100.0));
             return f == 25 ? (ch ? -value / 2 : value) : (ch ? v / 2 : v);
         });
-        std::string message;
         ASSERT_TRUE(writeWav(path(msl, note), format, data, message)) << message;
         project->msl[msl].keys[note].hasAudio = 1;
     }
@@ -64,6 +63,7 @@ class KeySampleFiles : public testing::Test {
 
     test::TempDir dir;
     std::unique_ptr<Project> project;
+    std::string message;
 };
 
 TEST_F(KeySampleFiles, NormalizeToAValueRewritesEveryKeyOfTheScope)
@@ -74,7 +74,6 @@ TEST_F(KeySampleFiles, NormalizeToAValueRewritesEveryKeyOfTheScope)
     std::vector<std::string> texts;
     NormalizeOptions options;
     options.targetDb = -1.0;
-    std::string message;
     ASSERT_EQ(normalizeKeySamples(
                   *project, KeyScope::MultiSample, 0, 0, options,
                   [&](const std::string& text, double) {
@@ -99,7 +98,6 @@ TEST_F(KeySampleFiles, SilentKeyAndLoneKeyStayUntouched)
     addKey(1, 50, 0.3);
     const std::string silentBefore = test::readFileBytes(path(0, 60));
     const std::string loneBefore = test::readFileBytes(path(1, 50));
-    std::string message;
     NormalizeOptions options;
     ASSERT_EQ(normalizeKeySamples(*project, KeyScope::Sample, 0, 60, options, {}, message), 1);
     EXPECT_EQ(test::readFileBytes(path(0, 60)), silentBefore);
@@ -118,7 +116,6 @@ TEST_F(KeySampleFiles, MultiSampleMaximumBringsEveryKeyToTheLoudest)
     NormalizeOptions options;
     options.toMultiSampleMaximum = true;
     options.equalLeftRight = true;
-    std::string message;
     ASSERT_EQ(normalizeKeySamples(*project, KeyScope::Project, 0, 0, options, {}, message), 1);
     for (int note : {60, 64, 67}) {
         EXPECT_NEAR(levelsOf(0, note).left, 0.6, 1e-3) << note;
@@ -133,7 +130,6 @@ TEST_F(KeySampleFiles, GainOnOneChannelWithoutClipping)
     options.gainDb = -6.0;
     options.channels = GainChannels::Right;
     bool asked = false;
-    std::string message;
     ASSERT_EQ(changeGainOfKeySamples(
                   *project, KeyScope::MultiSample, 0, 0, options,
                   [&](const std::string&) { return asked = true; }, {}, message),
@@ -148,7 +144,6 @@ TEST_F(KeySampleFiles, HighestLevelIsReportedAndCancelStops)
     addKey(0, 60, 0.5);
     addKey(1, 61, 0.25);
     ChannelLevels levels;
-    std::string message;
     ASSERT_EQ(findHighestLevel(*project, KeyScope::Project, 0, 0, false, {}, levels, message), 1);
     EXPECT_EQ(message, "Maximum level in Project: -6.02 dB (= 50.00 %)");
     ASSERT_EQ(findHighestLevel(*project, KeyScope::MultiSample, 1, 0, false, {}, levels, message),
@@ -164,7 +159,6 @@ TEST_F(KeySampleFiles, UnreadableFileIsReportedWithTheReadersMessage)
 {
     addKey(0, 60, 0.5);
     ASSERT_TRUE(test::writeFileBytes(path(0, 60), "RIFF...."));
-    std::string message;
     NormalizeOptions options;
     EXPECT_EQ(normalizeKeySamples(*project, KeyScope::Sample, 0, 60, options, {}, message), 0);
     EXPECT_FALSE(message.empty());
@@ -182,7 +176,6 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
                        ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0))
                        : 0;
         });
-        std::string message;
         ASSERT_TRUE(writeWav(path(0, note), format, data, message));
         project->msl[0].keys[note].hasAudio = 1;
         project->msl[0].keys[note].Silence_Out = 3000;
@@ -193,7 +186,6 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
     options.autoLoop = true;
     options.releaseOff = true;
     std::vector<std::string> texts;
-    std::string message;
     ASSERT_EQ(batchAutoNoteLoop(
                   *project, KeyScope::MultiSample, 0, options,
                   [&](const std::string& text, double) {
@@ -219,7 +211,6 @@ TEST_F(KeySampleFiles, AutoJobChangesOnlyItsSnapshotUntilTheMarkersAreApplied)
         const auto data = makeSignal(format, 20000, [](int64_t f, int) {
             return f >= 4000 ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0)) : 0;
         });
-        std::string message;
         ASSERT_TRUE(writeWav(path(0, note), format, data, message));
         project->msl[0].keys[note].hasAudio = 1;
         project->msl[0].keys[note].Silence_Out = 3000;
@@ -251,7 +242,6 @@ TEST_F(KeySampleFiles, RenderWritesTheNoteOrJustTheLoop)
     const WaveFormat format = makeWaveFormat(44100, 1, 8);
     const auto data =
         makeSignal(format, 1001, [](int64_t f, int) { return static_cast<int32_t>(f % 100) - 50; });
-    std::string message;
     ASSERT_TRUE(writeWav(path(0, 60), format, data, message));
     TGmsl_key& key = project->msl[0].keys[60];
     key.Note_In = 100;

@@ -67,10 +67,9 @@ TEST(Levels, GainsTruncateClipAndSkipUnityFactors)
     applyGains(1.0, 1.0, format, data.data(), data.size());
     EXPECT_EQ(data, original);
     applyGains(2.0, 0.5, format, data.data(), data.size());
-    EXPECT_EQ(sampleOf(format, data, 0, 0), 6);
-    EXPECT_EQ(sampleOf(format, data, 1, 0), 20006);
-    EXPECT_EQ(sampleOf(format, data, 2, 0), 32767); // clipped, not wrapped
-    EXPECT_EQ(sampleOf(format, data, 0, 1), -500);  // truncated toward zero
+    // 30006 clips to 32767 instead of wrapping.
+    EXPECT_EQ(test::samplesAt(format, data, {0, 1, 2}), (std::vector<int32_t>{6, 20006, 32767}));
+    EXPECT_EQ(sampleOf(format, data, 0, 1), -500); // truncated toward zero
 
     const WaveFormat mono = makeWaveFormat(44100, 1, 8);
     auto eight = makeSignal(mono, 3, [](int64_t, int) { return -50; });

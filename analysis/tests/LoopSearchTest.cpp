@@ -7,9 +7,11 @@
 #include "analysis/tests/TestSignals.h"
 #include "audiofile/ZeroCrossing.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 namespace tg {
 namespace {
@@ -216,8 +218,7 @@ TEST(LoopSearch, WindowTooLongForTheSearchRegionYieldsItsEndInEveryPass)
     const int32_t best =
         loopSearch(&format, data.data(), data.size(), 0, 100, 4000, 3000, results, 5, false, false);
     EXPECT_EQ(best, 2000);
-    for (int32_t r : results)
-        EXPECT_EQ(r, 2000);
+    EXPECT_THAT(results, testing::Each(2000));
 }
 
 TEST(LoopSearch, LaterCandidateWinsOnTie)
@@ -242,11 +243,7 @@ TEST(LoopSearch, FurtherResultsKeepTheExclusionRadius)
         makeSignal(format, 2000, [](int64_t f, int) { return (f % 100) < 50 ? 20000 : -20000; });
     int32_t results[5];
     loopSearch(&format, data.data(), data.size(), 0, 100, 1000, 200, results, 5, false, false);
-    EXPECT_EQ(results[0], 900);
-    EXPECT_EQ(results[1], 700);
-    EXPECT_EQ(results[2], 500);
-    EXPECT_EQ(results[3], 300);
-    EXPECT_EQ(results[4], 999);
+    EXPECT_THAT(results, testing::ElementsAre(900, 700, 500, 300, 999));
 }
 
 TEST(LoopSearch, BadArgumentsReturnZero)
@@ -283,20 +280,16 @@ TEST(LoopSearch, CancelReturnsMinusOneAndPlacementRestoresTheMarkers)
     EXPECT_EQ(calls, 2);
 
     TGmsl_key key;
-    key.Note_In = 100;
-    key.Note_Out = 59000;
-    key.loopMode = 1;
-    key.Loop_In = 123;
-    key.Loop_Out = 456;
+    std::tie(key.Note_In, key.Note_Out, key.loopMode, key.Loop_In, key.Loop_Out) =
+        std::make_tuple(100, 59000, 1, 123, 456);
     const TGmsl_key before = key;
     LoopPercentages percentages;
     percentages.loopsearchlength = 2.0;
     EXPECT_EQ(placeLoop(key, format, data.data(), data.size(), percentages, false,
                         [](double, double) { return false; }),
               -1);
-    EXPECT_EQ(key.Loop_In, before.Loop_In);
-    EXPECT_EQ(key.Loop_Out, before.Loop_Out);
-    EXPECT_EQ(key.LoopSearch_Len, before.LoopSearch_Len);
+    EXPECT_EQ(std::tie(key.Loop_In, key.Loop_Out, key.LoopSearch_Len),
+              std::tie(before.Loop_In, before.Loop_Out, before.LoopSearch_Len));
 }
 
 TEST(LoopSearch, ProgressIsAskedEvery513CandidatesOnOneThread)

@@ -6,26 +6,29 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
+#include <utility>
 
 namespace tg {
 namespace {
 
 using test::makeSignal;
 using test::sampleOf;
+using test::samplesAt;
 
+// Note 100..900 with a loop 300..700 and neither crossfades nor click/pop fades.
 TGmsl_key loopedKey(uint8_t mode)
 {
     TGmsl_key key;
-    key.Note_In = 100;
-    key.Loop_In = 300;
-    key.Loop_Out = 700;
-    key.Note_Out = 900;
+    std::tie(key.Note_In, key.Loop_In, key.Loop_Out, key.Note_Out) =
+        std::make_tuple(100, 300, 700, 900);
     key.loopMode = mode;
     key.clickpopred = 0;
-    key.xfadeLen = 0;
-    key.bfxfadeLen = 0;
+    key.xfadeLen = key.bfxfadeLen = 0;
     return key;
 }
+
+using Samples = std::vector<int32_t>;
 
 int render(const TGmsl_key& key, const WaveFormat& format, const std::vector<uint8_t>& data,
            RenderedNote& out, const RenderOptions& options = {})
@@ -56,21 +59,17 @@ TEST(Renderer, ForwardLoopCrossfadeIsSampleExactInEveryFormat)
         RenderedNote out;
         ASSERT_TRUE(render(key, format, data, out));
         SCOPED_TRACE(bits);
-        EXPECT_EQ(out.loopStart, 200);
-        EXPECT_EQ(out.loopEnd, 600);
+        EXPECT_EQ(std::make_pair(out.loopStart, out.loopEnd), std::make_pair(200, 600));
         const size_t frames = 601;
         EXPECT_EQ(out.note.size(), frames * format.nBlockAlign + (frames * format.nBlockAlign) % 2);
         // Linear blend of +k into -k over the last four loop frames: k/2, 0, -k/2, -k.
-        EXPECT_EQ(sampleOf(format, out.note, 596, 0), k);
-        EXPECT_EQ(sampleOf(format, out.note, 597, 0), k / 2);
-        EXPECT_EQ(sampleOf(format, out.note, 598, 0), 0);
-        EXPECT_EQ(sampleOf(format, out.note, 599, 0), -k / 2);
-        EXPECT_EQ(sampleOf(format, out.note, 600, 0), -k);
+        EXPECT_EQ(samplesAt(format, out.note, {596, 597, 598, 599, 600}),
+                  (Samples{k, k / 2, 0, -k / 2, -k}));
         if (format.nChannels == 2) {
             EXPECT_EQ(sampleOf(format, out.note, 597, 1), -k / 2);
         }
-        for (int64_t j : {0, 1, 199, 200, 595})
-            EXPECT_EQ(sampleOf(format, out.note, j, 0), sampleOf(format, data, 100 + j, 0)) << j;
+        EXPECT_EQ(samplesAt(format, out.note, {0, 1, 199, 200, 595}),
+                  samplesAt(format, data, {100, 101, 299, 300, 695}));
     }
 }
 
@@ -124,8 +123,7 @@ TEST(Renderer, BackwardForwardLoopWithTheNoteAfterTheLoopAppendsIt)
     // (700 - 300) + (700 + 1 - 100) - 50 frames of unfolded loop, then Loop_Out..Note_Out.
     EXPECT_EQ(out.note.size(), 1151u * 2);
     EXPECT_EQ(out.loopEnd, 949);
-    EXPECT_EQ(sampleOf(format, out.note, 950, 0), 700);
-    EXPECT_EQ(sampleOf(format, out.note, 1150, 0), 900);
+    EXPECT_EQ(samplesAt(format, out.note, {950, 1150}), (Samples{700, 900}));
 }
 
 TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)
@@ -225,11 +223,9 @@ TEST(Renderer, LoopEndNotAfterLoopStartRendersThePlainNote)
         RenderedNote out;
         ASSERT_TRUE(render(key, format, data, out));
         EXPECT_EQ(out.note.size(), 802u); // 801 frames, raised to an even count
-        EXPECT_EQ(out.frames, 801);
-        EXPECT_EQ(out.loopStart, 0);
-        EXPECT_EQ(out.loopEnd, 800);
-        EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);
-        EXPECT_EQ(sampleOf(format, out.note, 37, 0), 37);
+        EXPECT_EQ(std::make_tuple(out.frames, out.loopStart, out.loopEnd),
+                  std::make_tuple(801, 0, 800));
+        EXPECT_EQ(samplesAt(format, out.note, {37, 800}), (Samples{37, 0}));
     }
 }
 
@@ -245,20 +241,14 @@ TEST(Renderer, ClickPopFadesFollowTheLoopLimits)
     RenderedNote out;
     ASSERT_TRUE(render(key, format, data, out, options));
     // Fade-in cut to Loop_In - Note_In = 200 frames; no fade-out without the after part.
-    EXPECT_EQ(sampleOf(format, out.note, 0, 0), 0);
-    EXPECT_EQ(sampleOf(format, out.note, 100, 0), 500);
-    EXPECT_EQ(sampleOf(format, out.note, 200, 0), 1000);
-    EXPECT_EQ(sampleOf(format, out.note, 600, 0), 1000);
+    EXPECT_EQ(samplesAt(format, out.note, {0, 100, 200, 600}), (Samples{0, 500, 1000, 1000}));
     options.includeAfterLoop = true;
     ASSERT_TRUE(render(key, format, data, out, options));
-    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);
-    EXPECT_EQ(sampleOf(format, out.note, 795, 0), 500);
-    EXPECT_EQ(sampleOf(format, out.note, 790, 0), 1000);
+    EXPECT_EQ(samplesAt(format, out.note, {790, 795, 800}), (Samples{1000, 500, 0}));
     // Plain note: the preference lengths, cut to the 801 frames of the note.
     key.loopMode = 0;
     ASSERT_TRUE(render(key, format, data, out, options));
-    EXPECT_EQ(sampleOf(format, out.note, 400, 0), 1000 * 400 / 801);
-    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 0);
+    EXPECT_EQ(samplesAt(format, out.note, {400, 800}), (Samples{1000 * 400 / 801, 0}));
 }
 
 TEST(Renderer, BadArgumentsAreReportedAndNothingIsRendered)

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <random>
 #include <vector>
 
@@ -50,6 +51,16 @@ inline int32_t sampleOf(const WaveFormat& format, const std::vector<uint8_t>& da
                         int channel)
 {
     return pcm::sampleAt(format, data.data(), frame, channel);
+}
+
+// Channel `channel` of the given frames, to compare several frames in one check.
+inline std::vector<int32_t> samplesAt(const WaveFormat& format, const std::vector<uint8_t>& data,
+                                      std::initializer_list<int64_t> frames, int channel = 0)
+{
+    std::vector<int32_t> values;
+    for (int64_t f : frames)
+        values.push_back(sampleOf(format, data, f, channel));
+    return values;
 }
 
 } // namespace tg::test

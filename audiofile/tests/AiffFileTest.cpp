@@ -75,17 +75,25 @@ std::vector<uint8_t> noise(size_t count, uint32_t seed)
     return v;
 }
 
+// A temporary folder and a message slot for each test.
+class AiffFiles : public testing::Test {
+  protected:
+    TempDir dir;
+    std::string message;
+};
+using AiffWriter = AiffFiles;
+using AiffRoundTrip = AiffFiles;
+using AiffReader = AiffFiles;
+
 } // namespace
 
 // Samples, markers and the instrument chunk's values are read back by libsndfile
 // (SndfileReadsOurAudio in tests/clients); here: which chunks, in which order.
-TEST(AiffWriter, ChunksInOrderAndMarkersAndInstrumentOnlyWithALoop)
+TEST_F(AiffWriter, ChunksInOrderAndMarkersAndInstrumentOnlyWithALoop)
 {
-    TempDir dir;
     const std::string path = dir.file("a.aif");
     const auto audio = noise(3 * 11, 5); // 24-bit mono, 33 bytes: odd
     const WaveFormat f = makeWaveFormat(22050, 1, 24);
-    std::string message;
     ASSERT_EQ(writeAiff(path, f, audio.data(), 33, 0, 1, {64, 60, 67, 1, 127, "Piano C4"}, message),
               1)
         << message;
@@ -99,10 +107,8 @@ TEST(AiffWriter, ChunksInOrderAndMarkersAndInstrumentOnlyWithALoop)
     EXPECT_EQ(chunkIds(file), (std::vector<std::string>{"COMM", "NAME", "SSND"}));
 }
 
-TEST(AiffWriter, RefusesOddBitDepthsAndUnopenablePaths)
+TEST_F(AiffWriter, RefusesOddBitDepthsAndUnopenablePaths)
 {
-    TempDir dir;
-    std::string message;
     WaveFormat twelve = makeWaveFormat(44100, 1, 12);
     EXPECT_EQ(writeAiff(dir.file("a.aif"), twelve, nullptr, 0, 0, 0, {}, message), 0);
     EXPECT_EQ(message, "Bit depth not supported.");
@@ -111,9 +117,8 @@ TEST(AiffWriter, RefusesOddBitDepthsAndUnopenablePaths)
     EXPECT_EQ(message, "Unable to open \"" + bad + "\"");
 }
 
-TEST(AiffRoundTrip, EveryDepthAndChannelCountWithAndWithoutLoop)
+TEST_F(AiffRoundTrip, EveryDepthAndChannelCountWithAndWithoutLoop)
 {
-    TempDir dir;
     for (uint16_t bits : {8, 16, 24}) {
         for (uint16_t channels : {1, 2}) {
             for (bool looped : {false, true}) {
@@ -143,16 +148,14 @@ TEST(AiffRoundTrip, EveryDepthAndChannelCountWithAndWithoutLoop)
     }
 }
 
-TEST(AiffReader, SowtAifcGivesTheSameBytesAsTheEquivalentWav)
+TEST_F(AiffReader, SowtAifcGivesTheSameBytesAsTheEquivalentWav)
 {
-    TempDir dir;
     const WaveFormat f = makeWaveFormat(48000, 2, 24);
     const auto audio = noise(6 * 50, 77);
     const std::string sowt = form("AIFC", chunk("FVER", be32(0xA2805140)) +
                                               chunk("COMM", commBody(2, 50, 24, 48000, "sowt")) +
                                               chunk("SSND", ssndBody(asString(audio))));
     writeFileBytes(dir.file("s.aifc"), sowt);
-    std::string message;
     ASSERT_EQ(writeWav(dir.file("s.wav"), f, audio, message), 1);
 
     AiffContents c;
@@ -178,23 +181,20 @@ TEST(AiffReader, SowtAifcGivesTheSameBytesAsTheEquivalentWav)
     EXPECT_EQ(n.data, wav);
 }
 
-TEST(AiffReader, UnknownChunksAreNotedAndSkipped)
+TEST_F(AiffReader, UnknownChunksAreNotedAndSkipped)
 {
-    TempDir dir;
     const std::string path = dir.file("u.aif");
     writeFileBytes(path, form("AIFF", chunk("COMM", commBody(1, 2, 16, 44100)) +
                                           chunk("ABCD", "xyz") + chunk("APPL", "stoc....") +
                                           chunk("SSND", ssndBody("\x01\x02\x03\x04"))));
     AiffContents c;
-    std::string message;
     ASSERT_EQ(readAiff(path, c, message), 1) << message;
     EXPECT_EQ(message, "Unrecognized Chunk: ABCD\n");
     EXPECT_EQ(asString(c.data), "\x02\x01\x04\x03");
 }
 
-TEST(AiffReader, ReportsEachKindOfBrokenFile)
+TEST_F(AiffReader, ReportsEachKindOfBrokenFile)
 {
-    TempDir dir;
     const std::string path = dir.file("b.aif");
     const auto expectMessage = [&](const std::string& bytes, const std::string& expected) {
         writeFileBytes(path, bytes);
@@ -236,12 +236,10 @@ TEST(AiffReader, ReportsEachKindOfBrokenFile)
                   "Error reading Name Chunk from " + q + ".");
 }
 
-TEST(AiffReader, TruncationAtEveryByteEndsCleanly)
+TEST_F(AiffReader, TruncationAtEveryByteEndsCleanly)
 {
-    TempDir dir;
     const std::string full = dir.file("full.aif");
     const auto audio = noise(4 * 20, 3);
-    std::string message;
     ASSERT_EQ(writeAiff(full, makeWaveFormat(44100, 2, 16), audio.data(), 80, 2, 9,
                         {60, 0, 127, 1, 127, "name"}, message),
               1);

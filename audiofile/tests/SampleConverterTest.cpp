@@ -52,6 +52,20 @@ std::vector<int32_t> constant(size_t count, int32_t value)
     return std::vector<int32_t>(count, value);
 }
 
+// `values` followed by zeros up to the 16 samples the converter needs at least.
+std::vector<int32_t> padded(std::vector<int32_t> values)
+{
+    values.resize(16, 0);
+    return values;
+}
+
+// The first `count` output samples of a conversion that must have succeeded.
+std::vector<int32_t> head(const Conversion& c, size_t count)
+{
+    EXPECT_EQ(c.ok, 1) << c.message;
+    return std::vector<int32_t>(c.out.begin(), c.out.begin() + std::min(count, c.out.size()));
+}
+
 std::vector<int32_t> rampOf(size_t count, int32_t step)
 {
     std::vector<int32_t> v(count);
@@ -108,33 +122,13 @@ TEST(SampleConverter, BitDepthChangesTruncate)
 {
     const WaveFormat m24 = makeWaveFormat(44100, 1, 24), m16 = makeWaveFormat(44100, 1, 16),
                      m8 = makeWaveFormat(44100, 1, 8);
-    std::vector<int32_t> in = constant(16, 0);
-    in[0] = 511;     // 1.996 units of 16-bit
-    in[1] = -1;      // arithmetic shift: -1
-    in[2] = -257;    // -1.004 units: -2
-    in[3] = 8388607; // full scale
-    Conversion c = convert(m24, m16, in);
-    ASSERT_EQ(c.ok, 1);
-    EXPECT_EQ(c.out[0], 1);
-    EXPECT_EQ(c.out[1], -1);
-    EXPECT_EQ(c.out[2], -2);
-    EXPECT_EQ(c.out[3], 32767);
-
-    std::vector<int32_t> in16 = constant(16, 0);
-    in16[0] = 255;
-    in16[1] = -32768;
-    in16[2] = 32767;
-    Conversion to8 = convert(m16, m8, in16);
-    EXPECT_EQ(to8.out[0], 0);
-    EXPECT_EQ(to8.out[1], -128);
-    EXPECT_EQ(to8.out[2], 127);
-
-    std::vector<int32_t> in8 = constant(16, 0);
-    in8[0] = -128;
-    in8[1] = 127;
-    Conversion from8 = convert(m8, m24, in8);
-    EXPECT_EQ(from8.out[0], -8388608);
-    EXPECT_EQ(from8.out[1], 127 * 65536);
+    // 511 is 1.996 units of 16-bit: 1; -1 shifts arithmetically to -1; -257 (-1.004 units): -2.
+    EXPECT_EQ(head(convert(m24, m16, padded({511, -1, -257, 8388607})), 4),
+              (std::vector<int32_t>{1, -1, -2, 32767}));
+    EXPECT_EQ(head(convert(m16, m8, padded({255, -32768, 32767})), 3),
+              (std::vector<int32_t>{0, -128, 127}));
+    EXPECT_EQ(head(convert(m8, m24, padded({-128, 127})), 2),
+              (std::vector<int32_t>{-8388608, 127 * 65536}));
 }
 
 TEST(SampleConverter, ChannelModesPickMixOrDuplicate)
@@ -145,14 +139,12 @@ TEST(SampleConverter, ChannelModesPickMixOrDuplicate)
         in.push_back(-3 - 2 * i); // left
         in.push_back(0 + i);      // right
     }
-    Conversion mix = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Mix);
-    Conversion left = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Left);
-    Conversion right = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Right);
+    // (-3 + 0) / 2 truncates toward zero, not down to -2; then (-5 + 1) / 2.
+    const Conversion mix = convert(st, mono, in, ResampleMode::Linear, ChannelMode::Mix);
     ASSERT_EQ(mix.out.size(), 16u);
-    EXPECT_EQ(mix.out[0], -1); // (-3 + 0) / 2 truncates toward zero, not down to -2
-    EXPECT_EQ(mix.out[1], -2); // (-5 + 1) / 2
-    EXPECT_EQ(left.out[1], -5);
-    EXPECT_EQ(right.out[1], 1);
+    EXPECT_EQ(head(mix, 2), (std::vector<int32_t>{-1, -2}));
+    EXPECT_EQ(convert(st, mono, in, ResampleMode::Linear, ChannelMode::Left).out[1], -5);
+    EXPECT_EQ(convert(st, mono, in, ResampleMode::Linear, ChannelMode::Right).out[1], 1);
 
     Conversion dup = convert(mono, st, rampOf(16, 5));
     ASSERT_EQ(dup.out.size(), 32u);

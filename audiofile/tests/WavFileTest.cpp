@@ -25,15 +25,23 @@ std::vector<uint8_t> ramp(size_t count, uint8_t seed)
     return v;
 }
 
+// A temporary folder and a message slot for each test.
+class WavFiles : public testing::Test {
+  protected:
+    TempDir dir;
+    std::string message;
+};
+using WavWriter = WavFiles;
+using WavRoundTrip = WavFiles;
+using WavConvertFile = WavFiles;
+
 } // namespace
 
 // The fields themselves are read back by libsndfile (SndfileReadsOurAudio in tests/clients).
-TEST(WavWriter, BuffersMakeOneDataChunkAndOnlyTheSamplerChunkIsPadded)
+TEST_F(WavWriter, BuffersMakeOneDataChunkAndOnlyTheSamplerChunkIsPadded)
 {
-    TempDir dir;
     const std::string path = dir.file("three.wav");
     const auto a = ramp(3, 1), b = ramp(4, 50), c = ramp(2, 90); // 9 bytes: odd
-    std::string message;
     ASSERT_EQ(
         writeWav(path, makeWaveFormat(44100, 1, 8), a.data(), 3, b.data(), 4, c.data(), 2, message),
         1);
@@ -56,13 +64,11 @@ TEST(WavWriter, BuffersMakeOneDataChunkAndOnlyTheSamplerChunkIsPadded)
     EXPECT_EQ(file.substr(smpl + 68, 4), "tngb");
 }
 
-TEST(WavWriter, WritesPcmTagWhateverTheRecordSaysAndSkipsNullBuffers)
+TEST_F(WavWriter, WritesPcmTagWhateverTheRecordSaysAndSkipsNullBuffers)
 {
-    TempDir dir;
     WaveFormat format = makeWaveFormat(48000, 2, 16);
     format.wFormatTag = 0xFFFE;
     const auto a = ramp(8, 3);
-    std::string message;
     ASSERT_EQ(writeWav(dir.file("x.wav"), format, a.data(), 8, nullptr, 100, nullptr, 5, message),
               1);
     const std::string file = readFileBytes(dir.file("x.wav"));
@@ -71,20 +77,17 @@ TEST(WavWriter, WritesPcmTagWhateverTheRecordSaysAndSkipsNullBuffers)
     EXPECT_EQ(file.size(), 44u + 8 + 16);
 }
 
-TEST(WavWriter, ReportsUnopenablePath)
+TEST_F(WavWriter, ReportsUnopenablePath)
 {
-    TempDir dir;
     const std::string path = dir.file("missing/sub.wav");
-    std::string message;
     EXPECT_EQ(
         writeWav(path, makeWaveFormat(44100, 2, 16), nullptr, 0, nullptr, 0, nullptr, 0, message),
         0);
     EXPECT_EQ(message, "unable to open " + path);
 }
 
-TEST(WavRoundTrip, EveryDepthAndChannelCountReadsBackWithLoopAndRootKey)
+TEST_F(WavRoundTrip, EveryDepthAndChannelCountReadsBackWithLoopAndRootKey)
 {
-    TempDir dir;
     for (uint16_t bits : {8, 16, 24}) {
         for (uint16_t channels : {1, 2}) {
             SCOPED_TRACE(testing::Message() << bits << " bit, " << channels << " channel(s)");
@@ -119,9 +122,8 @@ TEST(WavRoundTrip, EveryDepthAndChannelCountReadsBackWithLoopAndRootKey)
     }
 }
 
-TEST(WavConvertFile, RewritesInTheNewFormatAndLeavesMatchingFilesAlone)
+TEST_F(WavConvertFile, RewritesInTheNewFormatAndLeavesMatchingFilesAlone)
 {
-    TempDir dir;
     const std::string path = dir.file("c.wav");
     const WaveFormat stereo = makeWaveFormat(44100, 2, 16);
     std::vector<int32_t> values;
@@ -129,7 +131,6 @@ TEST(WavConvertFile, RewritesInTheNewFormatAndLeavesMatchingFilesAlone)
         values.push_back(1000 + i);
         values.push_back(-1000 - i);
     }
-    std::string message;
     ASSERT_EQ(writeWav(path, stereo, packSamples(stereo, values), message), 1);
     const std::string before = readFileBytes(path);
 
@@ -151,10 +152,8 @@ TEST(WavConvertFile, RewritesInTheNewFormatAndLeavesMatchingFilesAlone)
         ASSERT_EQ(data[i], 0) << i;
 }
 
-TEST(WavConvertFile, ReportsReaderFailure)
+TEST_F(WavConvertFile, ReportsReaderFailure)
 {
-    TempDir dir;
-    std::string message;
     const std::string path = dir.file("none.wav");
     EXPECT_EQ(convertWavFile(path, makeWaveFormat(22050, 1, 8), message), 0);
     EXPECT_EQ(message, "unable to open " + path);

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 using namespace tg;
 using namespace tg::test;
 
@@ -17,14 +19,11 @@ struct Header {
     WaveFormat format;
     int32_t loopStart = 0, loopEnd = 0, rootKey = 0, frames = 0;
     std::string message;
+    std::array<int32_t, 4> framesLoopAndKey() const
+    {
+        return {frames, loopStart, loopEnd, rootKey};
+    }
 };
-
-Header header(const std::string& path)
-{
-    Header h;
-    h.ok = readWavHeader(path, h.format, h.loopStart, h.loopEnd, h.rootKey, h.frames, h.message);
-    return h;
-}
 
 struct Full {
     int ok = 0;
@@ -33,14 +32,9 @@ struct Full {
     std::string message;
 };
 
-Full full(const std::string& path)
-{
-    Full f;
-    f.ok = readWav(path, f.format, f.data, f.message);
-    return f;
-}
-
 const WaveFormat kStereo16 = makeWaveFormat(44100, 2, 16);
+const std::string kUnsupported =
+    "unsupported audio format (should be uncompressed PCM, 8bit/16bit/24bit, mono/stereo):\n\"";
 
 std::string extensibleFmt(const WaveFormat& f, const uint8_t (&guid)[16])
 {
@@ -52,146 +46,128 @@ std::string extensibleFmt(const WaveFormat& f, const uint8_t (&guid)[16])
     return s;
 }
 
+// One file per test, read by the header reader and the full reader.
+class WavReaders : public testing::Test {
+  protected:
+    TempDir dir;
+    std::string path = dir.file("test.wav");
+
+    void write(const std::string& bytes) { ASSERT_TRUE(writeFileBytes(path, bytes)); }
+    void write(const RiffBuilder& riff) { write(riff.bytes()); }
+    Header header() const
+    {
+        Header h;
+        h.ok =
+            readWavHeader(path, h.format, h.loopStart, h.loopEnd, h.rootKey, h.frames, h.message);
+        return h;
+    }
+    Full full() const
+    {
+        Full f;
+        f.ok = readWav(path, f.format, f.data, f.message);
+        return f;
+    }
+};
+
 } // namespace
 
-TEST(WavReaders, FindFmtAfterOtherChunksAndDataBeforeFmt)
+TEST_F(WavReaders, FindFmtAfterOtherChunksAndDataBeforeFmt)
 {
-    TempDir dir;
     const std::string audio(40, '\x11');
-    const std::string path = dir.file("order.wav");
-    writeFileBytes(path, RiffBuilder()
-                             .chunk("LIST", std::string(12, 'x'))
-                             .chunk("data", audio)
-                             .chunk("smpl", smplBody(64, 1, 2, 7))
-                             .chunk("fmt ", fmtBody(kStereo16))
-                             .bytes());
-    Header h = header(path);
+    write(RiffBuilder()
+              .chunk("LIST", std::string(12, 'x'))
+              .chunk("data", audio)
+              .chunk("smpl", smplBody(64, 1, 2, 7))
+              .chunk("fmt ", fmtBody(kStereo16)));
+    Header h = header();
     ASSERT_EQ(h.ok, 1) << h.message;
     EXPECT_EQ(h.format.nChannels, 2);
-    EXPECT_EQ(h.frames, 10);
-    EXPECT_EQ(h.loopStart, 2);
-    EXPECT_EQ(h.loopEnd, 7);
-    EXPECT_EQ(h.rootKey, 64);
-    Full f = full(path);
+    EXPECT_EQ(h.framesLoopAndKey(), (std::array<int32_t, 4>{10, 2, 7, 64}));
+    Full f = full();
     ASSERT_EQ(f.ok, 1) << f.message;
     EXPECT_EQ(asString(f.data), audio);
 }
 
-TEST(WavReaders, FullReaderHonoursPadBytesOfOddChunks)
+TEST_F(WavReaders, FullReaderHonoursPadBytesOfOddChunks)
 {
-    TempDir dir;
-    const std::string path = dir.file("odd.wav");
-    const std::string audio = "abcdefgh";
-    writeFileBytes(path, RiffBuilder()
-                             .chunk("fmt ", fmtBody(kStereo16))
-                             .chunk("junk", "123") // padded to 4
-                             .chunk("data", audio)
-                             .bytes());
-    Full f = full(path);
+    write(RiffBuilder()
+              .chunk("fmt ", fmtBody(kStereo16))
+              .chunk("junk", "123") // padded to 4
+              .chunk("data", "abcdefgh"));
+    Full f = full();
     ASSERT_EQ(f.ok, 1) << f.message;
-    EXPECT_EQ(asString(f.data), audio);
+    EXPECT_EQ(asString(f.data), "abcdefgh");
 }
 
-TEST(WavReaders, OddDataChunkIsReadRoundedUpAndItsLoopIsFound)
+TEST_F(WavReaders, OddDataChunkIsReadRoundedUpAndItsLoopIsFound)
 {
-    TempDir dir;
-    const std::string path = dir.file("odddata.wav");
-    const WaveFormat mono8 = makeWaveFormat(8000, 1, 8);
-    writeFileBytes(path, RiffBuilder()
-                             .chunk("fmt ", fmtBody(mono8))
-                             .chunk("data", "12345", false) // no pad, as the writer does
-                             .chunk("smpl", smplBody(40, 1, 1, 3))
-                             .bytes());
-    Header h = header(path);
+    write(RiffBuilder()
+              .chunk("fmt ", fmtBody(makeWaveFormat(8000, 1, 8)))
+              .chunk("data", "12345", false) // no pad, as the writer does
+              .chunk("smpl", smplBody(40, 1, 1, 3)));
+    Header h = header();
     ASSERT_EQ(h.ok, 1) << h.message;
-    EXPECT_EQ(h.frames, 5);
-    EXPECT_EQ(h.loopStart, 1);
-    EXPECT_EQ(h.loopEnd, 3);
-    EXPECT_EQ(h.rootKey, 40);
-    Full f = full(path);
+    EXPECT_EQ(h.framesLoopAndKey(), (std::array<int32_t, 4>{5, 1, 3, 40}));
+    Full f = full();
     ASSERT_EQ(f.ok, 1) << f.message;
     EXPECT_EQ(asString(f.data), "12345s");
 }
 
-TEST(WavReaders, ExtensibleHeaderPassesOnGuidBytesTwoToFive)
+TEST_F(WavReaders, ExtensibleHeaderPassesOnGuidBytesTwoToFive)
 {
-    TempDir dir;
     const WaveFormat f24 = makeWaveFormat(96000, 2, 24);
     const uint8_t pcm[16] = {1, 0, 0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
     const uint8_t ieee[16] = {3, 0, 0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
     const uint8_t odd[16] = {1, 0, 2, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
     const std::string audio(12, '\x22');
     for (const auto* guid : {&pcm, &ieee}) {
-        const std::string path = dir.file("ext.wav");
-        writeFileBytes(
-            path,
-            RiffBuilder().chunk("fmt ", extensibleFmt(f24, *guid)).chunk("data", audio).bytes());
-        Header h = header(path);
+        write(RiffBuilder().chunk("fmt ", extensibleFmt(f24, *guid)).chunk("data", audio));
+        Header h = header();
         ASSERT_EQ(h.ok, 1) << h.message;
         EXPECT_EQ(h.format.wFormatTag, 1);
         EXPECT_EQ(h.format.wBitsPerSample, 24);
         EXPECT_EQ(h.frames, 2);
-        Full f = full(path);
+        Full f = full();
         ASSERT_EQ(f.ok, 1) << f.message;
         EXPECT_EQ(f.format.wFormatTag, 1);
         EXPECT_EQ(asString(f.data), audio);
     }
-    const std::string path = dir.file("bad.wav");
-    writeFileBytes(
-        path, RiffBuilder().chunk("fmt ", extensibleFmt(f24, odd)).chunk("data", audio).bytes());
-    Header h = header(path);
+    write(RiffBuilder().chunk("fmt ", extensibleFmt(f24, odd)).chunk("data", audio));
+    Header h = header();
     EXPECT_EQ(h.ok, 0);
-    EXPECT_EQ(h.message, "unsupported audio format (should be uncompressed PCM, "
-                         "8bit/16bit/24bit, mono/stereo):\n\"" +
-                             path + "\"");
+    EXPECT_EQ(h.message, kUnsupported + path + "\"");
 }
 
-TEST(WavReaders, RejectsCompressedAndOddPcmFormats)
+TEST_F(WavReaders, RejectsCompressedAndOddPcmFormats)
 {
-    TempDir dir;
-    WaveFormat f32 = makeWaveFormat(44100, 2, 32);
-    WaveFormat quad = makeWaveFormat(44100, 4, 16);
-    const std::string expected = "unsupported audio format (should be uncompressed PCM, "
-                                 "8bit/16bit/24bit, mono/stereo):\n\"";
-    int n = 0;
-    for (const std::string& body : {fmtBody(kStereo16, 3), fmtBody(f32), fmtBody(quad)}) {
-        const std::string path = dir.file("f" + std::to_string(n++) + ".wav");
-        writeFileBytes(path,
-                       RiffBuilder().chunk("fmt ", body).chunk("data", std::string(8, 0)).bytes());
-        EXPECT_EQ(header(path).message, expected + path + "\"");
-        EXPECT_EQ(full(path).message, expected + path + "\"");
+    for (const std::string& body : {fmtBody(kStereo16, 3), fmtBody(makeWaveFormat(44100, 2, 32)),
+                                    fmtBody(makeWaveFormat(44100, 4, 16))}) {
+        write(RiffBuilder().chunk("fmt ", body).chunk("data", std::string(8, 0)));
+        EXPECT_EQ(header().message, kUnsupported + path + "\"");
+        EXPECT_EQ(full().message, kUnsupported + path + "\"");
     }
 }
 
-TEST(WavReaders, SamplerChunkWithoutLoopsGivesRootKeyOnly)
+TEST_F(WavReaders, SamplerChunkWithoutLoopsGivesRootKeyOnly)
 {
-    TempDir dir;
-    const std::string path = dir.file("noloop.wav");
-    writeFileBytes(path, RiffBuilder()
-                             .chunk("fmt ", fmtBody(kStereo16))
-                             .chunk("data", std::string(16, 0))
-                             .chunk("smpl", smplBody(72, 0))
-                             .bytes());
-    Header h = header(path);
+    write(RiffBuilder()
+              .chunk("fmt ", fmtBody(kStereo16))
+              .chunk("data", std::string(16, 0))
+              .chunk("smpl", smplBody(72, 0)));
+    Header h = header();
     ASSERT_EQ(h.ok, 1) << h.message;
-    EXPECT_EQ(h.rootKey, 72);
-    EXPECT_EQ(h.loopStart, -1);
-    EXPECT_EQ(h.loopEnd, -1);
+    EXPECT_EQ(h.framesLoopAndKey(), (std::array<int32_t, 4>{4, -1, -1, 72}));
 }
 
-TEST(WavReaders, TruncatedFilesFailCleanlyAtEveryHeaderByte)
+TEST_F(WavReaders, TruncatedFilesFailCleanlyAtEveryHeaderByte)
 {
-    TempDir dir;
-    const std::string whole = RiffBuilder()
-                                  .chunk("fmt ", fmtBody(kStereo16))
-                                  .chunk("data", std::string(8, '\x05'))
-                                  .bytes();
-    const std::string path = dir.file("cut.wav");
+    const std::string whole =
+        RiffBuilder().chunk("fmt ", fmtBody(kStereo16)).chunk("data", std::string(8, 5)).bytes();
     for (size_t length = 0; length < whole.size(); ++length) {
         SCOPED_TRACE(length);
-        writeFileBytes(path, whole.substr(0, length));
-        Header h = header(path);
-        Full f = full(path);
+        write(whole.substr(0, length));
+        Header h = header();
+        Full f = full();
         EXPECT_EQ(f.ok, 0);
         EXPECT_EQ(f.message.rfind("read error (", 0), 0u) << f.message;
         EXPECT_TRUE(f.data.empty());
@@ -205,47 +181,39 @@ TEST(WavReaders, TruncatedFilesFailCleanlyAtEveryHeaderByte)
             EXPECT_EQ(h.rootKey, -1);
         }
     }
-    writeFileBytes(path, whole.substr(0, 30));
-    EXPECT_EQ(header(path).message, "read error (nAvgBytesPerSec): \"" + path + "\"");
+    write(whole.substr(0, 30));
+    EXPECT_EQ(header().message, "read error (nAvgBytesPerSec): \"" + path + "\"");
 }
 
-TEST(WavReaders, WrongMagicAndMissingFileAreReported)
+TEST_F(WavReaders, WrongMagicAndMissingFileAreReported)
 {
-    TempDir dir;
-    const std::string path = dir.file("wrong.wav");
     std::string bytes = RiffBuilder().chunk("fmt ", fmtBody(kStereo16)).bytes();
-    writeFileBytes(path, "RIFX" + bytes.substr(4));
-    EXPECT_EQ(header(path).message, "wrong format: \"" + path + "\"");
-    writeFileBytes(path, bytes.substr(0, 8) + "AVI " + bytes.substr(12));
-    EXPECT_EQ(full(path).message, "wrong format: \"" + path + "\"");
-    const std::string missing = dir.file("nothing.wav");
-    EXPECT_EQ(header(missing).message, "unable to open " + missing);
-    EXPECT_EQ(full(missing).message, "unable to open " + missing);
+    write("RIFX" + bytes.substr(4));
+    EXPECT_EQ(header().message, "wrong format: \"" + path + "\"");
+    write(bytes.substr(0, 8) + "AVI " + bytes.substr(12));
+    EXPECT_EQ(full().message, "wrong format: \"" + path + "\"");
+    path = dir.file("nothing.wav");
+    EXPECT_EQ(header().message, "unable to open " + path);
+    EXPECT_EQ(full().message, "unable to open " + path);
 }
 
-TEST(WavReaders, LyingSizesNeitherAllocateNorCrash)
+TEST_F(WavReaders, LyingSizesNeitherAllocateNorCrash)
 {
-    TempDir dir;
-    const std::string path = dir.file("lie.wav");
     std::string bytes =
         RiffBuilder().chunk("fmt ", fmtBody(kStereo16)).chunk("data", std::string(8, 1)).bytes();
     // Data size claims 2 GB, then almost 4 GB.
-    bytes[40] = '\xFE';
-    bytes[41] = bytes[42] = '\xFF';
-    bytes[43] = '\x7F';
-    writeFileBytes(path, bytes);
-    EXPECT_EQ(full(path).message, "read error (audio data): \"" + path + "\"");
+    bytes.replace(40, 4, "\xFE\xFF\xFF\x7F");
+    write(bytes);
+    EXPECT_EQ(full().message, "read error (audio data): \"" + path + "\"");
     bytes[43] = '\xFF';
-    writeFileBytes(path, bytes);
-    EXPECT_EQ(full(path).message, "unable to allocate memory for audio data: \"" + path + "\"");
+    write(bytes);
+    EXPECT_EQ(full().message, "unable to allocate memory for audio data: \"" + path + "\"");
 
     // A block align of zero must not divide anything.
     WaveFormat broken = kStereo16;
     broken.nBlockAlign = 0;
-    writeFileBytes(
-        path,
-        RiffBuilder().chunk("fmt ", fmtBody(broken)).chunk("data", std::string(8, 1)).bytes());
-    Header h = header(path);
+    write(RiffBuilder().chunk("fmt ", fmtBody(broken)).chunk("data", std::string(8, 1)));
+    Header h = header();
     EXPECT_EQ(h.ok, 1);
     EXPECT_EQ(h.frames, 0);
 }

@@ -12,6 +12,7 @@
 #include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -19,6 +20,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+
+using testing::HasSubstr;
 
 using namespace tg;
 
@@ -82,11 +85,10 @@ TEST_F(AnalysisCommands, GainWithClippingAheadIsRefusedWithoutYes)
 {
     addKey(60);
     const std::string path = save();
-    CommandRun r = run({"gain", path, "--db", "6", "--quiet"});
-    EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_EQ(r.err, "Some clipping will occur. Continue anyway?\n");
+    EXPECT_EQ(test::exitOf({"gain", path, "--db", "6", "--quiet"}),
+              (test::Exit{cli::kExitFailed, "Some clipping will occur. Continue anyway?\n"}));
     EXPECT_EQ(levelOf(path, 60), "Maximum level in Sample: -3.00 dB (= 70.79 %)\n");
-    r = run({"gain", path, "--db", "6", "--yes", "--quiet"});
+    const CommandRun r = run({"gain", path, "--db", "6", "--yes", "--quiet"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_EQ(r.out, "Changing gain done.\n");
     EXPECT_EQ(levelOf(path, 60), "Maximum level in Sample: 0.00 dB (= 100.00 %)\n");
@@ -103,11 +105,10 @@ TEST_F(AnalysisCommands, LevelsAndNormalizeReportTheSystemTexts)
     r = run({"normalize", path, "--db", "-1", "--scope", "sample", "--key", "62"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_EQ(r.out, "Normalizing done.\n");
-    EXPECT_NE(r.err.find("Normalizing... ("), std::string::npos); // progress on stderr
+    EXPECT_THAT(r.err, HasSubstr("Normalizing... (")); // progress on stderr
     EXPECT_EQ(levelOf(path, 60), "Maximum level in Sample: -3.00 dB (= 70.79 %)\n");
     r = run({"levels", path, "--json", "--quiet", "--scope", "sample", "--key", "62"});
-    EXPECT_NE(r.out.find("\"message\": \"Maximum level in Sample: -1.00 dB"), std::string::npos)
-        << r.out;
+    EXPECT_THAT(r.out, HasSubstr("\"message\": \"Maximum level in Sample: -1.00 dB"));
 }
 
 TEST_F(AnalysisCommands, AutoSavesTheMarkersUnlessDryRun)
@@ -121,7 +122,7 @@ TEST_F(AnalysisCommands, AutoSavesTheMarkersUnlessDryRun)
     EXPECT_EQ(test::readFileBytes(path), before);
     r = run({"auto", path, "--note", "--loop", "--quiet", "--json"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_NE(r.out.find("\"saved\": true"), std::string::npos) << r.out;
+    EXPECT_THAT(r.out, HasSubstr("\"saved\": true"));
 
     const auto saved = test::loadProjectFile(path);
     const TGmsl_key& key = saved->project(0).msl[0].keys[60];
@@ -145,12 +146,8 @@ TEST_F(AnalysisCommands, LoopsReportsEveryLoopAndWhichOnesClick)
     const std::string path = save();
     CommandRun r = run({"loops", path});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_NE(r.out.find("Key 62 (D4): loop 10050 frames, crossfade 0, wrap step"),
-              std::string::npos)
-        << r.out;
-    EXPECT_NE(r.out.find("Key 64 (E4): no loop\n3 Key-Samples, 1 clicking loops\n"),
-              std::string::npos)
-        << r.out;
+    EXPECT_THAT(r.out, HasSubstr("Key 62 (D4): loop 10050 frames, crossfade 0, wrap step"));
+    EXPECT_THAT(r.out, HasSubstr("Key 64 (E4): no loop\n3 Key-Samples, 1 clicking loops\n"));
     r = run({"loops", path, "--json"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     const nlohmann::json j = nlohmann::json::parse(r.out);
@@ -174,8 +171,8 @@ TEST_F(AnalysisCommands, AutoLoopWarnsAboutLoopsThatClick)
     const std::string path = save();
     CommandRun r = run({"auto", path, "--note", "--loop", "--quiet", "--json"});
     EXPECT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_NE(r.err.find("warning: Key 60 (C4): loop "), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("  CLICK\n"), std::string::npos) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("warning: Key 60 (C4): loop "));
+    EXPECT_THAT(r.err, HasSubstr("  CLICK\n"));
     EXPECT_EQ(nlohmann::json::parse(r.out)["clickingLoops"], nlohmann::json::array({60}));
 }
 
@@ -194,10 +191,10 @@ TEST_F(AnalysisCommands, MarkerMovesOntoZeroCrossingsAndSaves)
 
     r = run({"marker", path, "--key", "60", "Loop_Middle=5"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
-    EXPECT_NE(r.err.find("Loop_Middle"), std::string::npos) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("Loop_Middle"));
     r = run({"marker", path, "--key", "61", "Note_In=5"});
     EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.err.find("could not be found"), std::string::npos) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("could not be found"));
 }
 
 TEST_F(AnalysisCommands, EstimatePrintsTimeAndSize)

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <utility>
+
 namespace tg::test {
 
 CommandRun runCli(std::vector<std::string> words)
@@ -25,6 +28,17 @@ CommandRun runCli(std::vector<std::string> words)
     run.out = testing::internal::GetCapturedStdout();
     run.err = testing::internal::GetCapturedStderr();
     return run;
+}
+
+Exit exitOf(std::vector<std::string> words)
+{
+    const CommandRun r = runCli(std::move(words));
+    return {r.status, r.err};
+}
+
+std::ostream& operator<<(std::ostream& os, const Exit& e)
+{
+    return os << "status " << e.status << ", stderr \"" << e.err << '"';
 }
 
 } // namespace tg::test

@@ -1,6 +1,7 @@
 // Runs tonegrabber-cli commands in the test process, as a fresh process would run them.
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,5 +16,14 @@ struct CommandRun {
 // Empties the model, registers every command on a new CliApp and runs `words` (the arguments
 // after the program name), capturing both output streams.
 CommandRun runCli(std::vector<std::string> words);
+
+// How a command ended: its status and what it printed on stderr, compared as one.
+struct Exit {
+    int status;
+    std::string err;
+    bool operator==(const Exit& other) const { return status == other.status && err == other.err; }
+};
+std::ostream& operator<<(std::ostream& os, const Exit& e);
+Exit exitOf(std::vector<std::string> words);
 
 } // namespace tg::test

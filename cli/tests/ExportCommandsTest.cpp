@@ -15,11 +15,14 @@
 #include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
 #include <functional>
+
+using testing::HasSubstr;
 
 using namespace tg;
 
@@ -75,7 +78,7 @@ TEST_F(ExportCommand, ShortKeysWriteTheirFormats)
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_TRUE(std::filesystem::exists(dir.file("out/Kit.sfz")));
     EXPECT_TRUE(std::filesystem::exists(dir.file("out/Kit-001-067-G4.wav")));
-    EXPECT_NE(r.out.find("\"settings\": \"0x00020408\""), std::string::npos) << r.out;
+    EXPECT_THAT(r.out, HasSubstr("\"settings\": \"0x00020408\""));
 }
 
 TEST_F(ExportCommand, SettingsWordIsUsedAsGivenAndProgressGoesToStderr)
@@ -84,10 +87,9 @@ TEST_F(ExportCommand, SettingsWordIsUsedAsGivenAndProgressGoesToStderr)
     CommandRun r = run({"export", path, "--format", "aiff", "--dest", dir.file("out"), "--naming",
                         "<#msi#>-<#n#>", "--settings", "0x81080204"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_NE(r.err.find("Working on Multisample \"Soft\" (1 of 2) Rendering and writing Key 60 "
-                         "(\"C4\")"),
-              std::string::npos)
-        << r.err;
+    EXPECT_THAT(r.err,
+                HasSubstr("Working on Multisample \"Soft\" (1 of 2) Rendering and writing Key 60 "
+                          "(\"C4\")"));
     AiffContents contents;
     std::string message;
     ASSERT_TRUE(readAiff(dir.file("out/01-G4.aif"), contents, message)) << message;
@@ -136,14 +138,14 @@ TEST_F(ExportCommand, BadArgumentsAreUsageErrors)
 {
     CommandRun r = run({"export", path, "--format", "mp3", "--dest", dir.file("out")});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
-    EXPECT_NE(r.err.find("--format"), std::string::npos);
+    EXPECT_THAT(r.err, HasSubstr("--format"));
     r = run({"export", path, "--format", "wav", "--dest", dir.file("out"), "--settings", "0xZZ"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
-    EXPECT_NE(r.err.find("--settings"), std::string::npos);
+    EXPECT_THAT(r.err, HasSubstr("--settings"));
     r = run(
         {"export", path, "--format", "wav", "--dest", dir.file("out"), "--multisamples", "0,9"});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
-    EXPECT_NE(r.err.find("--multisamples"), std::string::npos);
+    EXPECT_THAT(r.err, HasSubstr("--multisamples"));
 }
 
 TEST_F(ExportCommand, ExporterMessageAndExitOneOnFailure)
@@ -156,9 +158,7 @@ TEST_F(ExportCommand, ExporterMessageAndExitOneOnFailure)
     r = run({"export", path, "--format", "sf2", "--dest", dir.file("blocked/Bank.sf2"), "--quiet",
              "--json"});
     EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.out.find("\"error\": \"TGexport_SoundFont2():\\n\\nunable to open"),
-              std::string::npos)
-        << r.out;
+    EXPECT_THAT(r.out, HasSubstr("\"error\": \"TGexport_SoundFont2():\\n\\nunable to open"));
 }
 
 TEST_F(ExportCommand, SettingsWordOutsideTheFormatsChoicesIsRefusedBeforeWriting)
@@ -167,11 +167,10 @@ TEST_F(ExportCommand, SettingsWordOutsideTheFormatsChoicesIsRefusedBeforeWriting
     CommandRun r = run({"export", path, "--format", "prophetx", "--dest", usb, "--bank", "U1",
                         "--category", "Keys", "--settings", "0x20408", "--quiet"});
     EXPECT_EQ(r.status, cli::kExitFailed);
-    EXPECT_NE(r.err.find("The Export Settings word 0x00020408 is not allowed for \"Sequential "
-                         "Prophet-X (*.zip)\": frequency \"44.1 KHz\" is not offered (allowed: "
-                         "\"48 KHz\")."),
-              std::string::npos)
-        << r.err;
+    EXPECT_THAT(r.err,
+                HasSubstr("The Export Settings word 0x00020408 is not allowed for \"Sequential "
+                          "Prophet-X (*.zip)\": frequency \"44.1 KHz\" is not offered (allowed: "
+                          "\"48 KHz\")."));
     // Which words each format's choices allow is the export tests' business.
     EXPECT_FALSE(std::filesystem::exists(usb));
 }
@@ -198,8 +197,8 @@ TEST_F(ExportCommand, NamingSchemeWarningsArePrintedAndTheExportGoesOn)
                         "same", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     // The warnings' texts are NamingTags' business; both reach stderr.
-    EXPECT_NE(r.err.find("WARNING: The naming scheme does not contain"), std::string::npos);
-    EXPECT_NE(r.err.find("WARNING: the AIFF - Name does not contain"), std::string::npos);
+    EXPECT_THAT(r.err, HasSubstr("WARNING: The naming scheme does not contain"));
+    EXPECT_THAT(r.err, HasSubstr("WARNING: the AIFF - Name does not contain"));
     EXPECT_TRUE(std::filesystem::exists(dir.file("out/same.aif")));
 }
 
@@ -209,21 +208,19 @@ TEST_F(ExportCommand, AllProjectsExportEachProjectInTurn)
 
     CommandRun r = run({"export", path, other, "--format", "sf2", "--dest", dir.file("out")});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
-    EXPECT_NE(r.err.find("--all-projects"), std::string::npos) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("--all-projects"));
 
     r = run({"export", path, other, "--all-projects", "--format", "sf2", "--dest", dir.file("out"),
              "--quiet", "--json"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_GT(test::readFileBytes(dir.file("out/Cli.sf2")).size(), 4u * 8000);
     EXPECT_GT(test::readFileBytes(dir.file("out/Other.sf2")).size(), 4u * 8000);
-    EXPECT_NE(r.out.find("\"destination\": \"" + dir.file("out/Other.sf2") + "\""),
-              std::string::npos)
-        << r.out;
+    EXPECT_THAT(r.out, HasSubstr("\"destination\": \"" + dir.file("out/Other.sf2") + "\""));
 
     // A naming scheme without the Project name is exported but warned about.
     r = run({"export", path, other, "--all-projects", "--format", "wav", "--dest", dir.file("out"),
              "--naming", "<#msi#>-<#mn#>", "--quiet"});
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_NE(r.err.find("does not contain \"<#prj#>\""), std::string::npos) << r.err;
-    EXPECT_NE(r.out.find("Exported \"Other\" as WAV-Files"), std::string::npos) << r.out;
+    EXPECT_THAT(r.err, HasSubstr("does not contain \"<#prj#>\""));
+    EXPECT_THAT(r.out, HasSubstr("Exported \"Other\" as WAV-Files"));
 }

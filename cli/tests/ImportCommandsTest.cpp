@@ -86,12 +86,11 @@ TEST_F(ImportCommands, OccupiedKeysNeedReplaceOrSkip)
 {
     const std::string path = emptyProject("Twice", "44.1KHz, Stereo, 16bit");
     ASSERT_EQ(run({"import", path, dir.file("out/Piano-060.wav"), "--quiet"}).status, 0);
-    test::CommandRun r = run({"import", path, dir.file("out"), "--quiet"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "Key C4 (60) of the Multi-Sample \"Velocity 127\" already holds a "
-                     "Key-Sample; choose whether to replace or to skip such keys. (--replace or "
-                     "--skip)\n");
-    r = run({"import", path, dir.file("out"), "--skip", "--json"});
+    EXPECT_EQ(test::exitOf({"import", path, dir.file("out"), "--quiet"}),
+              (test::Exit{1, "Key C4 (60) of the Multi-Sample \"Velocity 127\" already holds a "
+                             "Key-Sample; choose whether to replace or to skip such keys. "
+                             "(--replace or --skip)\n"}));
+    const test::CommandRun r = run({"import", path, dir.file("out"), "--skip", "--json"});
     ASSERT_EQ(r.status, 0) << r.err;
     const nlohmann::json doc = nlohmann::json::parse(r.out);
     EXPECT_EQ(doc["imported"], 2);
@@ -135,9 +134,8 @@ TEST_F(ImportCommands, PresetsAndCopiesBetweenProjectFiles)
     EXPECT_EQ(info(dir.file("Fresh.TGprj"))["multisamples"][0]["AudioInFormat"],
               "44.1KHz, Stereo, 16bit");
     EXPECT_EQ(run({"preset", "rename", "Keys", "Piano Keys"}).status, 0);
-    r = run({"preset", "delete", "Keys"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "There is no preset named \"Keys\".\n");
+    EXPECT_EQ(test::exitOf({"preset", "delete", "Keys"}),
+              (test::Exit{1, "There is no preset named \"Keys\".\n"}));
 
     // Into the existing project, then a new one; names and files are InstrumentCopierTest's.
     ASSERT_EQ(run({"copy-instrument", source, dir.file("Fresh.TGprj")}).status, 0);

@@ -61,10 +61,8 @@ TEST_F(ListCommands, RenameDuplicateMoveAndDeleteChangeTheFile)
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(names("Piano"), (std::vector<std::string>{"Soft", "Forte"}));
 
-    r = run({"msl", "rename", path, "Soft", "--multisample", "1"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "A multisample with that name already exists!\n");
-
+    EXPECT_EQ(tg::test::exitOf({"msl", "rename", path, "Soft", "--multisample", "1"}),
+              (tg::test::Exit{1, "A multisample with that name already exists!\n"}));
     ASSERT_EQ(run({"msl", "duplicate", path, "--multisample", "0"}).status, 0);
     ASSERT_EQ(run({"msl", "move", path, "up", "--multisample", "2"}).status, 0);
     EXPECT_EQ(names("Piano"), (std::vector<std::string>{"Soft", "Soft-1", "Forte"}));

@@ -8,6 +8,7 @@
 #include "core/ProjectFile.h"
 #include "tests/support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -15,9 +16,13 @@
 #include <string>
 #include <vector>
 
+using testing::HasSubstr;
+
 namespace {
 
 using tg::test::CommandRun;
+using tg::test::Exit;
+using tg::test::exitOf;
 constexpr auto run = tg::test::runCli;
 
 class ProjectCommands : public ::testing::Test {
@@ -58,17 +63,14 @@ TEST_F(ProjectCommands, NewWithThreeLayersOf61KeysShowsInInfo)
     for (int i = 0; i < 3; ++i) {
         SCOPED_TRACE(i);
         const nlohmann::json& m = doc["multisamples"][i];
-        EXPECT_EQ(m["KBrangeIn"], 36);
-        EXPECT_EQ(m["KBrangeOut"], 96);
-        EXPECT_EQ(m["MIDIoutDevice"], "Synth");
-        EXPECT_EQ(m["AudioInDevice"], "Line In");
-        EXPECT_EQ(m["AudioInFormat"], "48KHz, Mono, 24bit");
-        EXPECT_EQ(m["MIDIoutChannel"], 1);
-        EXPECT_EQ(m["MIDIoutProgram"], 10);
-        EXPECT_EQ(m["notelength1"], 12.0);
-        EXPECT_EQ(m["releaselength1"], 0.5);
-        EXPECT_EQ(m["autoloop"], 1);
-        EXPECT_EQ(m["loopoutsearchstart"], 83.5); // from --loop-start 70
+        // loopoutsearchstart follows from --loop-start 70.
+        const auto expected = nlohmann::json::parse(
+            R"({"KBrangeIn": 36, "KBrangeOut": 96, "MIDIoutDevice": "Synth", "MIDIoutChannel": 1,)"
+            R"( "AudioInDevice": "Line In", "AudioInFormat": "48KHz, Mono, 24bit", "autoloop": 1,)"
+            R"( "MIDIoutProgram": 10, "notelength1": 12.0, "releaselength1": 0.5,)"
+            R"( "loopoutsearchstart": 83.5})");
+        for (const auto& [field, value] : expected.items())
+            EXPECT_EQ(m[field], value) << field;
         ASSERT_EQ(m["keys"].size(), 128u);
         EXPECT_EQ(m["keys"][39]["keyState"], 1); // every third key from 36
         EXPECT_EQ(m["keys"][40]["keyState"], 0);
@@ -78,19 +80,15 @@ TEST_F(ProjectCommands, NewWithThreeLayersOf61KeysShowsInInfo)
 
     const CommandRun people = run({"info", path()});
     EXPECT_EQ(people.status, 0);
-    EXPECT_NE(people.out.find("Velocity 84: velocity 42-84, keys C2-C7, 21 selected"),
-              std::string::npos)
-        << people.out;
+    EXPECT_THAT(people.out, HasSubstr("Velocity 84: velocity 42-84, keys C2-C7, 21 selected"));
 }
 
 TEST_F(ProjectCommands, NewRefusesWhatTheWizardRefuses)
 {
-    CommandRun r = run({"new", path(), "--data-path", ""});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "Please enter a non-empty path.\n");
-    r = run({"new", path(), "--data-path", dir.file("missing")});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "This path does not exist. Please enter a valid path.\n");
+    EXPECT_EQ(exitOf({"new", path(), "--data-path", ""}),
+              (Exit{1, "Please enter a non-empty path.\n"}));
+    EXPECT_EQ(exitOf({"new", path(), "--data-path", dir.file("missing")}),
+              (Exit{1, "This path does not exist. Please enter a valid path.\n"}));
     EXPECT_FALSE(std::filesystem::exists(path()));
 
     EXPECT_EQ(run({"new", path(), "--data-path", dir.path(), "--channel", "17"}).status, 2);
@@ -99,9 +97,9 @@ TEST_F(ProjectCommands, NewRefusesWhatTheWizardRefuses)
     EXPECT_EQ(run({"new", dir.file("x.prj"), "--data-path", dir.path()}).status, 2);
 
     create();
-    r = run({"new", path(), "--data-path", dir.path()});
+    const CommandRun r = run({"new", path(), "--data-path", dir.path()});
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("already exists"), std::string::npos);
+    EXPECT_THAT(r.err, HasSubstr("already exists"));
 }
 
 TEST_F(ProjectCommands, InfoOfABadFileReportsTheReadError)
@@ -111,41 +109,33 @@ TEST_F(ProjectCommands, InfoOfABadFileReportsTheReadError)
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(nlohmann::json::parse(r.out)["error"],
               "read error: " + path() + "\n\nmaybe wrong format?");
-    r = run({"info", dir.file("none.TGprj")});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "unable to open: " + dir.file("none.TGprj") + "\n");
+    EXPECT_EQ(exitOf({"info", dir.file("none.TGprj")}),
+              (Exit{1, "unable to open: " + dir.file("none.TGprj") + "\n"}));
 }
 
 TEST_F(ProjectCommands, EmptyPathsAndFoldersAreRefusedWithTheirOwnMessages)
 {
-    CommandRun r = run({"info", ""});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "No project file given: the path is empty.\n");
-    r = run({"info", dir.path()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "The project file '" + dir.path() + "' is a folder, not a file.\n");
+    EXPECT_EQ(exitOf({"info", ""}), (Exit{1, "No project file given: the path is empty.\n"}));
+    EXPECT_EQ(exitOf({"info", dir.path()}),
+              (Exit{1, "The project file '" + dir.path() + "' is a folder, not a file.\n"}));
     ASSERT_TRUE(tg::test::writeFileBytes(dir.file("plain"), "x"));
-    r = run({"info", dir.file("plain/P.TGprj"), "--json"});
+    const CommandRun r = run({"info", dir.file("plain/P.TGprj"), "--json"});
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(nlohmann::json::parse(r.out)["error"],
               "unable to open: " + dir.file("plain/P.TGprj"));
-
-    r = run({"new", "", "--data-path", dir.path()});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_EQ(r.err, "Bad argument '': the project file's path is empty.\n");
-    r = run({"demo", ""});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "No folder given for the demo: the path is empty.\n");
+    EXPECT_EQ(exitOf({"new", "", "--data-path", dir.path()}),
+              (Exit{2, "Bad argument '': the project file's path is empty.\n"}));
+    EXPECT_EQ(exitOf({"demo", ""}),
+              (Exit{1, "No folder given for the demo: the path is empty.\n"}));
 }
 
 TEST_F(ProjectCommands, DemoRefusesAFolderHoldingFilesItDidNotMake)
 {
     ASSERT_TRUE(tg::test::writeFileBytes(dir.file("DemoPiano.TGprj"), "an earlier demo's"));
     ASSERT_TRUE(tg::test::writeFileBytes(dir.file("notes.txt"), "the user's own"));
-    const CommandRun r = run({"demo", dir.path(), "--quiet"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "The folder '" + dir.path() +
-                         "' holds files the demo did not make; name a new or empty folder.\n");
+    EXPECT_EQ(exitOf({"demo", dir.path(), "--quiet"}),
+              (Exit{1, "The folder '" + dir.path() +
+                           "' holds files the demo did not make; name a new or empty folder.\n"}));
     EXPECT_EQ(tg::test::readFileBytes(dir.file("notes.txt")), "the user's own");
     EXPECT_EQ(tg::test::readFileBytes(dir.file("DemoPiano.TGprj")), "an earlier demo's");
 }
@@ -193,12 +183,8 @@ TEST_F(ProjectCommands, SetWritesMidiControllersIntoTheirTables)
     ASSERT_TRUE(tg::cli::openProjectFile(model, path(), message)) << message;
     const tg::TGmsl& msl = model.currentProject()->msl[1];
     // Controller 7 is switched off but keeps its value; 39 is the LSB of controller 7.
-    EXPECT_EQ(msl.controllerTable[7][0], 0);
-    EXPECT_EQ(msl.controllerTable[7][1], 100);
-    EXPECT_EQ(msl.controllerTable[7][2], 1);
-    EXPECT_EQ(msl.controllerTable[7][3], 5);
-    EXPECT_EQ(msl.parameterTable[74 - 64][0], 1);
-    EXPECT_EQ(msl.parameterTable[74 - 64][1], 64);
+    EXPECT_THAT(msl.controllerTable[7], testing::ElementsAre(0, 100, 1, 5));
+    EXPECT_THAT(msl.parameterTable[74 - 64], testing::ElementsAre(1, 64));
     EXPECT_EQ(model.currentProject()->msl[0].parameterTable[74 - 64][0], 0);
 
     const std::string before = tg::test::readFileBytes(path());

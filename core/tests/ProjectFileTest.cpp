@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -188,9 +189,7 @@ TEST_F(ProjectFileTest, MultiSampleCountAbove128LoadsWhat128BlocksHold)
     writeFile("Many.TGprj", full.bytes());
     ASSERT_TRUE(load({"Many.TGprj"}, {true, false, {}})) << message;
     const Project& q = model.project(0);
-    EXPECT_EQ(q.mslCount, 128);
-    EXPECT_EQ(q.currentMsl, 127);
-    EXPECT_EQ(q.topMsl, 127);
+    EXPECT_EQ(std::make_tuple(q.mslCount, q.currentMsl, q.topMsl), std::make_tuple(128, 127, 127));
 
     ProjectFileBuilder few(2980);
     few.header("Few", "/d", 200);
@@ -215,10 +214,8 @@ TEST_F(ProjectFileTest, LengthsAboveTheirLimitsAreClamped)
     writeFile("Long.TGprj", b.bytes());
     ASSERT_TRUE(load({"Long.TGprj"}, {true, false, {}})) << message;
     const tg::RecordSettings& rs = model.project(0).msl[0].recordsettings;
-    EXPECT_EQ(rs.notelength1, 3600.0);
-    EXPECT_EQ(rs.notelength2, 3600.0);
-    EXPECT_EQ(rs.releaselength1, 1800.0);
-    EXPECT_EQ(rs.releaselength2, 1800.0);
+    EXPECT_EQ(std::make_tuple(rs.notelength1, rs.notelength2, rs.releaselength1, rs.releaselength2),
+              std::make_tuple(3600.0, 3600.0, 1800.0, 1800.0));
 }
 
 TEST_F(ProjectFileTest, CutNameWarnsFrom48CharactersAndSavingGoesBackToTheLoadedFile)

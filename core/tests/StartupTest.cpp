@@ -26,8 +26,10 @@ bool endsWith(const std::string& text, const std::string& end)
            text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
+// Each test starts in an empty user data folder of its own, whatever ran before it.
 class Startup : public ::testing::Test {
   protected:
+    tg::test::TempDir home;
     tg::Model model;
     tg::CoreFolders folders;
     tg::StartupHooks hooks;
@@ -36,6 +38,7 @@ class Startup : public ::testing::Test {
 
     void SetUp() override
     {
+        setenv("TONEGRABBER_HOME", home.path().c_str(), 1);
         folders = tg::determineCoreFolders();
         hooks.progress = [this](const std::string& step) { steps.push_back(step); };
     }

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -69,11 +70,9 @@ TEST_F(ExportSampleSets, AiffFilesGetTheKeyZoneAndTheirName)
         << message;
     const auto& file = audio.written.at("/out/x-00.aif");
     EXPECT_EQ(file.name, "x-00");
-    EXPECT_EQ(file.instrument.rootKey, 60);
-    EXPECT_EQ(file.instrument.lowKey, 55);
-    EXPECT_EQ(file.instrument.highKey, 72);
-    EXPECT_EQ(file.instrument.lowVelocity, 1);
-    EXPECT_EQ(file.instrument.highVelocity, 127);
+    const auto& i = file.instrument; // root key, key zone, velocity range
+    EXPECT_EQ(std::make_tuple(i.rootKey, i.lowKey, i.highKey, i.lowVelocity, i.highVelocity),
+              std::make_tuple(60, 55, 72, 1, 127));
 }
 
 TEST_F(ExportSampleSets, MessagesCarryTheirEntryName)

@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 namespace tg {
 namespace {
@@ -56,13 +57,11 @@ TEST_F(Presets, APresetKeepsSettingsAndKeyChoicesButNoTake)
     auto preset = std::make_unique<Project>();
     stripToPreset(*original, *preset);
     const TGmsl_key& key = preset->msl[1].keys[40];
-    EXPECT_EQ(key.keyState, 1);
-    EXPECT_EQ(key.mapHighFlag, 0);
-    EXPECT_EQ(key.mapHigh, 45);
-    EXPECT_EQ(key.hasAudio, 0);
-    EXPECT_EQ(key.Note_In, 0);
-    EXPECT_EQ(key.Loop_Out, 0);
-    EXPECT_EQ(key.loopMode, 0);
+    // Chosen, with its manual zone; no take and no markers.
+    EXPECT_EQ(std::make_tuple(key.keyState, key.mapHighFlag, key.mapHigh),
+              std::make_tuple(1, 0, 45));
+    EXPECT_EQ(std::make_tuple(key.hasAudio, key.Note_In, key.Loop_Out, key.loopMode),
+              std::make_tuple(0, 0, 0, 0));
     EXPECT_STREQ(key.name, "Noname");
     EXPECT_STREQ(preset->dataPath, "");
     // Everything but the keys and the data path is the Project's own.

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <vector>
+
 namespace tg {
 namespace {
 
@@ -26,6 +29,16 @@ struct ChunkReader {
             value = (value << 8) | (u8() & 0xFF);
         return value;
     }
+    // The next `count` bytes or 32-bit words, to check a run of fields at once.
+    std::vector<uint32_t> u8s(int count) { return many(count, &ChunkReader::u8); }
+    std::vector<uint32_t> u32s(int count) { return many(count, &ChunkReader::u32); }
+    std::vector<uint32_t> many(int count, uint32_t (ChunkReader::*read)())
+    {
+        std::vector<uint32_t> values;
+        for (int i = 0; i < count; ++i)
+            values.push_back((this->*read)());
+        return values;
+    }
     std::string text(size_t width)
     {
         std::string out = at + width <= bytes.size() ? bytes.substr(at, width) : std::string();
@@ -44,7 +57,16 @@ struct ChunkReader {
 struct KmpZoneRead {
     uint32_t original, top;
     std::string file;
+    bool operator==(const KmpZoneRead& o) const
+    {
+        return original == o.original && top == o.top && file == o.file;
+    }
 };
+
+void PrintTo(const KmpZoneRead& z, std::ostream* os)
+{
+    *os << z.original << "-" << z.top << " " << z.file;
+}
 
 std::vector<KmpZoneRead> readKmp(const std::string& path, std::string& name16, std::string& name24,
                                  uint32_t& number)
@@ -60,10 +82,7 @@ std::vector<KmpZoneRead> readKmp(const std::string& path, std::string& name16, s
     EXPECT_EQ(r.chunk("RLP1"), 18u * count);
     for (uint32_t i = 0; i < count; ++i) {
         KmpZoneRead zone{r.u8(), r.u8(), ""};
-        EXPECT_EQ(r.u8(), 0u);  // tune
-        EXPECT_EQ(r.u8(), 0u);  // level
-        EXPECT_EQ(r.u8(), 64u); // pan
-        EXPECT_EQ(r.u8(), 0u);  // filter
+        EXPECT_EQ(r.u8s(4), (std::vector<uint32_t>{0, 0, 64, 0})); // tune, level, pan, filter
         zone.file = r.text(12);
         zones.push_back(zone);
     }
@@ -125,18 +144,12 @@ TEST(KorgKronos, MonoExportWritesScriptGapZonesAndSamplesThatReadBack)
     EXPECT_EQ(name16, "Felt          -L");
     EXPECT_EQ(name24, "Felt                  -L");
     EXPECT_EQ(number, 1u);
-    ASSERT_EQ(zones.size(), 5u);
-    EXPECT_EQ(zones[0].file, "SKIPPEDSAMPL");
-    EXPECT_EQ(zones[0].original, 0u);
-    EXPECT_EQ(zones[0].top, 35u);
-    EXPECT_EQ(zones[1].original, 40u);
-    EXPECT_EQ(zones[1].top, 47u);
-    EXPECT_EQ(zones[2].original, 50u);
-    EXPECT_EQ(zones[3].file, "SKIPPEDSAMPL");
-    EXPECT_EQ(zones[3].original, 56u);
-    EXPECT_EQ(zones[3].top, 59u);
-    EXPECT_EQ(zones[4].original, 62u);
-    EXPECT_EQ(zones[4].top, 70u);
+    // Gaps below and between the zones are filled with skipped samples.
+    ASSERT_EQ(zones, (std::vector<KmpZoneRead>{{0, 35, "SKIPPEDSAMPL"},
+                                               {40, 47, "MS001001.KSF"},
+                                               {50, 55, "MS001002.KSF"},
+                                               {56, 59, "SKIPPEDSAMPL"},
+                                               {62, 70, "MS001003.KSF"}}));
 
     const auto full = readKmp(run.folder + "/Strin010.KMP", name16, name24, number);
     ASSERT_EQ(full.size(), 1u);
@@ -144,19 +157,13 @@ TEST(KorgKronos, MonoExportWritesScriptGapZonesAndSamplesThatReadBack)
 
     // The looped sample at key 40: stereo source audio, left channel, 16-bit big-endian.
     ChunkReader ksf{test::readFileBytes(run.folder + "/" + zones[1].file)};
-    ASSERT_EQ(zones[1].file, "MS001001.KSF");
     EXPECT_EQ(ksf.chunk("SMP1"), 32u);
     EXPECT_EQ(ksf.text(16), "Felt-040        ");
-    EXPECT_EQ(ksf.u32(), 0u);
-    EXPECT_EQ(ksf.u32(), 75u);  // start address 2 = loop start (300 / 4)
-    EXPECT_EQ(ksf.u32(), 75u);  // loop start
-    EXPECT_EQ(ksf.u32(), 290u); // loop end, last loop frame
+    // Start, start address 2 (= loop start, 300 / 4), loop start, loop end (last loop frame).
+    EXPECT_EQ(ksf.u32s(4), (std::vector<uint32_t>{0, 75, 75, 290}));
     EXPECT_EQ(ksf.chunk("SMD1"), 300u * 2 + 12);
     EXPECT_EQ(ksf.u32(), 48000u);
-    EXPECT_EQ(ksf.u8(), 0u);  // looped
-    EXPECT_EQ(ksf.u8(), 0u);  // loop tune
-    EXPECT_EQ(ksf.u8(), 1u);  // channels
-    EXPECT_EQ(ksf.u8(), 16u); // bits
+    EXPECT_EQ(ksf.u8s(4), (std::vector<uint32_t>{0, 0, 1, 16})); // looped, tune, channels, bits
     EXPECT_EQ(ksf.u32(), 300u);
     const RenderedSample input = test::syntheticSample(0, 40, 300, 2, 16, true);
     for (int frame = 0; frame < 300; ++frame) {
@@ -176,10 +183,7 @@ TEST(KorgKronos, MonoExportWritesScriptGapZonesAndSamplesThatReadBack)
     ChunkReader once{test::readFileBytes(run.folder + "/MS001002.KSF")};
     once.chunk("SMP1");
     once.text(16);
-    EXPECT_EQ(once.u32(), 0u);
-    EXPECT_EQ(once.u32(), 0u);
-    EXPECT_EQ(once.u32(), 0u);
-    EXPECT_EQ(once.u32(), 299u);
+    EXPECT_EQ(once.u32s(4), (std::vector<uint32_t>{0, 0, 0, 299}));
     once.chunk("SMD1");
     once.u32();
     EXPECT_EQ(once.u8(), 128u);
@@ -209,10 +213,7 @@ TEST(KorgKronos, StereoGivesLeftAndRightKmpsOfMonoSamples)
     ksf.text(16);
     EXPECT_EQ(ksf.chunk("SMD1"), 300u + 12);
     ksf.u32();
-    ksf.u8();
-    ksf.u8();
-    EXPECT_EQ(ksf.u8(), 1u);
-    EXPECT_EQ(ksf.u8(), 8u);
+    EXPECT_EQ(ksf.u8s(4), (std::vector<uint32_t>{0, 0, 1, 8})); // looped, tune, channels, bits
     EXPECT_EQ(ksf.u32(), 300u);
     const RenderedSample input = test::syntheticSample(0, 40, 300, 2, 8, true);
     for (int frame = 0; frame < 300; ++frame)

@@ -2,6 +2,7 @@
 #include "analysis/LevelOperations.h"
 
 #include "audiofile/WavFile.h"
+#include "core/FolderSyncBatch.h"
 #include "core/Message.h"
 #include "core/Names.h"
 
@@ -45,6 +46,8 @@ int forEachKey(const Project& project, KeyScope scope, int msl, int note, const 
                const JobProgress& progress, Work work)
 {
     const std::vector<int> msls = multiSamplesInScope(project, scope, msl);
+    // A job that rewrites the Key-Samples syncs the data folder once, at the end.
+    FolderSyncBatch folderSyncs;
     size_t slots = 0;
     for (int m : msls) {
         for (int n = 0; n < kKeyCount; ++n, ++slots) {

@@ -143,33 +143,43 @@ double processorSeconds()
     return double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
 }
 
-// Best of `runs` timed runs, each into a fresh folder, after the recordings were settled.
-Figure measure(const Subject& subject, const fs::path& work, int runs)
+// One timed run of `subject` into a fresh folder, after the recordings were settled; keeps the
+// best time in `figure`.
+void timeOneRun(const Subject& subject, const fs::path& work, bool cold, Figure& figure)
 {
-    Figure figure{1e30, 1e30, 0.0, 0};
-    for (int cold = 0; cold < 2; ++cold) {
-        for (int run = 0; run < runs; ++run) {
-            const fs::path out = work / "out";
-            fs::remove_all(out);
-            fs::create_directories(out);
-            settleFiles(work / "data", cold != 0);
-            const auto start = std::chrono::steady_clock::now();
-            const double startCpu = processorSeconds();
-            if (!subject.run(out)) {
-                std::fprintf(stderr, "%s failed\n", subject.name);
-                std::exit(1);
-            }
-            const double seconds =
-                std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-            double& best = cold ? figure.cold : figure.warm;
-            if (!cold && seconds < best)
-                figure.cpu = processorSeconds() - startCpu;
-            best = std::min(best, seconds);
-            figure.bytes = treeBytes(out);
-        }
+    const fs::path out = work / "out";
+    fs::remove_all(out);
+    fs::create_directories(out);
+    settleFiles(work / "data", cold);
+    const auto start = std::chrono::steady_clock::now();
+    const double startCpu = processorSeconds();
+    if (!subject.run(out)) {
+        std::fprintf(stderr, "%s failed\n", subject.name);
+        std::exit(1);
     }
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    double& best = cold ? figure.cold : figure.warm;
+    if (!cold && seconds < best)
+        figure.cpu = processorSeconds() - startCpu;
+    best = std::min(best, seconds);
+    figure.bytes = treeBytes(out);
+}
+
+// Best of `runs` runs of every subject. The subjects take turns run by run rather than one
+// after the other: on ext4 without a journal every new file is slower to create the more
+// files were deleted in the last minutes (the allocator steps over their inodes), so a
+// subject measured after all the others' deleted outputs would pay for them.
+std::vector<Figure> measure(const std::vector<const Subject*>& subjects, const fs::path& work,
+                            int runs)
+{
+    std::vector<Figure> figures(subjects.size(), Figure{1e30, 1e30, 0.0, 0});
+    for (int cold = 0; cold < 2; ++cold)
+        for (int run = 0; run < runs; ++run)
+            for (size_t i = 0; i < subjects.size(); ++i)
+                timeOneRun(*subjects[i], work, cold != 0, figures[i]);
     fs::remove_all(work / "out");
-    return figure;
+    return figures;
 }
 
 } // namespace
@@ -224,18 +234,18 @@ int main(int argc, char** argv)
     // itself costs.
     std::printf("%-12s %9s %9s %9s %9s %12s %12s\n", "", "warm s", "cold s", "cpu s", "MiB",
                 "warm/synced", "cold/synced");
-    std::vector<Figure> figures;
-    for (const Subject& subject : subjects) {
-        if (!only.empty() && figures.size() >= 2 && only != subject.name)
-            continue;
-        figures.push_back(measure(subject, work, runs));
-        const Figure& f = figures.back();
-        std::printf("%-12s %9.3f %9.3f %9.3f %9.1f", subject.name, f.warm, f.cold, f.cpu,
+    std::vector<const Subject*> chosen;
+    for (const Subject& subject : subjects)
+        if (only.empty() || chosen.size() < 2 || only == subject.name)
+            chosen.push_back(&subject);
+    const std::vector<Figure> figures = measure(chosen, work, runs);
+    for (size_t i = 0; i < chosen.size(); ++i) {
+        const Figure& f = figures[i];
+        std::printf("%-12s %9.3f %9.3f %9.3f %9.1f", chosen[i]->name, f.warm, f.cold, f.cpu,
                     double(f.bytes) / (1024.0 * 1024.0));
-        if (figures.size() > 1)
+        if (i > 0)
             std::printf(" %12.2f %12.2f", f.warm / figures[1].warm, f.cold / figures[1].cold);
         std::printf("\n");
-        std::fflush(stdout);
     }
     const double files = double(kLayers * kKeys);
     std::printf("syncing costs %.2f ms per file (synced minus plain copy, warm)\n",

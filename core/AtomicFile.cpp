@@ -1,6 +1,7 @@
 // Whole-or-nothing file writing: temporary file, sync, rename, sync of the folder.
 #include "core/AtomicFile.h"
 
+#include "core/FolderSyncBatch.h"
 #include "core/ScratchFolders.h"
 
 #include <cerrno>
@@ -47,14 +48,19 @@ std::string parentFolder(const std::string& path)
 
 } // namespace
 
+bool syncFolder(const std::string& folder)
+{
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool ok = fsync(descriptor) == 0;
+    ::close(descriptor);
+    return ok;
+}
+
 bool syncParentFolder(const std::string& path)
 {
-    const int folder = ::open(parentFolder(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return false;
-    const bool ok = fsync(folder) == 0;
-    ::close(folder);
-    return ok;
+    return syncFolder(parentFolder(path));
 }
 
 AtomicFile::AtomicFile(std::string target) : target_(resolvedTarget(target)) {}
@@ -151,8 +157,11 @@ bool AtomicFile::commit()
     temporary_.clear();
     // The new file is complete either way; a folder that cannot be synced only weakens the
     // guarantee after a power cut, so it is not reported as a failed write.
-    if (durable)
-        syncParentFolder(target_);
+    if (durable) {
+        const std::string folder = parentFolder(target_);
+        if (!FolderSyncBatch::takeFolderSync(folder))
+            syncFolder(folder);
+    }
     return true;
 }
 

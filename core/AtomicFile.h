@@ -12,9 +12,10 @@ namespace tg {
 // Writes into a temporary file in the target's own folder (so the final rename never crosses
 // file systems); `commit()` flushes it, syncs it to disk, gives it the mode of the file it
 // replaces (or the usual 0666 less the umask for a new one), renames it over the target and
-// syncs the folder so that the rename itself survives a power cut. Until `commit()` succeeds the
-// old target is untouched; destruction without a commit removes the temporary file. Files in a
-// scratch folder (ScratchFolders.h) are renamed into place without the syncs.
+// syncs the folder so that the rename itself survives a power cut (at once, or once for many
+// files when a FolderSyncBatch is open on this thread). Until `commit()` succeeds the old target
+// is untouched; destruction without a commit removes the temporary file. Files in a scratch
+// folder (ScratchFolders.h) are renamed into place without the syncs.
 //
 // Thread rules: one object per writer, any thread; not for audio callbacks.
 class AtomicFile {
@@ -61,7 +62,9 @@ class AtomicFile {
 // with the target untouched.
 bool replaceFileContents(const std::string& target, const void* data, size_t size);
 
-// Syncs the folder holding `path` so that a rename or a new file in it is on disk.
+// Syncs `folder` so that a rename or a new file in it is on disk.
+bool syncFolder(const std::string& folder);
+// Syncs the folder holding `path`.
 bool syncParentFolder(const std::string& path);
 
 } // namespace tg

@@ -2,6 +2,7 @@
 #include "export/ExportRunner.h"
 
 #include "audiofile/WavFile.h"
+#include "core/FolderSyncBatch.h"
 #include "core/Message.h"
 #include "core/Paths.h"
 #include "export/ExportFormats.h"
@@ -325,6 +326,9 @@ int runExport(Project& project, const ExportRequest& request, const ExportServic
     if (!checkFreeSpace(project, word, checkFolder(request, info->format), probe, message))
         return 0;
 
+    // Each file is synced as it is put in place; the folders they went into are synced once,
+    // before the export reports back, rather than after every file.
+    FolderSyncBatch folderSyncs;
     return exporter(project, resolved, word, loopOnly, services, message);
 }
 

@@ -15,6 +15,7 @@ tg_add_tests(tg_export_further_tests
     SOURCES
         decent/tests/DecentSamplerExportTest.cpp
         tests/FurtherFormatsMenuTest.cpp
+        tests/InterruptedExportTest.cpp
         op1/tests/Op1ExportTest.cpp
         volca/tests/VolcaExportTest.cpp
         tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h

@@ -4,6 +4,7 @@
 #include "analysis/AutoNote.h"
 #include "analysis/KeySampleFile.h"
 #include "audiofile/SampleConverter.h"
+#include "core/FolderSyncBatch.h"
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/NoteNames.h"
@@ -309,6 +310,8 @@ int runImport(Model& model, const std::vector<ImportItem>& plan, const ImportRun
         project->modified = 1;
     }
 
+    // Each imported file is synced as it is written; the data folder once, after the last.
+    FolderSyncBatch folderSyncs;
     int ok = project->mslCount > highest;
     for (size_t i = 0; ok && i < plan.size(); ++i) {
         const ImportItem& item = plan[i];

@@ -2,6 +2,7 @@
 #include "extras/InstrumentCopier.h"
 
 #include "core/AtomicFile.h"
+#include "core/FolderSyncBatch.h"
 #include "core/Names.h"
 
 #include <algorithm>
@@ -76,6 +77,8 @@ int copyInstruments(const Project& from, const std::vector<int>& indices, Projec
         return setMessage(message, "Couldn't find the datapath \"%s\"\nof the project \"%s\"",
                           to.dataPath, to.name);
 
+    // Each copied file is synced as it is written; the data folder once, after the last.
+    FolderSyncBatch folderSyncs;
     for (int index : chosen) {
         const TGmsl& source = from.msl[index];
         std::string name;

@@ -1,12 +1,15 @@
 // A replaced file keeps its mode and its links, and nothing reaches the target before commit;
-// scratch folders are told apart by whole names.
+// scratch folders are told apart by whole names; a folder-sync batch takes each folder of this
+// thread's commits once.
 #include "core/AtomicFile.h"
+#include "core/FolderSyncBatch.h"
 #include "core/ScratchFolders.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <thread>
 
 #include <sys/stat.h>
 
@@ -67,6 +70,40 @@ TEST(AtomicFile, NothingReachesTheTargetUntilCommitAndAFailedWriteKeepsTheOldFil
     tg::AtomicFile nowhere(dir.file("missing/t.bin"));
     EXPECT_FALSE(nowhere.open());
     EXPECT_NE(nowhere.errorNumber(), 0);
+}
+
+TEST(FolderSyncBatch, TakesEachFolderOfThisThreadsCommitsOnceAndNestedBatchesTheirOwn)
+{
+    tg::test::TempDir dir;
+    for (const char* folder : {"a", "b", "c", "stage"})
+        std::filesystem::create_directory(dir.file(folder));
+    tg::FolderSyncBatch batch;
+    ASSERT_TRUE(tg::replaceFileContents(dir.file("a/1.wav"), "one", 3));
+    ASSERT_TRUE(tg::replaceFileContents(dir.file("a/2.wav"), "two", 3));
+    ASSERT_TRUE(tg::replaceFileContents(dir.file("b/3.wav"), "three", 5));
+    EXPECT_EQ(batch.pendingFolders(), 2u);
+    // The files are in place at once: only the folder syncs wait.
+    EXPECT_EQ(tg::test::readFileBytes(dir.file("a/2.wav")), "two");
+    EXPECT_EQ(tg::test::readFileBytes(dir.file("b/3.wav")), "three");
+
+    // Another thread's commit syncs its own folder; a scratch folder needs no sync at all.
+    std::thread([&] { EXPECT_TRUE(tg::replaceFileContents(dir.file("c/4.wav"), "x", 1)); }).join();
+    tg::addScratchFolder(dir.file("stage"));
+    ASSERT_TRUE(tg::replaceFileContents(dir.file("stage/5.wav"), "y", 1));
+    tg::removeScratchFolder(dir.file("stage"));
+    EXPECT_EQ(batch.pendingFolders(), 2u);
+
+    {
+        tg::FolderSyncBatch inner;
+        ASSERT_TRUE(tg::replaceFileContents(dir.file("c/6.wav"), "z", 1));
+        EXPECT_EQ(inner.pendingFolders(), 1u);
+        EXPECT_EQ(batch.pendingFolders(), 2u);
+    }
+    ASSERT_TRUE(tg::replaceFileContents(dir.file("c/7.wav"), "w", 1));
+    EXPECT_EQ(batch.pendingFolders(), 3u);
+
+    batch.finish();
+    EXPECT_EQ(batch.pendingFolders(), 0u);
 }
 
 } // namespace

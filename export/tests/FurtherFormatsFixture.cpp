@@ -77,8 +77,10 @@ RecordedProject::RecordedProject()
             result.release.assign(result.note.end() - 400, result.note.end());
         for (int m = 0; m < project->mslCount; ++m)
             for (int n = 0; n < kKeyCount; ++n)
-                if (&project->msl[m].keys[n] == &key)
+                if (&project->msl[m].keys[n] == &key) {
+                    const std::lock_guard<std::mutex> hold(renderedLock);
                     rendered[{m, n}] = result;
+                }
         return 1;
     };
 }

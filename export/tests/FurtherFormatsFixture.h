@@ -9,6 +9,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,8 +29,10 @@ struct RecordedProject {
     TempDir dir;
     std::unique_ptr<Project> project = std::make_unique<Project>();
     ExportServices services;
-    // What the renderer gave each key, by (Multi-Sample index, note).
+    // What the renderer gave each key, by (Multi-Sample index, note). Keys render on several
+    // threads at once, so the map is filled under `renderedLock`.
     std::map<std::pair<int, int>, RenderedKey> rendered;
+    std::mutex renderedLock;
     // The zones the export maps, by (Multi-Sample index, note): low and high key.
     std::map<std::pair<int, int>, std::pair<int, int>> zones() const;
     std::string out; // an empty folder for the export

@@ -7,13 +7,13 @@
 #include "export/ExportAudioServices.h"
 #include "export/ExportSfz.h"
 #include "export/ExportWavFiles.h"
+#include "tests/clients/SndfileView.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/ProjectFileAccess.h"
 #include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <cstring>
 #include <filesystem>
@@ -27,27 +27,8 @@ constexpr int kLoopIn = 4000;
 constexpr int kLoopOut = 13999;
 constexpr int kNoteOut = 18999;
 
-struct SndfileCloser {
-    void operator()(SNDFILE* f) const { sf_close(f); }
-};
-
-struct SoundFileView {
-    bool opened = false;
-    SF_INFO info{};
-    bool hasInstrument = false;
-    SF_INSTRUMENT instrument{};
-};
-
-SoundFileView viewWithSndfile(const std::string& path)
-{
-    SoundFileView view;
-    std::unique_ptr<SNDFILE, SndfileCloser> file(sf_open(path.c_str(), SFM_READ, &view.info));
-    view.opened = file != nullptr;
-    if (file)
-        view.hasInstrument = sf_command(file.get(), SFC_GET_INSTRUMENT, &view.instrument,
-                                        sizeof view.instrument) == SF_TRUE;
-    return view;
-}
+using tg::test::SndfileView;
+using tg::test::viewWithSndfile;
 
 class ExportedSamples : public ::testing::Test {
   protected:
@@ -126,8 +107,8 @@ TEST_F(ExportedSamples, WavFilesCarryTheRenderedLoopAndRootKey)
         << message;
     for (const char* name : {"Soft-060.wav", "Soft-064.wav", "Loud-067.wav"}) {
         SCOPED_TRACE(name);
-        const SoundFileView view = viewWithSndfile(out + "/" + name);
-        ASSERT_TRUE(view.opened);
+        const SndfileView view = viewWithSndfile(out + "/" + name);
+        ASSERT_TRUE(view.file);
         // The note up to 16 frames after the loop end.
         EXPECT_EQ(view.info.frames, kLoopOut + 16 + 1 - kNoteIn);
         EXPECT_EQ(view.info.channels, std::strcmp(name, "Soft-064.wav") == 0 ? 2 : 1);
@@ -147,8 +128,8 @@ TEST_F(ExportedSamples, AiffFilesCarryTheLoopAsMarkersBetweenFrames)
         tg::TGexport_Aiff(out, "<#msi#>-<#n#>", project, {0}, kSettings, true, message, services),
         1)
         << message;
-    const SoundFileView view = viewWithSndfile(out + "/00-E4.aif");
-    ASSERT_TRUE(view.opened);
+    const SndfileView view = viewWithSndfile(out + "/00-E4.aif");
+    ASSERT_TRUE(view.file);
     EXPECT_EQ(view.info.channels, 2);
     // Loop only: the file is the loop itself.
     EXPECT_EQ(view.info.frames, kLoopOut - kLoopIn + 1);
@@ -165,8 +146,8 @@ TEST_F(ExportedSamples, SfzSampleFilesCarryLoopAndRootKey)
                                         message, services),
               1)
         << message;
-    const SoundFileView view = viewWithSndfile(out + "/Organ-001-067-G4.wav");
-    ASSERT_TRUE(view.opened);
+    const SndfileView view = viewWithSndfile(out + "/Organ-001-067-G4.wav");
+    ASSERT_TRUE(view.file);
     ASSERT_TRUE(view.hasInstrument);
     EXPECT_EQ(view.instrument.basenote, 67);
     EXPECT_EQ(view.instrument.loops[0].end, uint32_t(kLoopOut - kNoteIn + 1));

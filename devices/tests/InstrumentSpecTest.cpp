@@ -8,47 +8,60 @@
 #include <QSettings>
 #include <QString>
 
+#include <tuple>
+
 namespace tg {
 namespace {
 
-TEST(InstrumentSpec, SoundFontPathAloneTakesFirstPresetOfFirstBank)
+// A path alone takes the first preset of the first bank; an LV2 URI keeps its '#' and colons.
+TEST(InstrumentSpec, EachFormIsReadIntoTheRecord)
 {
-    InstrumentSpec choice;
-    std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("/usr/share/sounds/sf2/FluidR3_GM.sf2", choice, msg), 1) << msg;
-    EXPECT_EQ(choice.kind, InstrumentSpec::Kind::SoundFont);
-    EXPECT_EQ(choice.path, "/usr/share/sounds/sf2/FluidR3_GM.sf2");
-    EXPECT_EQ(choice.bank, 0);
-    EXPECT_EQ(choice.preset, 0);
-}
-
-TEST(InstrumentSpec, SoundFontOptionsAndPrefix)
-{
-    InstrumentSpec choice;
-    std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("sf2:/a/b:c.sf2?bank=128&preset=19&gain=0.8", choice, msg), 1)
-        << msg;
-    EXPECT_EQ(choice.path, "/a/b:c.sf2");
-    EXPECT_EQ(choice.bank, 128);
-    EXPECT_EQ(choice.preset, 19);
-    EXPECT_DOUBLE_EQ(choice.gain, 0.8);
-}
-
-TEST(InstrumentSpec, Lv2UriKeepsHashAndColonsAndReadsControls)
-{
-    InstrumentSpec choice;
-    std::string msg;
-    ASSERT_EQ(parseInstrumentSpec("lv2:http://example.org/organ#synth?cutoff=0.25&channel=3",
-                                  choice, msg),
-              1)
-        << msg;
-    EXPECT_EQ(choice.kind, InstrumentSpec::Kind::Lv2);
-    EXPECT_EQ(choice.uri, "http://example.org/organ#synth");
-    ASSERT_EQ(choice.controls.size(), 2u);
-    EXPECT_EQ(choice.controls[0].first, "cutoff");
-    EXPECT_FLOAT_EQ(choice.controls[0].second, 0.25f);
-    EXPECT_EQ(choice.controls[1].first, "channel");
-    EXPECT_FLOAT_EQ(choice.controls[1].second, 3.0f);
+    using Kind = InstrumentSpec::Kind;
+    using Controls = decltype(InstrumentSpec::controls);
+    struct Case {
+        const char* text;
+        Kind kind;
+        std::string path, uri;
+        int bank, preset;
+        double gain;
+        Controls controls;
+    };
+    const Case cases[] = {
+        {"/usr/share/sounds/sf2/FluidR3_GM.sf2",
+         Kind::SoundFont,
+         "/usr/share/sounds/sf2/FluidR3_GM.sf2",
+         "",
+         0,
+         0,
+         InstrumentSpec().gain,
+         {}},
+        {"sf2:/a/b:c.sf2?bank=128&preset=19&gain=0.8",
+         Kind::SoundFont,
+         "/a/b:c.sf2",
+         "",
+         128,
+         19,
+         0.8,
+         {}},
+        {"lv2:http://example.org/organ#synth?cutoff=0.25&channel=3",
+         Kind::Lv2,
+         "",
+         "http://example.org/organ#synth",
+         0,
+         0,
+         InstrumentSpec().gain,
+         {{"cutoff", 0.25f}, {"channel", 3.0f}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        InstrumentSpec choice;
+        std::string msg;
+        ASSERT_EQ(parseInstrumentSpec(c.text, choice, msg), 1) << msg;
+        EXPECT_EQ(choice.kind, c.kind);
+        EXPECT_EQ(std::tie(choice.path, choice.uri, choice.bank, choice.preset, choice.controls),
+                  std::tie(c.path, c.uri, c.bank, c.preset, c.controls));
+        EXPECT_DOUBLE_EQ(choice.gain, c.gain);
+    }
 }
 
 TEST(InstrumentSpec, TextFormReadsBackToTheSameRecord)

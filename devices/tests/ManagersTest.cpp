@@ -15,6 +15,7 @@
 
 #include <cstring>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace tg {
@@ -181,48 +182,44 @@ TEST_F(MidiManagerTest, ThroughPassesTheInputChannelOnToTheSourceInsteadOfPlayin
     EXPECT_TRUE(manager->notePending());
 }
 
-TEST(AudioManager, OutputFollowsTheInputRateAndBits)
-{
-    application();
+class AudioManagerTest : public ::testing::Test {
+  protected:
+    AudioManagerTest()
+    {
+        std::strcpy(msl.AudioInDevice, "-No Audio In-");
+        std::strcpy(msl.AudioInFormat, "44.1KHz, Stereo, 16bit");
+    }
+
+    QCoreApplication& app = application();
     AudioManager manager;
+    TGmsl msl;
+};
+
+TEST_F(AudioManagerTest, OutputFollowsTheInputRateAndBits)
+{
     AudioStreamConfig none{-1, -1, -1, 0, 0, 0, -1.0f};
     AudioStreamConfig output = manager.buildOutputConfig(none);
-    EXPECT_EQ(output.sampleRate, 44100);
-    EXPECT_EQ(output.bits, 16);
-    EXPECT_EQ(output.channels, 2);
-    EXPECT_EQ(output.channelLeft, -1);
-    EXPECT_EQ(output.latency, -1.0f);
-    AudioStreamConfig input{3, -1, -1, 96000, 24, 1, -1.0f};
-    output = manager.buildOutputConfig(input);
-    EXPECT_EQ(output.sampleRate, 96000);
-    EXPECT_EQ(output.bits, 24);
-    EXPECT_EQ(output.channels, 2);
+    EXPECT_EQ(std::tie(output.sampleRate, output.bits, output.channels, output.channelLeft,
+                       output.latency),
+              std::make_tuple(44100, 16, 2, -1, -1.0f));
+    output = manager.buildOutputConfig(AudioStreamConfig{3, -1, -1, 96000, 24, 1, -1.0f});
+    EXPECT_EQ(std::tie(output.sampleRate, output.bits, output.channels),
+              std::make_tuple(96000, 24, 2));
 }
 
-TEST(AudioManager, InputComesFromTheStoredFormatAndUnknownDevicesAreUnused)
+TEST_F(AudioManagerTest, InputComesFromTheStoredFormatAndUnknownDevicesAreUnused)
 {
-    application();
-    AudioManager manager;
-    TGmsl msl;
-    std::strcpy(msl.AudioInDevice, "-No Audio In-");
     std::strcpy(msl.AudioInFormat, "48KHz, Mono, 24bit");
     msl.audioInChannelL = {5, 5, 5};
-    AudioStreamConfig input = manager.buildInputConfig(msl);
-    EXPECT_EQ(input.device, -1);
-    EXPECT_EQ(input.sampleRate, 48000);
-    EXPECT_EQ(input.bits, 24);
-    EXPECT_EQ(input.channels, 1);
-    EXPECT_EQ(input.channelLeft, -1); // no device here has five channel names
-    EXPECT_EQ(input.latency, -1.0f);
+    const AudioStreamConfig input = manager.buildInputConfig(msl);
+    // No device here has five channel names: the left channel is left to the device.
+    EXPECT_EQ(std::tie(input.device, input.sampleRate, input.bits, input.channels,
+                       input.channelLeft, input.latency),
+              std::make_tuple(-1, 48000, 24, 1, -1, -1.0f));
 }
 
-TEST(AudioManager, UnchangedSettingsDoNotReopen)
+TEST_F(AudioManagerTest, UnchangedSettingsDoNotReopen)
 {
-    application();
-    AudioManager manager;
-    TGmsl msl;
-    std::strcpy(msl.AudioInDevice, "-No Audio In-");
-    std::strcpy(msl.AudioInFormat, "44.1KHz, Stereo, 16bit");
     std::string msg;
     ASSERT_EQ(manager.apply(msl, msg), 1) << msg;
     EXPECT_EQ(manager.openCount(), 1);
@@ -238,10 +235,8 @@ TEST(AudioManager, UnchangedSettingsDoNotReopen)
     EXPECT_EQ(audio::currentOutputConfig().sampleRate, 48000);
 }
 
-TEST(AudioManager, PlaybackStateReachesTheGuiThreadAsSignals)
+TEST_F(AudioManagerTest, PlaybackStateReachesTheGuiThreadAsSignals)
 {
-    application();
-    AudioManager manager;
     int started = 0;
     int stopped = 0;
     std::vector<unsigned int> frames;

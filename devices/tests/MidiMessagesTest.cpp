@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 namespace tg {
@@ -43,6 +42,14 @@ TEST(MidiDecoder, EveryKindOfMessageAtTheEdgesOfItsRange)
     EXPECT_EQ(midiMessageText(nullptr, 0), "'unknown' byte1=0 byte2=0");
 }
 
+using Bytes = std::vector<int>;
+
+// The bytes a message sends (as many as its count says).
+Bytes sent(const MidiMessage& message)
+{
+    return Bytes(message.bytes, message.bytes + message.count);
+}
+
 MidiOutSettings settingsOnChannel(int channel)
 {
     MidiOutSettings settings;
@@ -56,9 +63,7 @@ TEST(MidiSend, ProgramChangeOnlyWhenActive)
     settings.program = 19;
     MidiMessage message;
     ASSERT_TRUE(programChangeMessage(settings, message));
-    EXPECT_EQ(message.count, 2);
-    EXPECT_EQ(message.bytes[0], 0xC2);
-    EXPECT_EQ(message.bytes[1], 19);
+    EXPECT_EQ(sent(message), (Bytes{0xC2, 19}));
     settings.programActive = 0;
     EXPECT_FALSE(programChangeMessage(settings, message));
 }
@@ -68,14 +73,10 @@ TEST(MidiSend, NotesResetAndAllNotesOffUseTheChannelAndVelocities)
     MidiOutSettings settings = settingsOnChannel(15);
     settings.attackVelocity = 100;
     settings.releaseVelocity = 12;
-    MidiMessage on = noteOnMessage(settings, 60);
-    EXPECT_EQ(std::vector<int>(on.bytes, on.bytes + 3), (std::vector<int>{0x9F, 60, 100}));
-    MidiMessage off = noteOffMessage(settings, 60);
-    EXPECT_EQ(std::vector<int>(off.bytes, off.bytes + 3), (std::vector<int>{0x8F, 60, 12}));
-    MidiMessage reset = resetAllControllersMessage(settings);
-    EXPECT_EQ(std::vector<int>(reset.bytes, reset.bytes + 3), (std::vector<int>{0xBF, 121, 0}));
-    MidiMessage allOff = allNotesOffMessage(settings);
-    EXPECT_EQ(std::vector<int>(allOff.bytes, allOff.bytes + 3), (std::vector<int>{0xBF, 123, 0}));
+    EXPECT_EQ(sent(noteOnMessage(settings, 60)), (Bytes{0x9F, 60, 100}));
+    EXPECT_EQ(sent(noteOffMessage(settings, 60)), (Bytes{0x8F, 60, 12}));
+    EXPECT_EQ(sent(resetAllControllersMessage(settings)), (Bytes{0xBF, 121, 0}));
+    EXPECT_EQ(sent(allNotesOffMessage(settings)), (Bytes{0xBF, 123, 0}));
 }
 
 TEST(MidiSend, BulkControllersAscendLeavingOut120)
@@ -92,12 +93,11 @@ TEST(MidiSend, BulkControllersAscendLeavingOut120)
     settings.parameterTable[55][1] = 3;
     settings.parameterTable[56][0] = 1; // 120: only singly
     settings.parameterTable[56][1] = 1;
-    std::vector<MidiMessage> messages = allControllerMessages(settings);
-    std::vector<std::vector<int>> sent;
-    for (const MidiMessage& message : messages)
-        sent.push_back({message.bytes[0], message.bytes[1], message.bytes[2]});
-    EXPECT_EQ(sent, (std::vector<std::vector<int>>{
-                        {0xB0, 7, 90}, {0xB0, 33, 5}, {0xB0, 64, 127}, {0xB0, 119, 3}}));
+    std::vector<Bytes> bulk;
+    for (const MidiMessage& message : allControllerMessages(settings))
+        bulk.push_back(sent(message));
+    EXPECT_EQ(bulk,
+              (std::vector<Bytes>{{0xB0, 7, 90}, {0xB0, 33, 5}, {0xB0, 64, 127}, {0xB0, 119, 3}}));
     MidiMessage single;
     ASSERT_TRUE(controllerMessage(settings, 120, single));
     EXPECT_EQ(single.bytes[1], 120);
@@ -117,8 +117,7 @@ TEST(MidiSend, SettingsAreCopiedFromTheMultiSample)
     MidiOutSettings settings = midiOutSettingsOf(msl);
     MidiMessage message;
     ASSERT_TRUE(programChangeMessage(settings, message));
-    EXPECT_EQ(message.bytes[0], 0xC9);
-    EXPECT_EQ(message.bytes[1], 42);
+    EXPECT_EQ(sent(message), (Bytes{0xC9, 42}));
     EXPECT_EQ(allControllerMessages(settings).size(), 2u);
     ASSERT_TRUE(controllerMessage(settings, 74, message));
     EXPECT_EQ(message.bytes[2], 99);

@@ -66,19 +66,33 @@ int16_t sampleAt(const std::vector<uint8_t>& take, int64_t frame, int channels =
     return value;
 }
 
-TEST(OfflineBouncer, TakeIsLeadInNoteAndReleaseWithMessagesOnTheirFrames)
-{
+class OfflineBouncer : public ::testing::Test {
+  protected:
+    BounceNote noteOf(double length, double release)
+    {
+        BounceNote note;
+        note.noteLength = length;
+        note.releaseLength = release;
+        return note;
+    }
+    int bounce(const BounceNote& note, const AudioStreamConfig& format = kStereo16)
+    {
+        return bounceNote(gate, note, format, take, msg);
+    }
+
     GateInstrument gate;
-    BounceNote note;
+    std::vector<uint8_t> take;
+    std::string msg;
+};
+
+TEST_F(OfflineBouncer, TakeIsLeadInNoteAndReleaseWithMessagesOnTheirFrames)
+{
+    BounceNote note = noteOf(2.0, 1.0);
     note.note = 64;
     note.attackVelocity = 90;
     note.releaseVelocity = 33;
     note.channel = 2;
-    note.noteLength = 2.0;
-    note.releaseLength = 1.0;
-    std::vector<uint8_t> take;
-    std::string msg;
-    ASSERT_EQ(bounceNote(gate, note, kStereo16, take, msg), 1) << msg;
+    ASSERT_EQ(bounce(note), 1) << msg;
 
     EXPECT_EQ(take.size(), size_t(154350) * 4); // 3.5 s
     EXPECT_EQ(bounceNoteOnFrame(note, 44100), 22050);
@@ -91,85 +105,57 @@ TEST(OfflineBouncer, TakeIsLeadInNoteAndReleaseWithMessagesOnTheirFrames)
     EXPECT_EQ(gate.messages[1], (std::vector<uint8_t>{0x82, 64, 33})); // a real Note Off
 }
 
-TEST(OfflineBouncer, NoteOffIsSentEvenWhenTheTakeEndsFirst)
+TEST_F(OfflineBouncer, NoteOffIsSentEvenWhenTheTakeEndsFirst)
 {
-    GateInstrument gate;
-    BounceNote note;
-    note.noteLength = 0.25;
-    note.releaseLength = 0.0;
-    std::vector<uint8_t> take;
-    std::string msg;
-    ASSERT_EQ(bounceNote(gate, note, kStereo16, take, msg), 1) << msg;
+    ASSERT_EQ(bounce(noteOf(0.25, 0.0)), 1) << msg;
     EXPECT_EQ(take.size(), size_t(33075) * 4);
     ASSERT_EQ(gate.messages.size(), 2u);
     EXPECT_EQ(gate.messages[1][0], 0x80);
 }
 
-TEST(OfflineBouncer, TailOfThePreviousTakeIsRenderedAwayBeforeTheLeadIn)
+TEST_F(OfflineBouncer, TailOfThePreviousTakeIsRenderedAwayBeforeTheLeadIn)
 {
     // An instrument that ignores the reset and rings on: its tail is played out (not kept in
     // the next take) until it falls below the quiet level.
-    GateInstrument gate;
     gate.honourReset = false;
     gate.tailHalving = 2000;
-    BounceNote note;
-    note.noteLength = 0.5;
-    note.releaseLength = 0.0;
-    std::vector<uint8_t> take;
-    std::string msg;
-    ASSERT_EQ(bounceNote(gate, note, kStereo16, take, msg), 1) << msg;
+    ASSERT_EQ(bounce(noteOf(0.5, 0.0)), 1) << msg;
     const int64_t firstRendered = gate.rendered;
-    ASSERT_EQ(bounceNote(gate, note, kStereo16, take, msg), 1) << msg;
+    ASSERT_EQ(bounce(noteOf(0.5, 0.0)), 1) << msg;
     EXPECT_EQ(gate.resets, 2);
     EXPECT_GT(gate.rendered - firstRendered, int64_t(take.size() / 4)); // the tail went first
     for (int64_t frame = 0; frame < 22050; frame += 1000)
         EXPECT_LE(std::abs(sampleAt(take, frame)), 4) << frame;
 }
 
-TEST(OfflineBouncer, WritesEveryRecordingFormat)
+TEST_F(OfflineBouncer, WritesEveryRecordingFormat)
 {
-    GateInstrument gate;
-    BounceNote note;
-    note.noteLength = 0.1;
-    note.releaseLength = 0.0;
+    BounceNote note = noteOf(0.1, 0.0);
     note.leadIn = 0.1;
-    std::string msg;
-    std::vector<uint8_t> take;
-
     gate.rate = 48000;
-    ASSERT_EQ(bounceNote(gate, note, AudioStreamConfig{-1, -1, -1, 48000, 24, 1, -1.0f}, take, msg),
-              1)
-        << msg;
+    ASSERT_EQ(bounce(note, AudioStreamConfig{-1, -1, -1, 48000, 24, 1, -1.0f}), 1) << msg;
     ASSERT_EQ(take.size(), size_t(9600) * 3);
     const size_t on = 4800 * 3;
     EXPECT_EQ(take[on] | take[on + 1] << 8 | take[on + 2] << 16, 4194304); // 0.5 x 2^23
-    ASSERT_EQ(bounceNote(gate, note, AudioStreamConfig{-1, -1, -1, 11025, 8, 2, -1.0f}, take, msg),
-              0);
+    const AudioStreamConfig lowRate{-1, -1, -1, 11025, 8, 2, -1.0f};
+    ASSERT_EQ(bounce(note, lowRate), 0);
     EXPECT_EQ(msg, "The instrument runs at 48000 Hz, the take is 11025 Hz");
     gate.rate = 11025;
-    ASSERT_EQ(bounceNote(gate, note, AudioStreamConfig{-1, -1, -1, 11025, 8, 2, -1.0f}, take, msg),
-              1);
+    ASSERT_EQ(bounce(note, lowRate), 1) << msg;
     ASSERT_EQ(take.size(), size_t(2205) * 2);
     EXPECT_EQ(take[0], 128);            // 8-bit silence is the centre
     EXPECT_EQ(take[1200 * 2 + 1], 192); // 0.5 x 127 rounded, above the centre
 }
 
-TEST(OfflineBouncer, BadNotesAndFormatsAreRefused)
+TEST_F(OfflineBouncer, BadNotesAndFormatsAreRefused)
 {
-    GateInstrument gate;
-    std::vector<uint8_t> take;
-    std::string msg;
     BounceNote note;
     note.note = 128;
-    EXPECT_EQ(bounceNote(gate, note, kStereo16, take, msg), 0);
+    EXPECT_EQ(bounce(note), 0);
     EXPECT_EQ(msg, "Cannot bounce note 128 on channel 1 with velocities 127/0");
-    note = BounceNote();
-    note.noteLength = -1.0;
-    EXPECT_EQ(bounceNote(gate, note, kStereo16, take, msg), 0);
+    EXPECT_EQ(bounce(noteOf(-1.0, 0.0)), 0);
     EXPECT_EQ(msg, "Cannot bounce a note of -1 s with 0 s release");
-    note = BounceNote();
-    EXPECT_EQ(bounceNote(gate, note, AudioStreamConfig{-1, -1, -1, 44100, 12, 2, -1.0f}, take, msg),
-              0);
+    EXPECT_EQ(bounce(BounceNote(), AudioStreamConfig{-1, -1, -1, 44100, 12, 2, -1.0f}), 0);
     EXPECT_EQ(msg, "Cannot bounce into 44100 Hz, 2 channel(s), 12 bits");
     EXPECT_TRUE(gate.messages.empty());
 }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,15 @@ std::vector<int16_t> values(std::initializer_list<int> list)
 
 class PlayerTest : public ::testing::Test {
   protected:
+    // Plays mono 16-bit `data` (copied) looped from `loopIn` to `loopOut`, then `release`.
+    int play(const std::vector<uint8_t>& data, int32_t loopIn, int32_t loopOut, int64_t start = 0,
+             const std::vector<uint8_t>& release = {}, const AudioStreamConfig& out = kMonoOut)
+    {
+        return player.playSample(out, format, data.data(), data.size(), loopIn, loopOut,
+                                 release.empty() ? nullptr : release.data(), release.size(), msg,
+                                 start);
+    }
+
     Player player;
     std::string msg;
     WaveFormat format = makeWaveFormat(44100, 1, 16);
@@ -46,9 +56,7 @@ class PlayerTest : public ::testing::Test {
 
 TEST_F(PlayerTest, EqualLoopPointsPlayTheWholeNoteOnceThenSilence)
 {
-    std::vector<uint8_t> data = numberedSample(4);
-    ASSERT_EQ(
-        player.playSample(kMonoOut, format, data.data(), data.size(), 3, 3, nullptr, 0, msg, 0), 1);
+    ASSERT_EQ(play(numberedSample(4), 3, 3), 1);
     ASSERT_EQ(player.itemCount(), 1);
     EXPECT_EQ(render(player, 6), values({1, 2, 3, 4, 0, 0}));
     EXPECT_TRUE(player.isFinished());
@@ -58,11 +66,7 @@ TEST_F(PlayerTest, EqualLoopPointsPlayTheWholeNoteOnceThenSilence)
 
 TEST_F(PlayerTest, KeyReleaseEndsTheLoopAtItsEndAndPlaysTheRelease)
 {
-    std::vector<uint8_t> data = numberedSample(5);
-    std::vector<uint8_t> release = numberedSample(2, 100);
-    ASSERT_EQ(player.playSample(kMonoOut, format, data.data(), data.size(), 1, 4, release.data(),
-                                release.size(), msg, 0),
-              1);
+    ASSERT_EQ(play(numberedSample(5), 1, 4, 0, numberedSample(2, 100)), 1);
     ASSERT_EQ(player.itemCount(), 3);
     EXPECT_EQ(render(player, 5), values({1, 2, 3, 4, 2}));
     player.releaseKey();
@@ -72,10 +76,7 @@ TEST_F(PlayerTest, KeyReleaseEndsTheLoopAtItsEndAndPlaysTheRelease)
 
 TEST_F(PlayerTest, KeyReleaseDuringTheNoteSkipsTheLoop)
 {
-    std::vector<uint8_t> data = numberedSample(5);
-    std::vector<uint8_t> release = numberedSample(1, 100);
-    player.playSample(kMonoOut, format, data.data(), data.size(), 2, 4, release.data(),
-                      release.size(), msg, 0);
+    play(numberedSample(5), 2, 4, 0, numberedSample(1, 100));
     EXPECT_EQ(render(player, 1), values({1}));
     player.releaseKey();
     EXPECT_EQ(render(player, 3), values({2, 100, 0}));
@@ -84,28 +85,21 @@ TEST_F(PlayerTest, KeyReleaseDuringTheNoteSkipsTheLoop)
 TEST(FadeOut, TwentyFourAndEightBitScaleAroundTheirZero)
 {
     // 24-bit: 0x400000 twice; the last frame must reach 0, the first stay whole.
-    uint8_t packed[6] = {0x00, 0x00, 0x40, 0x00, 0x00, 0x40};
-    fadeOutBlock(packed, 2, 1, 24);
-    EXPECT_EQ(packed[2], 0x40);
-    EXPECT_EQ(packed[3], 0);
-    EXPECT_EQ(packed[4], 0);
-    EXPECT_EQ(packed[5], 0);
-    uint8_t unsignedBytes[3] = {228, 228, 28};
-    fadeOutBlock(unsignedBytes, 3, 1, 8);
-    EXPECT_EQ(unsignedBytes[0], 228);
-    EXPECT_EQ(unsignedBytes[1], 178);
-    EXPECT_EQ(unsignedBytes[2], 128);
+    std::vector<uint8_t> packed = {0x00, 0x00, 0x40, 0x00, 0x00, 0x40};
+    fadeOutBlock(packed.data(), 2, 1, 24);
+    EXPECT_EQ(packed, (std::vector<uint8_t>{0x00, 0x00, 0x40, 0, 0, 0}));
+    std::vector<uint8_t> unsignedBytes = {228, 228, 28};
+    fadeOutBlock(unsignedBytes.data(), 3, 1, 8);
+    EXPECT_EQ(unsignedBytes, (std::vector<uint8_t>{228, 178, 128}));
 }
 
 TEST_F(PlayerTest, StartFrameWithinAndBeyondTheParts)
 {
-    std::vector<uint8_t> data = numberedSample(6);
-    player.playSample(kMonoOut, format, data.data(), data.size(), 2, 5, nullptr, 0, msg, 3);
+    play(numberedSample(6), 2, 5, 3);
     EXPECT_EQ(player.cursorFrame(), 3);
     EXPECT_EQ(render(player, 4), values({4, 5, 3, 4}));
 
-    ASSERT_EQ(
-        player.playSample(kMonoOut, format, data.data(), data.size(), 2, 5, nullptr, 0, msg, 5), 1);
+    ASSERT_EQ(play(numberedSample(6), 2, 5, 5), 1);
     EXPECT_FALSE(player.isPlaying());
     EXPECT_EQ(render(player, 2), values({0, 0}));
     EXPECT_EQ(player.setPlayPosition(4), 1);
@@ -114,8 +108,7 @@ TEST_F(PlayerTest, StartFrameWithinAndBeyondTheParts)
 
 TEST_F(PlayerTest, LoopBeyondTheDataIsCutToIt)
 {
-    std::vector<uint8_t> data = numberedSample(4);
-    player.playSample(kMonoOut, format, data.data(), data.size(), 2, 400, nullptr, 0, msg, 0);
+    play(numberedSample(4), 2, 400);
     ASSERT_EQ(player.itemCount(), 2);
     EXPECT_EQ(player.item(1).frames, 2);
     EXPECT_EQ(render(player, 6), values({1, 2, 3, 4, 3, 4}));
@@ -165,10 +158,7 @@ TEST_F(PlayerTest, DifferentFormatIsConvertedPartByPartWithItsRatio)
 TEST_F(PlayerTest, FailedConversionPlaysNothingAndSaysWhy)
 {
     const AudioStreamConfig oddOutput{0, -1, -1, 44100, 12, 1, -1.0f};
-    std::vector<uint8_t> data = numberedSample(8);
-    EXPECT_EQ(
-        player.playSample(oddOutput, format, data.data(), data.size(), 0, 0, nullptr, 0, msg, 0),
-        0);
+    EXPECT_EQ(play(numberedSample(8), 0, 0, 0, {}, oddOutput), 0);
     EXPECT_FALSE(msg.empty());
     EXPECT_EQ(player.itemCount(), 0);
     EXPECT_FALSE(player.isPlaying());
@@ -183,13 +173,9 @@ TEST_F(PlayerTest, PluginModePlaysTheRingBufferAndPadsWithSilence)
     EXPECT_EQ(render(player, 5), values({7, 8, 9, 0, 0}));
     std::vector<uint8_t> more = numberedSample(40, 1); // 80 bytes: only 64 fit
     EXPECT_EQ(player.writePluginAudio(more.data(), more.size()), 64u);
-    EXPECT_EQ(render(player, 33), [] {
-        std::vector<int16_t> expected;
-        for (int i = 1; i <= 32; ++i)
-            expected.push_back(int16_t(i));
-        expected.push_back(0);
-        return expected;
-    }());
+    std::vector<int16_t> expected(33, 0);
+    std::iota(expected.begin(), expected.end() - 1, int16_t(1));
+    EXPECT_EQ(render(player, 33), expected);
 }
 
 } // namespace

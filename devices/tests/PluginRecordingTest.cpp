@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <vector>
 
 namespace tg {
 namespace {
@@ -24,11 +25,9 @@ TEST(PluginRecording, StereoBlockRecordedMonoKeepsTheMean)
     EXPECT_FALSE(recorder.isRecording() && recorder.take().frames != 3);
     const RecordedTake take = recorder.take();
     ASSERT_EQ(take.frames, 3);
-    int16_t mono[3];
-    std::memcpy(mono, take.data->data(), 6);
-    EXPECT_EQ(mono[0], 2000);
-    EXPECT_EQ(mono[1], -32768);
-    EXPECT_EQ(mono[2], 0);
+    std::vector<int16_t> mono(3);
+    std::memcpy(mono.data(), take.data->data(), 6);
+    EXPECT_EQ(mono, (std::vector<int16_t>{2000, -32768, 0}));
 
     // 24-bit packed, and 8-bit arriving signed as the stream has it, stored unsigned.
     ASSERT_EQ(recorder.arm(AudioStreamConfig{-1, -1, -1, 44100, 24, 1, -1.0f}, 1.0 / 44100), 1);

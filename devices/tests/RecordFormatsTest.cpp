@@ -6,6 +6,7 @@
 
 #include <set>
 #include <string>
+#include <tuple>
 
 namespace tg {
 namespace {
@@ -39,10 +40,10 @@ TEST(RecordFormats, UnknownOrNearMissNameGivesZeroChannels)
                              "44.1KHz, Stereo, 16bit ", "192KHz, Stereo, 16bit"}) {
         WaveFormat record = makeWaveFormat(44100, 2, 16);
         EXPECT_EQ(formatFromName(name, record), 0) << name;
-        EXPECT_EQ(record.nChannels, 0) << name;
-        EXPECT_EQ(record.wBitsPerSample, 0) << name;
-        EXPECT_EQ(record.nBlockAlign, 0) << name;
-        EXPECT_EQ(record.nAvgBytesPerSec, 0u) << name;
+        EXPECT_EQ(std::make_tuple(int(record.nChannels), int(record.wBitsPerSample),
+                                  int(record.nBlockAlign), record.nAvgBytesPerSec),
+                  std::make_tuple(0, 0, 0, 0u))
+            << name;
     }
     WaveFormat record;
     EXPECT_EQ(formatFromName(nullptr, record), 0);

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstring>
 #include <random>
 #include <thread>
 #include <vector>
@@ -13,9 +12,9 @@
 namespace tg {
 namespace {
 
-AudioStreamConfig stereo16()
+AudioStreamConfig stereo16(int32_t rate = 44100)
 {
-    return AudioStreamConfig{0, -1, -1, 44100, 16, 2, -1.0f};
+    return AudioStreamConfig{0, -1, -1, rate, 16, 2, -1.0f};
 }
 
 std::vector<int16_t> ramp(int frames, int channels, int16_t start)
@@ -41,8 +40,7 @@ TEST(Recorder, ZeroSecondsAllocatesNothingAndDropsAtFirstBlock)
 TEST(Recorder, FillsAcrossBlocksAndStopsWhenFull)
 {
     Recorder recorder;
-    AudioStreamConfig config = stereo16();
-    config.sampleRate = 100;
+    const AudioStreamConfig config = stereo16(100);
     ASSERT_EQ(recorder.arm(config, 1.5), 1); // 150 frames
     EXPECT_EQ(recorder.bufferBytes(), 150u * 4);
     std::vector<int16_t> first = ramp(64, 2, 0);
@@ -81,8 +79,7 @@ TEST(Recorder, MissingInputRecordsSilenceAndEightBitIsStoredUnsigned)
 TEST(Recorder, RearmingWithTheSameSizeClearsTheOldTake)
 {
     Recorder recorder;
-    AudioStreamConfig config = stereo16();
-    config.sampleRate = 64;
+    const AudioStreamConfig config = stereo16(64);
     ASSERT_EQ(recorder.arm(config, 1.0), 1);
     std::vector<int16_t> block = ramp(64, 2, 5);
     recorder.processBlock(block.data(), 64);
@@ -108,8 +105,7 @@ BlockStatus at(int64_t frame, bool overflow = false)
 TEST(Recorder, HealthCountsOverflowsUnderflowsAndTheFramesTheClockSaysAreMissing)
 {
     Recorder recorder;
-    AudioStreamConfig config = stereo16();
-    config.sampleRate = 100;
+    const AudioStreamConfig config = stereo16(100);
     ASSERT_EQ(recorder.arm(config, 3.0), 1); // 300 frames
     std::vector<int16_t> block = ramp(64, 2, 0);
     recorder.processBlock(block.data(), 64, at(0));

@@ -8,12 +8,14 @@
 #include "core/Names.h"
 #include "core/ProjectFile.h"
 #include "recording/tests/FakeTakeSource.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 namespace tg::test {
 namespace {
@@ -32,7 +34,8 @@ class RunFixture : public ::testing::Test {
         copyText(p.dataPath, data().c_str());
     }
 
-    void addLayer(const char* name, int channel = 0)
+    // A Multi-Sample on MIDI channel `channel` with `keys` selected.
+    void addLayer(const char* name, int channel = 0, std::initializer_list<int> keys = {})
     {
         ASSERT_TRUE(model.addMultiSample().ok());
         TGmsl& m = project().msl[project().mslCount - 1];
@@ -46,6 +49,8 @@ class RunFixture : public ::testing::Test {
         m.recordsettings.latency = 0;
         m.KBrangeIn = 0;
         m.KBrangeOut = 127;
+        for (int note : keys)
+            m.keys[note].keyState = 1;
     }
 
     void save()
@@ -57,12 +62,6 @@ class RunFixture : public ::testing::Test {
     Project& project() { return *model.currentProject(); }
     TGmsl& layer(int i) { return project().msl[i]; }
     std::string data() const { return folder.file("samples"); }
-
-    void selectKeys(std::initializer_list<int> notes, int layerIndex = 0)
-    {
-        for (int note : notes)
-            layer(layerIndex).keys[note].keyState = 1;
-    }
 
     // Saves the Project, then opens and starts a run on `takes`.
     std::unique_ptr<RecordingRun> startRun(RunOptions options = {}, TakeSource* takes = nullptr)
@@ -79,16 +78,13 @@ class RunFixture : public ::testing::Test {
     // The first Multi-Sample as the saved project file holds it.
     const TGmsl& savedLayer()
     {
-        ProjectLoadOutcome outcome;
-        std::string message;
-        EXPECT_EQ(loadProjects(reloaded, folder.path(), {"Piano.TGprj"}, {}, outcome, message), 1)
-            << message;
-        return reloaded.project(0).msl[0];
+        reloaded = loadProjectFile(folder.file("Piano.TGprj"));
+        return reloaded->project(0).msl[0];
     }
 
     TempDir folder;
     Model model;
-    Model reloaded;
+    std::unique_ptr<Model> reloaded;
     FakeClock clock;
     FakeTakeSource source{clock};
     RecordingObserver observer;
@@ -97,8 +93,7 @@ class RunFixture : public ::testing::Test {
 
 TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
 {
-    addLayer("Soft", 2);
-    selectKeys({60});
+    addLayer("Soft", 2, {60});
     auto run = startRun();
     EXPECT_EQ(run->state(), RecordingRun::State::Countdown);
     const int64_t startMs = clock.now;
@@ -143,8 +138,7 @@ TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
 
 TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
 {
-    addLayer("Soft");
-    selectKeys({60});
+    addLayer("Soft", 0, {60});
     layer(0).recordsettings.recpause = 3.5;
     auto run = startRun();
     runUntil(*run, clock, clock.now + 3400);
@@ -160,8 +154,7 @@ TEST_F(RunFixture, CountdownIsAnnouncedSecondBySecond)
 
 TEST_F(RunFixture, TakeWithoutANoteKeepsTheWholeRecording)
 {
-    addLayer("Soft");
-    selectKeys({60});
+    addLayer("Soft", 0, {60});
     layer(0).recordsettings.releaselength1 = 0.0;
     source.silent = true;
     auto run = startRun();
@@ -174,10 +167,8 @@ TEST_F(RunFixture, TakeWithoutANoteKeepsTheWholeRecording)
 
 TEST_F(RunFixture, KeyAfter127IsKeyZeroOfTheNextMultiSample)
 {
-    addLayer("Soft", 0);
-    addLayer("Loud", 1);
-    selectKeys({127});
-    layer(1).keys[0].keyState = 1;
+    addLayer("Soft", 0, {127});
+    addLayer("Loud", 1, {0});
     RunOptions options;
     options.command = kRecordSelectedProject;
     auto run = startRun(options);
@@ -199,8 +190,7 @@ TEST_F(RunFixture, KeyAfter127IsKeyZeroOfTheNextMultiSample)
 
 TEST_F(RunFixture, KeysWithAudioAreSkippedWhenOnlyEmptyKeysAreRecorded)
 {
-    addLayer("Soft");
-    selectKeys({48, 60});
+    addLayer("Soft", 0, {48, 60});
     layer(0).keys[48].hasAudio = 1;
     auto run = startRun();
     runToEnd(*run, clock);
@@ -213,11 +203,9 @@ TEST_F(RunFixture, KeysWithAudioAreSkippedWhenOnlyEmptyKeysAreRecorded)
 
 TEST_F(RunFixture, LockedKeysAreKeptOnlyWithTheLockOption)
 {
-    addLayer("Soft");
-    selectKeys({48});
+    addLayer("Soft", 0, {48, 60});
     layer(0).keys[48].hasAudio = 1;
     layer(0).keys[48].locked = 1;
-    selectKeys({60});
     layer(0).keys[60].hasAudio = 1;
     RunOptions options;
     options.recordOnlyEmptyKeys = false;
@@ -232,8 +220,7 @@ TEST_F(RunFixture, LockedKeysAreKeptOnlyWithTheLockOption)
 
 TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
 {
-    addLayer("Soft", 5);
-    selectKeys({60, 62});
+    addLayer("Soft", 5, {60, 62});
     auto run = startRun();
     runUntil(*run, clock, clock.now + 1000 + 1500); // one second into the note
     ASSERT_EQ(run->state(), RecordingRun::State::NoteSounding);
@@ -250,8 +237,7 @@ TEST_F(RunFixture, StoppingMidNoteSendsNoteOffAndAllNotesOffOnTheChannel)
 
 TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedAgainUntilDropsPersist)
 {
-    addLayer("Soft", 1);
-    selectKeys({60, 62});
+    addLayer("Soft", 1, {60, 62});
     source.droppingTakes = 1;
     auto run = startRun();
     while (run->keysDone() < 1 && !run->finished())
@@ -292,8 +278,7 @@ TEST_F(RunFixture, TakeWithDroppedFramesIsRecordedAgainUntilDropsPersist)
 
 TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
 {
-    addLayer("Soft");
-    selectKeys({60, 72});
+    addLayer("Soft", 0, {60, 72});
     // A folder where the second take's file would go: the finished file cannot take its place.
     const std::string second = keySampleFileName(project(), layer(0), 72);
     std::filesystem::create_directories(second);
@@ -312,8 +297,7 @@ TEST_F(RunFixture, FailedWriteEndsTheRunAndKeepsEarlierTakes)
 
 TEST_F(RunFixture, DevicesThatCannotOpenEndTheRunWithTheirMessage)
 {
-    addLayer("Soft");
-    selectKeys({60});
+    addLayer("Soft", 0, {60});
     source.failPrepare = true;
     auto run = startRun();
     EXPECT_TRUE(run->finished());
@@ -323,10 +307,9 @@ TEST_F(RunFixture, DevicesThatCannotOpenEndTheRunWithTheirMessage)
 
 TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
 {
-    addLayer("Soft");
+    addLayer("Soft", 0, {60});
     copyText(layer(0).AudioInDevice, "fluidsynth");
     copyText(layer(0).AudioInFormat, "44.1KHz, Stereo, 16bit");
-    selectKeys({60});
     layer(0).recordsettings.autoloop = 1;
     auto quiet = startRun();
     runToEnd(*quiet, clock);
@@ -353,8 +336,7 @@ TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
 
 TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
 {
-    addLayer("Soft");
-    selectKeys({60, 62});
+    addLayer("Soft", 0, {60, 62});
     RunOptions options;
     options.automatic = false;
     options.maxRecLength = 2;
@@ -394,8 +376,7 @@ TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
 // found in the take even when the Multi-Sample has a release length.
 TEST_F(RunFixture, SemiAutomaticTakeIsMarkedWhereTheUserPlayedTheNote)
 {
-    addLayer("Soft");
-    selectKeys({60});
+    addLayer("Soft", 0, {60});
     RunOptions options;
     options.automatic = false;
     auto run = startRun(options);
@@ -432,8 +413,7 @@ class StalledSource : public FakeTakeSource {
 
 TEST_F(RunFixture, RunEndsWhenTheTakeNeverCompletes)
 {
-    addLayer("Soft");
-    selectKeys({60});
+    addLayer("Soft", 0, {60});
     StalledSource stalled(clock);
     auto run = startRun({}, &stalled);
     runToEnd(*run, clock, 60 * 1000);
@@ -467,8 +447,7 @@ class OfflineSource : public FakeTakeSource, public OfflineNoteRenderer {
 
 TEST_F(RunFixture, OfflineNotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNoteLength)
 {
-    addLayer("Soft", 3);
-    selectKeys({64});
+    addLayer("Soft", 3, {64});
     TGmsl& msl = layer(0);
     msl.MIDIoutAttackVelocity = 90;
     msl.MIDIoutReleaseVelocity = 30;
@@ -488,13 +467,9 @@ TEST_F(RunFixture, OfflineNotesAreRenderedWithoutCountdownOrMidiAndTimedByTheNot
     EXPECT_EQ(offline.armedAtMs[0], start + 50); // the first countdown tick
     ASSERT_EQ(offline.notes.size(), 1u);
     const OfflineNote& note = offline.notes[0];
-    EXPECT_EQ(note.note, 64);
-    EXPECT_EQ(note.attackVelocity, 90);
-    EXPECT_EQ(note.releaseVelocity, 30);
-    EXPECT_EQ(note.channel, 3);
-    EXPECT_DOUBLE_EQ(note.noteLength, 1.0);
-    EXPECT_DOUBLE_EQ(note.releaseLength, 0.5);
-    EXPECT_DOUBLE_EQ(note.leadIn, 0.5);
+    EXPECT_EQ(std::tie(note.note, note.attackVelocity, note.releaseVelocity, note.channel,
+                       note.noteLength, note.releaseLength, note.leadIn),
+              std::make_tuple(64, 90, 30, 3, 1.0, 0.5, 0.5));
     // Only the stop sequence went out as MIDI; the renderer's note state was reset.
     EXPECT_EQ(offline.history.size(), 1u);
     EXPECT_EQ(offline.history[0].bytes, (std::vector<uint8_t>{0xB3, 123, 0}));

@@ -1,10 +1,12 @@
 // Markers of a fresh take: the latency rule of the note end, the fallback to the whole take,
 // and the loop set-up percentages.
 #include "recording/TakeMarkers.h"
+#include "tests/support/Pcm16.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 namespace tg::test {
@@ -13,13 +15,12 @@ namespace {
 // A mono 16-bit take: silence, then a tone from `on` to `off` (frames).
 std::vector<uint8_t> toneTake(int frames, int on, int off)
 {
-    std::vector<uint8_t> data(size_t(frames) * 2, 0);
-    for (int f = on; f < off && f < frames; ++f) {
-        const int16_t v = int16_t(12000.0 * std::sin(2.0 * M_PI * 330.0 * (f - on) / 44100.0));
-        data[size_t(f) * 2] = uint8_t(uint16_t(v) & 0xFF);
-        data[size_t(f) * 2 + 1] = uint8_t(uint16_t(v) >> 8);
-    }
-    return data;
+    return pcm16(size_t(frames), 1, [on, off](size_t frame, int) {
+        const int f = int(frame);
+        return f < on || f >= off
+                   ? int16_t(0)
+                   : int16_t(12000.0 * std::sin(2.0 * M_PI * 330.0 * (f - on) / 44100.0));
+    });
 }
 
 TEST(TakeMarkers, LatencySettingMovesTheNoteEndEarlier)
@@ -66,16 +67,12 @@ TEST(TakeMarkers, LoopSetUpTakesThePercentagesOfTheNote)
     key.Note_Out = 11000;
     key.xfadeCurve = 5;
     setUpTakeLoop(key, settings);
-    EXPECT_EQ(key.loopMode, 1);
-    EXPECT_EQ(key.Loop_In, 6000);
-    EXPECT_EQ(key.Loop_Out, 11000);
-    EXPECT_EQ(key.LoopSearch_In, 7000);
-    EXPECT_EQ(key.LoopSearch_Out, 11000);
-    EXPECT_EQ(key.LoopSearch_Len, 100);
-    EXPECT_EQ(key.xfadeLen, 1250); // of Note_Out - Loop_In
-    EXPECT_EQ(key.bfxfadeLen, 500);
-    EXPECT_EQ(key.xfadeCurve, 2);
-    EXPECT_EQ(key.bfxfadeCurve, 2);
+    // The crossfade lengths are percentages of Note_Out - Loop_In.
+    EXPECT_EQ(std::make_tuple(int(key.loopMode), int(key.Loop_In), int(key.Loop_Out),
+                              int(key.LoopSearch_In), int(key.LoopSearch_Out),
+                              int(key.LoopSearch_Len), int(key.xfadeLen), int(key.bfxfadeLen),
+                              int(key.xfadeCurve), int(key.bfxfadeCurve)),
+              std::make_tuple(1, 6000, 11000, 7000, 11000, 100, 1250, 500, 2, 2));
 }
 
 } // namespace

@@ -23,6 +23,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace tg::shell {
 namespace {
 
@@ -66,15 +68,28 @@ void pickWithKeyboard(QComboBox* box, const QString& text)
     QTest::keyClick(box, Qt::Key_Down);
 }
 
-TEST(InputOutputWidget, ShowsVariousWhereMultiSamplesDifferAndSetsAChoiceForAllOfThem)
-{
+// The panel of a main window that opened a Project of two Multi-Samples.
+class InputOutputWidgetTest : public ::testing::Test {
+  protected:
+    // After the device tables are as the test wants them: the panel lists them when made.
+    void openProject()
+    {
+        window = std::make_unique<MainWindow>(model);
+        const std::string path = test::writeProjectFile(dir.file("p"), "Piano", {"Soft", "Loud"});
+        window->projectFiles().openFiles({QString::fromStdString(path)});
+        panel = window->findChild<InputOutputWidget*>();
+        ASSERT_NE(panel, nullptr);
+    }
+
     test::TempDir dir;
     Model model;
-    MainWindow window(model);
-    const std::string path = test::writeProjectFile(dir.file("p"), "Piano", {"Soft", "Loud"});
-    window.projectFiles().openFiles({QString::fromStdString(path)});
-    auto* panel = window.findChild<InputOutputWidget*>();
-    ASSERT_NE(panel, nullptr);
+    std::unique_ptr<MainWindow> window;
+    InputOutputWidget* panel = nullptr;
+};
+
+TEST_F(InputOutputWidgetTest, ShowsVariousWhereMultiSamplesDifferAndSetsAChoiceForAllOfThem)
+{
+    ASSERT_NO_FATAL_FAILURE(openProject());
     const Project& project = *model.currentProject();
     ASSERT_STREQ(project.msl[0].AudioInFormat, project.msl[1].AudioInFormat);
     EXPECT_EQ(panel->audioFormat()->currentText(), QString(project.msl[0].AudioInFormat));
@@ -136,7 +151,7 @@ struct SettingKeys : TonegrabberModelListener {
     std::vector<std::string> keys;
 };
 
-TEST(InputOutputWidget, ChannelBoxesOfferTheDevicesChannelsAndStoreTheChoiceInTheModel)
+TEST_F(InputOutputWidgetTest, ChannelBoxesOfferTheDevicesChannelsAndStoreTheChoiceInTheModel)
 {
     const DeviceTables started = deviceTables();
     deviceTables().audioIn = {{"mono in", {"Default"}},
@@ -144,13 +159,7 @@ TEST(InputOutputWidget, ChannelBoxesOfferTheDevicesChannelsAndStoreTheChoiceInTh
                               {"interface", {"in 1", "in 2", "in 3", "in 4", "Default"}},
                               {kVstPluginEntry, {}},
                               {kNoAudioInEntry, {}}};
-    test::TempDir dir;
-    Model model;
-    MainWindow window(model);
-    const std::string path = test::writeProjectFile(dir.file("p"), "Piano", {"Soft", "Loud"});
-    window.projectFiles().openFiles({QString::fromStdString(path)});
-    auto* panel = window.findChild<InputOutputWidget*>();
-    ASSERT_NE(panel, nullptr);
+    ASSERT_NO_FATAL_FAILURE(openProject());
     const Project& project = *model.currentProject();
     SettingKeys heard;
     model.addListener(&heard);

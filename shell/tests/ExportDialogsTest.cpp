@@ -19,12 +19,10 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -13,6 +13,7 @@
 #include "shell/dialogs/QuickHelpDialog.h"
 #include "shell/dialogs/UpdateCheckDialog.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/TempDir.h"
 
 #include <QComboBox>
@@ -21,7 +22,6 @@
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QTableWidget>
-#include <QTest>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -46,12 +46,8 @@ class ExtrasDialogs : public ::testing::Test {
 
     std::string sample(const std::string& name)
     {
-        std::vector<uint8_t> data;
-        for (int i = 0; i < 4000; ++i) {
-            const int16_t v = int16_t(8000 * std::sin(i * 0.05));
-            data.push_back(uint8_t(v & 0xFF));
-            data.push_back(uint8_t(v >> 8));
-        }
+        const auto data = test::pcm16(
+            4000, 1, [](size_t i, int) { return int16_t(8000 * std::sin(double(i) * 0.05)); });
         std::string message;
         EXPECT_TRUE(writeWav(dir.file(name), makeWaveFormat(44100, 1, 16), data, message));
         return dir.file(name);

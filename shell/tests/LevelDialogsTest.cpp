@@ -18,8 +18,6 @@
 #include <QDoubleSpinBox>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QRadioButton>
-#include <QTest>
 #include <gtest/gtest.h>
 
 #include <cmath>

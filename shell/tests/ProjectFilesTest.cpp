@@ -7,6 +7,7 @@
 #include "shell/ProjectFileFlow.h"
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
 #include <QApplication>
@@ -66,16 +67,11 @@ TEST_F(ProjectFilesTest, ASecondFileWithTheSameNameIsRefused)
 TEST_F(ProjectFilesTest, RecordedKeysThatCannotBeFoundOfferToRelocate)
 {
     const std::string path = test::writeProjectFile(dir.file("p"), "Bass", {"Finger"});
-    {
-        // The project once had a take on key 60; its audio is not where the file says.
-        Model writer;
-        std::string message;
-        ProjectLoadOutcome outcome;
-        ASSERT_TRUE(loadProjects(writer, dir.file("p"), {"Bass.TGprj"}, {}, outcome, message));
-        writer.currentProject()->msl[0].keys[60].Note_Out = 4000;
-        copyText(writer.currentProject()->dataPath, dir.file("gone").c_str());
-        ASSERT_TRUE(saveProjectAgain(*writer.currentProject(), message)) << message;
-    }
+    // The project once had a take on key 60; its audio is not where the file says.
+    test::changeProjectFile(path, [&](Project& project) {
+        project.msl[0].keys[60].Note_Out = 4000;
+        copyText(project.dataPath, dir.file("gone").c_str());
+    });
     MainWindow window(model);
     test::MessageBoxAnswerer answerer(QMessageBox::Cancel);
     window.projectFiles().openFiles({QString::fromStdString(path)});

@@ -13,10 +13,10 @@
 #include "shell/dialogs/RecordDialog.h"
 #include "shell/tests/WidgetTestSupport.h"
 #include "shell/wizard/RecordingSetupActions.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
-#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QFileDialog>
@@ -224,15 +224,10 @@ TEST(ProjectWizardFlow, RecordDialogBouncesEveryKeyOfTheNewProjectOfflineThenItI
     EXPECT_TRUE(seen.contains(QStringLiteral(
         "Record all Multi-Samples in selected Project (Automatic Mode) - 8 keys (7 done)")))
         << qPrintable(seen.join('|'));
-    Model saved;
-    ProjectLoadOutcome outcome;
-    std::string failure;
-    ASSERT_EQ(
-        loadProjects(saved, dir.path(), {"Bounced.TGprj"}, ProjectLoadOptions{}, outcome, failure),
-        1)
-        << failure;
+    const auto saved = test::loadProjectFile(file);
+    ASSERT_EQ(saved->projectCount(), 1);
     // Every take is in the saved file (the takes' markers are the run's, tested with it).
-    const Project& p = saved.project(0);
+    const Project& p = saved->project(0);
     ASSERT_EQ(p.mslCount, 2);
     for (int m = 0; m < 2; ++m)
         for (int note : {48, 60, 72, 84})

@@ -15,6 +15,7 @@
 #include "shell/MainWindow.h"
 #include "shell/dialogs/RecordingCheckDialog.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
 #include <QAction>
@@ -62,10 +63,14 @@ RecordDialog* openFromMenu(MainWindow& window, const char* action)
     return window.findChild<RecordDialog*>();
 }
 
-TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyAndLogsItsSteps)
-{
+class RecordDialogTest : public ::testing::Test {
+  protected:
     test::TempDir dir;
     Model model;
+};
+
+TEST_F(RecordDialogTest, OfflineRunFromTheMenuRecordsEveryKeyAndLogsItsSteps)
+{
     makeHostedProject(model, dir, true);
     openIniFile()->setValue(QString::fromLatin1(ini::kCloseDialogAfterRecording), false);
 
@@ -116,10 +121,8 @@ TEST(RecordDialog, OfflineRunFromTheMenuRecordsEveryKeyAndLogsItsSteps)
         EXPECT_EQ(msl.keys[note].hasAudio, 1) << note;
 }
 
-TEST(RecordDialog, ClosingDuringARunKeepsEveryFinishedTake)
+TEST_F(RecordDialogTest, ClosingDuringARunKeepsEveryFinishedTake)
 {
-    test::TempDir dir;
-    Model model;
     makeHostedProject(model, dir, true, 1); // 37 keys from 48
     MainWindow window(model);
     RecordDialog* dialog = openFromMenu(window, "recordSelectedProject");
@@ -132,13 +135,10 @@ TEST(RecordDialog, ClosingDuringARunKeepsEveryFinishedTake)
 
     // The Project on disk lists every take finished before the close, and no other.
     const Project& project = *model.currentProject();
-    Model reread;
-    ProjectLoadOutcome outcome;
-    std::string msg;
-    ASSERT_EQ(loadProjects(reread, project.projectDir, {project.fileName}, {}, outcome, msg), 1)
-        << msg;
-    Project& loaded = *reread.currentProject();
-    markKeysWithAudio(loaded);
+    const auto reread =
+        test::loadProjectFile(std::string(project.projectDir) + "/" + project.fileName);
+    ASSERT_EQ(reread->projectCount(), 1);
+    const Project& loaded = reread->project(0);
     int recorded = 0;
     for (int note = 48; note <= 84; ++note) {
         const TGmsl_key& key = loaded.msl[0].keys[note];
@@ -152,10 +152,8 @@ TEST(RecordDialog, ClosingDuringARunKeepsEveryFinishedTake)
     EXPECT_LT(recorded, 37) << "the run went on after the close";
 }
 
-TEST(RecordDialog, OptionsAreReadFromAndWrittenToTheSettings)
+TEST_F(RecordDialogTest, OptionsAreReadFromAndWrittenToTheSettings)
 {
-    test::TempDir dir;
-    Model model;
     makeHostedProject(model, dir, true);
     const QString verboseKey = QString::fromLatin1(ini::kEnableVerboseMode);
     openIniFile()->setValue(verboseKey, false);
@@ -176,10 +174,8 @@ TEST(RecordDialog, OptionsAreReadFromAndWrittenToTheSettings)
     }
 }
 
-TEST(RecordDialog, ARefusedRunIsExplainedAndTheDialogCloses)
+TEST_F(RecordDialogTest, ARefusedRunIsExplainedAndTheDialogCloses)
 {
-    test::TempDir dir;
-    Model model;
     makeHostedProject(model, dir, true);
     for (TGmsl_key& key : model.currentProject()->msl[0].keys)
         key.keyState = 0; // no key selected for recording
@@ -208,10 +204,8 @@ RecordingCheckDialog* recordNextTake(RecordDialog& dialog)
     return dialog.checkDialog();
 }
 
-TEST(RecordDialog, SemiAutomaticTakesAreCheckedAndADiscardedKeyIsRecordedAgain)
+TEST_F(RecordDialogTest, SemiAutomaticTakesAreCheckedAndADiscardedKeyIsRecordedAgain)
 {
-    test::TempDir dir;
-    Model model;
     makeHostedProject(model, dir, false);
     openIniFile()->setValue(QString::fromLatin1(ini::kCloseDialogAfterRecording), false);
 

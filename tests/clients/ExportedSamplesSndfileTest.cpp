@@ -7,13 +7,14 @@
 #include "export/ExportAudioServices.h"
 #include "export/ExportSfz.h"
 #include "export/ExportWavFiles.h"
+#include "tests/clients/SndfileView.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/ProjectFileAccess.h"
+#include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -26,84 +27,51 @@ constexpr int kLoopIn = 4000;
 constexpr int kLoopOut = 13999;
 constexpr int kNoteOut = 18999;
 
-struct SndfileCloser {
-    void operator()(SNDFILE* f) const { sf_close(f); }
-};
-
-struct SoundFileView {
-    bool opened = false;
-    SF_INFO info{};
-    bool hasInstrument = false;
-    SF_INSTRUMENT instrument{};
-};
-
-SoundFileView viewWithSndfile(const std::string& path)
-{
-    SoundFileView view;
-    std::unique_ptr<SNDFILE, SndfileCloser> file(sf_open(path.c_str(), SFM_READ, &view.info));
-    view.opened = file != nullptr;
-    if (file)
-        view.hasInstrument = sf_command(file.get(), SFC_GET_INSTRUMENT, &view.instrument,
-                                        sizeof view.instrument) == SF_TRUE;
-    return view;
-}
-
-std::vector<uint8_t> tone(int channels)
-{
-    std::vector<uint8_t> data;
-    for (int i = 0; i < kFrames; ++i)
-        for (int c = 0; c < channels; ++c) {
-            const int16_t v = int16_t(8000 * std::sin(0.05 * i * (c + 1)));
-            data.push_back(uint8_t(v & 0xFF));
-            data.push_back(uint8_t((v >> 8) & 0xFF));
-        }
-    return data;
-}
+using tg::test::SndfileView;
+using tg::test::viewWithSndfile;
 
 class ExportedSamples : public ::testing::Test {
   protected:
-    std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::TempDir dir;
-    std::string out;
+    std::string out = dir.file("out");
+    std::unique_ptr<tg::Model> model;
     tg::ExportServices services = tg::defaultExportServices();
     std::string message;
 
+    // Two velocity layers of keys 60, 64 (stereo) and 67 with a crossfaded loop.
     void SetUp() override
     {
-        out = dir.file("out");
         std::filesystem::create_directories(out);
         std::filesystem::create_directories(dir.file("data"));
-        tg::copyText(project->name, "Organ");
-        tg::copyText(project->dataPath, dir.file("data").c_str());
-        project->mslCount = 2;
-        for (int m = 0; m < 2; ++m) {
-            tg::TGmsl& msl = project->msl[m];
-            tg::copyText(msl.name, m == 0 ? "Soft" : "Loud");
-            msl.range_start = m == 0 ? 1 : 65;
-            msl.range_end = m == 0 ? 64 : 127;
-            msl.KBrangeIn = 48;
-            msl.KBrangeOut = 72;
-            for (int note : {60, 64, 67}) {
-                tg::TGmsl_key& key = msl.keys[note];
-                key = tg::makeNewKey(note);
-                key.keyState = 1;
-                key.hasAudio = 1;
-                key.Note_In = kNoteIn;
-                key.Note_Out = kNoteOut;
-                key.loopMode = 1;
-                key.Loop_In = kLoopIn;
-                key.Loop_Out = kLoopOut;
-                key.xfadeLen = 200;
-                const int channels = note == 64 ? 2 : 1;
-                std::string text;
-                ASSERT_EQ(tg::writeWav(tg::keySampleFileName(*project, msl, note),
-                                       tg::makeWaveFormat(44100, uint16_t(channels), 16),
-                                       tone(channels), text),
-                          1)
-                    << text;
-            }
-        }
+        tg::test::SineProjectShape shape;
+        shape.layers = {"Soft", "Loud"};
+        shape.notes = {60, 64, 67};
+        shape.stereoNotes = {64};
+        shape.frames = kFrames;
+        shape.noteIn = kNoteIn;
+        shape.loopIn = kLoopIn;
+        shape.loopOut = kLoopOut;
+        shape.dataPath = dir.file("data");
+        const std::string path =
+            tg::test::saveSineProject(dir.path(), "Organ", shape, [](tg::Project& p) {
+                for (int m = 0; m < 2; ++m) {
+                    tg::TGmsl& msl = p.msl[m];
+                    msl.range_start = m == 0 ? 1 : 65;
+                    msl.range_end = m == 0 ? 64 : 127;
+                    msl.KBrangeIn = 48;
+                    msl.KBrangeOut = 72;
+                    for (int note : {60, 64, 67}) {
+                        msl.keys[note].Note_Out = kNoteOut;
+                        msl.keys[note].xfadeLen = 200;
+                    }
+                }
+            });
+        model = tg::test::loadProjectFile(path);
+        ASSERT_EQ(model->projectCount(), 1);
+        project = &model->project(0);
     }
+
+    tg::Project* project = nullptr;
 
     // Every marker and zone of the Project, to compare before and after an export.
     std::string markers() const
@@ -133,14 +101,14 @@ constexpr uint32_t kSettings = 0x08 | 0x400 | 0x10000 | 0x1000000 | 0x20000000 |
 
 TEST_F(ExportedSamples, WavFilesCarryTheRenderedLoopAndRootKey)
 {
-    ASSERT_EQ(tg::TGexport_WavFiles(out, "<#ms#>-<#mn#>", project.get(), {0, 1}, kSettings, false,
+    ASSERT_EQ(tg::TGexport_WavFiles(out, "<#ms#>-<#mn#>", project, {0, 1}, kSettings, false,
                                     message, services),
               1)
         << message;
     for (const char* name : {"Soft-060.wav", "Soft-064.wav", "Loud-067.wav"}) {
         SCOPED_TRACE(name);
-        const SoundFileView view = viewWithSndfile(out + "/" + name);
-        ASSERT_TRUE(view.opened);
+        const SndfileView view = viewWithSndfile(out + "/" + name);
+        ASSERT_TRUE(view.file);
         // The note up to 16 frames after the loop end.
         EXPECT_EQ(view.info.frames, kLoopOut + 16 + 1 - kNoteIn);
         EXPECT_EQ(view.info.channels, std::strcmp(name, "Soft-064.wav") == 0 ? 2 : 1);
@@ -156,12 +124,12 @@ TEST_F(ExportedSamples, WavFilesCarryTheRenderedLoopAndRootKey)
 
 TEST_F(ExportedSamples, AiffFilesCarryTheLoopAsMarkersBetweenFrames)
 {
-    ASSERT_EQ(tg::TGexport_Aiff(out, "<#msi#>-<#n#>", project.get(), {0}, kSettings, true, message,
-                                services),
-              1)
+    ASSERT_EQ(
+        tg::TGexport_Aiff(out, "<#msi#>-<#n#>", project, {0}, kSettings, true, message, services),
+        1)
         << message;
-    const SoundFileView view = viewWithSndfile(out + "/00-E4.aif");
-    ASSERT_TRUE(view.opened);
+    const SndfileView view = viewWithSndfile(out + "/00-E4.aif");
+    ASSERT_TRUE(view.file);
     EXPECT_EQ(view.info.channels, 2);
     // Loop only: the file is the loop itself.
     EXPECT_EQ(view.info.frames, kLoopOut - kLoopIn + 1);
@@ -174,12 +142,12 @@ TEST_F(ExportedSamples, AiffFilesCarryTheLoopAsMarkersBetweenFrames)
 
 TEST_F(ExportedSamples, SfzSampleFilesCarryLoopAndRootKey)
 {
-    ASSERT_EQ(tg::TGexport_DimensionSFZ(out, "Organ", "sfz", project.get(), {0, 1}, kSettings, 0.0,
-                                        0.0, message, services),
+    ASSERT_EQ(tg::TGexport_DimensionSFZ(out, "Organ", "sfz", project, {0, 1}, kSettings, 0.0, 0.0,
+                                        message, services),
               1)
         << message;
-    const SoundFileView view = viewWithSndfile(out + "/Organ-001-067-G4.wav");
-    ASSERT_TRUE(view.opened);
+    const SndfileView view = viewWithSndfile(out + "/Organ-001-067-G4.wav");
+    ASSERT_TRUE(view.file);
     ASSERT_TRUE(view.hasInstrument);
     EXPECT_EQ(view.instrument.basenote, 67);
     EXPECT_EQ(view.instrument.loops[0].end, uint32_t(kLoopOut - kNoteIn + 1));
@@ -199,7 +167,7 @@ TEST_F(ExportedSamples, FullDiskLeavesTheProjectAsItWas)
         // Room for the start of the first file only, whoever runs the test.
         tg::test::FileSizeLimit full(16 * 1024);
         ASSERT_TRUE(full.active());
-        ok = tg::TGexport_WavFiles(out, "<#mn#>", project.get(), {0, 1}, kSettings, true, message,
+        ok = tg::TGexport_WavFiles(out, "<#mn#>", project, {0, 1}, kSettings, true, message,
                                    services);
     }
     EXPECT_EQ(ok, 0);

@@ -3,21 +3,14 @@
 #include "audiofile/AiffFile.h"
 #include "audiofile/WavFile.h"
 
+#include "tests/clients/SndfileView.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
-
-#include <memory>
 
 using namespace tg;
 
 namespace {
-
-struct SndfileCloser {
-    void operator()(SNDFILE* f) const { sf_close(f); }
-};
-using SndfileHandle = std::unique_ptr<SNDFILE, SndfileCloser>;
 
 // Our byte image decoded to int at the full 32-bit scale libsndfile uses for sf_readf_int.
 int32_t expectedInt(const WaveFormat& f, const std::vector<uint8_t>& bytes, size_t sample)
@@ -43,18 +36,6 @@ std::vector<uint8_t> noise(size_t count, uint32_t seed)
         b = static_cast<uint8_t>(seed >> 24);
     }
     return v;
-}
-
-struct Opened {
-    SndfileHandle file;
-    SF_INFO info{};
-};
-
-Opened openWithSndfile(const std::string& path)
-{
-    Opened o;
-    o.file.reset(sf_open(path.c_str(), SFM_READ, &o.info));
-    return o;
 }
 
 void expectSameSamples(SNDFILE* file, const WaveFormat& f, const std::vector<uint8_t>& bytes,
@@ -106,7 +87,7 @@ TEST(SndfileReadsOurAudio, FramesSamplesLoopAndBaseNoteOfEveryDepthAndChannelCou
                     const std::string path = dir.file(c.file);
                     ASSERT_TRUE(writeLooped(c, path, format, audio, withLoop));
 
-                    Opened o = openWithSndfile(path);
+                    const test::SndfileView o = test::viewWithSndfile(path);
                     ASSERT_TRUE(o.file) << sf_strerror(nullptr);
                     EXPECT_EQ(o.info.frames, frames);
                     EXPECT_EQ(o.info.channels, channels);
@@ -118,12 +99,10 @@ TEST(SndfileReadsOurAudio, FramesSamplesLoopAndBaseNoteOfEveryDepthAndChannelCou
                     EXPECT_EQ(o.info.format & SF_FORMAT_SUBMASK, subtype);
                     expectSameSamples(o.file.get(), format, audio, frames);
 
-                    SF_INSTRUMENT inst{};
-                    const bool hasInstrument =
-                        sf_command(o.file.get(), SFC_GET_INSTRUMENT, &inst, sizeof inst) == SF_TRUE;
-                    EXPECT_EQ(hasInstrument, withLoop);
-                    if (!hasInstrument)
+                    EXPECT_EQ(o.hasInstrument, withLoop);
+                    if (!o.hasInstrument)
                         continue;
+                    const SF_INSTRUMENT& inst = o.instrument;
                     EXPECT_EQ(inst.basenote, 65);
                     if (c.keyRange) {
                         EXPECT_EQ(inst.key_lo, 60);

@@ -4,6 +4,7 @@
 #include "core/Names.h"
 #include "export/ExportAudioServices.h"
 #include "export/ExportSoundFont2.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
 
@@ -27,25 +28,17 @@ double loopableFrequency(int note)
     return std::round(tg::test::noteHz(note));
 }
 
-void put16(std::vector<uint8_t>& out, double value)
-{
-    const int16_t v = int16_t(std::lround(value * 32767.0));
-    out.push_back(uint8_t(v & 0xFF));
-    out.push_back(uint8_t((v >> 8) & 0xFF));
-}
-
 // Writes a synthetic Key-Sample file: a sine at the key's own pitch, mono, or with
 // `rightAmplitude` > 0 stereo with the right half a fifth above the left.
 void writeTone(const tg::Project& p, int note, double amplitude, double rightAmplitude = 0.0)
 {
-    std::vector<uint8_t> data;
     const int channels = rightAmplitude > 0.0 ? 2 : 1;
     const double f = loopableFrequency(note);
-    for (int i = 0; i < kFrames; ++i) {
-        put16(data, amplitude * std::sin(2 * kPi * f * i / kRate));
-        if (channels == 2)
-            put16(data, rightAmplitude * std::sin(2 * kPi * f * 1.5 * i / kRate));
-    }
+    const auto data = tg::test::pcm16(kFrames, channels, [&](size_t i, int channel) {
+        const double level = channel == 0 ? amplitude : rightAmplitude;
+        return int16_t(std::lround(
+            level * 32767.0 * std::sin(2 * kPi * f * (1 + 0.5 * channel) * double(i) / kRate)));
+    });
     std::string message;
     ASSERT_EQ(tg::writeWav(tg::keySampleFileName(p, p.msl[0], note),
                            tg::makeWaveFormat(kRate, uint16_t(channels), 16), data, message),
@@ -110,6 +103,13 @@ double frequency(const std::vector<double>& x, double from, double to)
     return tg::test::crossingPitchHz(x, int64_t(from * kRate), int64_t(to * kRate), kRate);
 }
 
+// The pitch of `key` within 1 % (a sixth of a semitone) between `from` and `to` seconds.
+void expectPitchOf(int key, const std::vector<double>& x, double from = 0.3, double to = 0.9)
+{
+    EXPECT_NEAR(frequency(x, from, to), tg::test::noteHz(key), tg::test::noteHz(key) * 0.01)
+        << "key " << key;
+}
+
 // Power of one frequency in a window (Goertzel), normalised to the window length.
 double toneLevel(const std::vector<double>& x, double f, double from, double to)
 {
@@ -158,8 +158,9 @@ class SoundFontInFluidSynth : public ::testing::Test {
         writeTone(*project, 72, 0.4, 0.2);
     }
 
-    // Default rate 44.1 kHz; 16 Bit, channels as recorded; tail kept, levels untouched.
-    std::string exportBank(const std::string& name, uint32_t frequency = 0x08)
+    // The exported bank loaded into FluidSynth. Default rate 44.1 kHz; 16 Bit, channels as
+    // recorded; tail kept, levels untouched.
+    std::unique_ptr<FluidPlayer> exportBank(const std::string& name, uint32_t frequency = 0x08)
     {
         std::string message;
         const uint32_t settings = frequency | 0x400 | 0x10000 | 0x1000000 | 0x10000000 | 0x40000000;
@@ -167,7 +168,9 @@ class SoundFontInFluidSynth : public ::testing::Test {
                                           message, services),
                   1)
             << message;
-        return dir.file(name + ".sf2");
+        auto player = std::make_unique<FluidPlayer>(dir.file(name + ".sf2"));
+        EXPECT_TRUE(player->loaded()) << name;
+        return player;
     }
 };
 
@@ -175,44 +178,35 @@ class SoundFontInFluidSynth : public ::testing::Test {
 
 TEST_F(SoundFontInFluidSynth, EachKeySampleSoundsAtItsOwnPitch)
 {
-    FluidPlayer player(exportBank("pitch"));
-    ASSERT_TRUE(player.loaded());
-    for (int key : {36, 48, 60, 66}) {
-        const Rendering r = player.play(key, 1.0);
-        EXPECT_NEAR(frequency(r.left, 0.3, 0.9), tg::test::noteHz(key),
-                    tg::test::noteHz(key) * 0.01)
-            << "key " << key;
-    }
+    const auto player = exportBank("pitch");
+    for (int key : {36, 48, 60, 66})
+        expectPitchOf(key, player->play(key, 1.0).left);
 }
 
 TEST_F(SoundFontInFluidSynth, ConvertedRateIsTheSampleRateOfTheBank)
 {
     // Resampled to 48 kHz (high quality), played at 44.1 kHz: the pitch stays only when the
     // bank states the new rate.
-    FluidPlayer player(exportBank("rate", 0x10));
-    ASSERT_TRUE(player.loaded());
-    const Rendering r = player.play(60, 1.0);
-    EXPECT_NEAR(frequency(r.left, 0.3, 0.9), tg::test::noteHz(60), tg::test::noteHz(60) * 0.01);
+    const auto player = exportBank("rate", 0x10);
+    expectPitchOf(60, player->play(60, 1.0).left);
 }
 
 TEST_F(SoundFontInFluidSynth, HeldNoteKeepsSoundingThroughTheLoop)
 {
-    FluidPlayer player(exportBank("loop"));
-    ASSERT_TRUE(player.loaded());
-    const Rendering r = player.play(60, 4.0); // the sample lasts 1.5 s
+    const auto player = exportBank("loop");
+    const Rendering r = player->play(60, 4.0); // the sample lasts 1.5 s
     const double early = rms(r.left, 0.5, 1.0);
     const double late = rms(r.left, 3.0, 3.5);
     ASSERT_GT(early, 0.01);
     EXPECT_NEAR(late / early, 1.0, 0.05);
-    EXPECT_NEAR(frequency(r.left, 3.0, 3.5), tg::test::noteHz(60), tg::test::noteHz(60) * 0.01);
+    expectPitchOf(60, r.left, 3.0, 3.5);
 }
 
 TEST_F(SoundFontInFluidSynth, WithoutLoopTheNoteEndsWithItsSample)
 {
     project->msl[0].keys[60].loopMode = 0;
-    FluidPlayer player(exportBank("noloop"));
-    ASSERT_TRUE(player.loaded());
-    const Rendering r = player.play(60, 4.0);
+    const auto player = exportBank("noloop");
+    const Rendering r = player->play(60, 4.0);
     const double early = rms(r.left, 0.5, 1.0);
     ASSERT_GT(early, 0.01);
     EXPECT_LT(rms(r.left, 3.0, 3.5), early * 0.01);
@@ -220,21 +214,19 @@ TEST_F(SoundFontInFluidSynth, WithoutLoopTheNoteEndsWithItsSample)
 
 TEST_F(SoundFontInFluidSynth, KeyBetweenKeySamplesPlaysTheNearerOneTransposed)
 {
-    FluidPlayer player(exportBank("zones"));
-    ASSERT_TRUE(player.loaded());
+    const auto player = exportBank("zones");
     // 53 lies nearer 48 (amplitude 0.5), 57 nearer 60 (amplitude 0.25).
-    const Rendering low = player.play(53, 1.0);
-    const Rendering high = player.play(57, 1.0);
-    EXPECT_NEAR(frequency(low.left, 0.3, 0.9), tg::test::noteHz(53), tg::test::noteHz(53) * 0.01);
-    EXPECT_NEAR(frequency(high.left, 0.3, 0.9), tg::test::noteHz(57), tg::test::noteHz(57) * 0.01);
+    const Rendering low = player->play(53, 1.0);
+    const Rendering high = player->play(57, 1.0);
+    expectPitchOf(53, low.left);
+    expectPitchOf(57, high.left);
     EXPECT_NEAR(rms(low.left, 0.3, 0.9) / rms(high.left, 0.3, 0.9), 2.0, 0.1);
 }
 
 TEST_F(SoundFontInFluidSynth, StereoPairKeepsItsChannelsApart)
 {
-    FluidPlayer player(exportBank("stereo"));
-    ASSERT_TRUE(player.loaded());
-    const Rendering r = player.play(72, 1.0);
+    const auto player = exportBank("stereo");
+    const Rendering r = player->play(72, 1.0);
     const double f = loopableFrequency(72);
     // The left half (amplitude 0.4) sounds on the left output only, the right half (the
     // fifth above, 0.2) on the right only, as they were recorded.

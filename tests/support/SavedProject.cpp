@@ -4,9 +4,11 @@
 #include "core/Message.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
+#include "tests/support/Pcm16.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -24,16 +26,16 @@ std::string saveSineProject(const std::string& folder, const std::string& name,
         TGmsl& msl = project->msl[m];
         copyText(msl.name, shape.layers[m].c_str());
         for (int note : shape.notes) {
-            std::vector<uint8_t> data;
-            for (int i = 0; i < shape.frames; ++i)
-                for (int ch = 0; ch < shape.channels; ++ch) {
-                    const int16_t v = int16_t((m + 1) * 5000 * std::sin(i * 0.03 + ch));
-                    data.push_back(uint8_t(v & 0xFF));
-                    data.push_back(uint8_t((v >> 8) & 0xFF));
-                }
+            const bool stereo = std::find(shape.stereoNotes.begin(), shape.stereoNotes.end(),
+                                          note) != shape.stereoNotes.end();
+            const uint16_t channels = stereo ? 2 : shape.channels;
+            const std::vector<uint8_t> data =
+                pcm16(size_t(shape.frames), channels, [m](size_t i, int ch) {
+                    return int16_t((m + 1) * 5000 * std::sin(double(i) * 0.03 + ch));
+                });
             std::string message;
             EXPECT_TRUE(writeWav(keySampleFileName(*project, msl, note),
-                                 makeWaveFormat(44100, shape.channels, 16), data, message))
+                                 makeWaveFormat(44100, channels, 16), data, message))
                 << message;
             TGmsl_key& key = msl.keys[note];
             key.keyState = 1;

@@ -15,6 +15,7 @@ struct SineProjectShape {
     std::vector<int> notes = {60, 67};                  // recorded in every layer
     int frames = 8000;
     uint16_t channels = 1;
+    std::vector<int> stereoNotes;      // recorded in two channels whatever `channels` says
     int noteIn = 100;                  // the note ends on the last frame
     int loopIn = 2000, loopOut = 5999; // every key is looped
     std::string dataPath;              // where the Key-Samples go; empty: the project's folder

@@ -1,0 +1,33 @@
+// A sound file as libsndfile, the independent reader, sees it: its format and its instrument
+// chunk (base note, key range, loops).
+#pragma once
+
+#include <sndfile.h>
+
+#include <memory>
+#include <string>
+
+namespace tg::test {
+
+struct SndfileCloser {
+    void operator()(SNDFILE* f) const { sf_close(f); }
+};
+
+struct SndfileView {
+    std::unique_ptr<SNDFILE, SndfileCloser> file; // null when libsndfile refused the file
+    SF_INFO info{};
+    bool hasInstrument = false;
+    SF_INSTRUMENT instrument{};
+};
+
+inline SndfileView viewWithSndfile(const std::string& path)
+{
+    SndfileView view;
+    view.file.reset(sf_open(path.c_str(), SFM_READ, &view.info));
+    if (view.file)
+        view.hasInstrument = sf_command(view.file.get(), SFC_GET_INSTRUMENT, &view.instrument,
+                                        sizeof view.instrument) == SF_TRUE;
+    return view;
+}
+
+} // namespace tg::test

@@ -1,8 +1,8 @@
 // The analysis commands: auto (batch auto-note/auto-loop), loops, normalize, gain, levels,
 // estimate.
 #include "cli/CliApp.h"
-#include "cli/InputLevels.h"
 #include "cli/Commands.h"
+#include "cli/InputLevels.h"
 #include "cli/Progress.h"
 #include "cli/ProjectAccess.h"
 
@@ -18,9 +18,9 @@
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
 
-#include <cstdio>
 #include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -359,9 +359,8 @@ void addGain(CliApp& app)
 // The input `levels --input` listens to: --device with --format, else the chosen
 // Multi-Sample's input when a project is given, else the preferences' input.
 // False, with `status` set, when the project cannot be loaded.
-bool inputLevelSource(const ProjectArgs& args, const std::string& device,
-                      const std::string& format, const std::string& channels,
-                      InputLevelSource& source, int& status)
+bool inputLevelSource(const ProjectArgs& args, const std::string& device, const std::string& format,
+                      const std::string& channels, InputLevelSource& source, int& status)
 {
     if (!device.empty()) {
         source = {device, format, channels};

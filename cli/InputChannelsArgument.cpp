@@ -1,14 +1,13 @@
 #include "cli/InputChannelsArgument.h"
 
-#include "cli/CliApp.h"
 #include "devices/InputChannelChoice.h"
 
 #include <cstdio>
-#include <iostream>
 
 namespace tg::cli {
 
-int chooseChannelsFromArgument(const DeviceTables& tables, TGmsl& msl, const std::string& text)
+bool chooseChannelsFromArgument(const DeviceTables& tables, TGmsl& msl, const std::string& text,
+                                std::string& message)
 {
     const std::string bad = "Bad argument --input-channels '" + text + "': ";
     int left = 0, right = 0;
@@ -16,15 +15,15 @@ int chooseChannelsFromArgument(const DeviceTables& tables, TGmsl& msl, const std
     const int count = std::sscanf(text.c_str(), "%d,%d%c", &left, &right, &extra);
     if ((count != 1 && count != 2) || left < 1 || (count == 2 && right < 1) ||
         (count == 1 && text.find_first_not_of("0123456789") != std::string::npos)) {
-        std::cerr << bad << "expected LEFT or LEFT,RIGHT, channel numbers from 1.\n";
-        return kExitBadUsage;
+        message = bad + "expected LEFT or LEFT,RIGHT, channel numbers from 1.";
+        return false;
     }
-    std::string message;
-    if (!chooseInputChannels(tables, msl, left - 1, count == 2 ? right - 1 : -1, message)) {
-        std::cerr << bad << message << ".\n";
-        return kExitBadUsage;
+    std::string reason;
+    if (!chooseInputChannels(tables, msl, left - 1, count == 2 ? right - 1 : -1, reason)) {
+        message = bad + reason + ".";
+        return false;
     }
-    return kExitOk;
+    return true;
 }
 
 } // namespace tg::cli

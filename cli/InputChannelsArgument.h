@@ -4,7 +4,6 @@
 
 #include "core/Records.h"
 
-#include <cstdint>
 #include <string>
 
 namespace tg {
@@ -14,8 +13,9 @@ struct DeviceTables;
 namespace tg::cli {
 
 // Chooses the channels `text` names (1-based, "3" or "3,4") for `msl`'s own device.
-// Returns kExitOk, or kExitBadUsage after printing "Bad argument --input-channels '...': ..."
-// when the text is malformed or the device lacks a channel.
-int chooseChannelsFromArgument(const DeviceTables& tables, TGmsl& msl, const std::string& text);
+// False with `message` ("Bad argument --input-channels '...': ...") when the text is
+// malformed or the device lacks a channel: a usage error.
+bool chooseChannelsFromArgument(const DeviceTables& tables, TGmsl& msl, const std::string& text,
+                                std::string& message);
 
 } // namespace tg::cli

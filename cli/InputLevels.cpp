@@ -84,9 +84,10 @@ int runInputLevels(const InputLevelSource& source, double seconds, bool json, bo
             return fail(msg, json);
         TGmsl msl;
         std::snprintf(msl.AudioInDevice, sizeof msl.AudioInDevice, "%s", source.device.c_str());
-        if (const int status = chooseChannelsFromArgument(tables, msl, source.channels);
-            status != kExitOk)
-            return status;
+        if (!chooseChannelsFromArgument(tables, msl, source.channels, msg)) {
+            fail(msg, json);
+            return kExitBadUsage;
+        }
         input.channelLeft = storedInputChannel(tables, msl, ChannelSide::Left);
         input.channelRight = storedInputChannel(tables, msl, ChannelSide::Right);
     }

@@ -70,14 +70,16 @@ struct RecordOptions {
 
 // --input-channels: the device channels every Multi-Sample of the run records from. They
 // are chosen for the session only (project files do not keep them), so they are given here.
-int chooseRunInputChannels(Model& model, const std::string& text)
+int chooseRunInputChannels(Model& model, const std::string& text, bool json)
 {
+    std::string message;
     for (int p = 0; p < model.projectCount(); ++p)
         for (int m = 0; m < model.project(p).mslCount; ++m)
-            if (const int status =
-                    chooseChannelsFromArgument(deviceTables(), model.project(p).msl[m], text);
-                status != kExitOk)
-                return status;
+            if (!chooseChannelsFromArgument(deviceTables(), model.project(p).msl[m], text,
+                                            message)) {
+                fail(message, json);
+                return kExitBadUsage;
+            }
     return kExitOk;
 }
 
@@ -298,7 +300,7 @@ int runRecord(const RecordOptions& options)
                          "without an audio input device.\n";
             return kExitBadUsage;
         }
-        if (const int status = chooseRunInputChannels(model, options.inputChannels);
+        if (const int status = chooseRunInputChannels(model, options.inputChannels, options.json);
             status != kExitOk)
             return status;
     }

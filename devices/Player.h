@@ -104,7 +104,7 @@ class Player {
     int itemCount_ = 0;
     uint64_t startCount_ = 0; // GUI thread
     int current_ = 0;         // audio thread while playing
-    int next_ = 1;    // the item that follows the current one
+    int next_ = 1;            // the item that follows the current one
     std::atomic<uint8_t> playing_{0};
     std::atomic<uint8_t> stopRequested_{0};
     std::atomic<uint8_t> finished_{0};

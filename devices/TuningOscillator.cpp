@@ -115,11 +115,14 @@ int TuningOscillator::start(const TuningTone& tone, const std::string& outputDev
         AudioStreamConfig input = audio::currentInputConfig();
         if (!audio::inputOpen())
             input.device = -1;
-        // The device's own rate: a JACK server refuses any other, and the player converts
-        // the wave to whatever the output runs at.
+        // An open input sets the rate (the streams run at one rate, one duplex stream when
+        // both sides are the same device); else the device's own rate, as a JACK server
+        // refuses any other. The player converts the wave to whatever the output runs at.
         const int32_t deviceRate = audio::deviceDefaultRate(device);
-        const AudioStreamConfig output{device, -1, -1, deviceRate > 0 ? deviceRate : 44100, 16,
-                                       2, -1.0f};
+        const int32_t rate = input.device >= 0 ? input.sampleRate
+                             : deviceRate > 0  ? deviceRate
+                                               : 44100;
+        const AudioStreamConfig output{device, -1, -1, rate, 16, 2, -1.0f};
         if (!audio::openStreams(input, output, msg) || !audio::startStreams(msg))
             return 0;
     }
@@ -143,8 +146,7 @@ void TuningOscillator::stop()
 
 bool TuningOscillator::isPlaying() const
 {
-    return started_ && audio::player().isPlaying() &&
-           audio::player().startCount() == playerStart_;
+    return started_ && audio::player().isPlaying() && audio::player().startCount() == playerStart_;
 }
 
 } // namespace tg

@@ -126,11 +126,12 @@ void SampleEditor::currentKeyChanged(int)
 
 void SampleEditor::keysChanged(int project, int msl)
 {
-    // A take that arrived for the open key (its markers alone move without a reload).
+    // A take that arrived for the open key, or replaced its take (its markers alone move
+    // without a reload).
     if (project != sample_.project || (msl != -1 && msl != sample_.msl))
         return;
     const TGmsl_key* key = keyOf(model_, sample_);
-    if (key && key->hasAudio && !sample_.keyHadAudio)
+    if (key && key->hasAudio && (!sample_.keyHadAudio || takeReplacedOnDisk(model_, sample_)))
         follow(true);
     else
         figures_->refresh(false);

@@ -141,6 +141,11 @@ TEST_F(ExtrasDialogs, AboutBoxAndUpdateCheckWithoutAddress)
     ASSERT_GE(about.libraries()->rowCount(), 6);
     EXPECT_EQ(about.libraries()->item(0, 0)->text(), "Qt");
     EXPECT_EQ(about.libraries()->item(0, 1)->text(), qVersion());
+    // Every library names the version that is loaded (the audio and MIDI ones included).
+    for (int row = 0; row < about.libraries()->rowCount(); ++row)
+        EXPECT_FALSE(about.libraries()->item(row, 1)->text().isEmpty())
+            << about.libraries()->item(row, 0)->text().toStdString();
+    EXPECT_EQ(about.libraries()->findItems("JACK", Qt::MatchExactly).size(), 1);
 
     UpdateCheckDialog updates;
     QSignalSpy finished(&updates.checker(), &UpdateChecker::finished);

@@ -127,7 +127,10 @@ TEST_F(SampleEditorTest, DraggingLoopInMovesTheModelMarkerAndTheInfoShowsIt)
     EXPECT_EQ(view->selectedMarker(), MarkerId::LoopIn);
     EXPECT_TRUE(model.currentProject()->modified);
     const QString info = window->centralArea()->infoSettings()->infoText();
-    EXPECT_TRUE(info.contains(QStringLiteral("%1 - 15000").arg(moved))) << info.toStdString();
+    // The loop plays Loop_Out too.
+    EXPECT_TRUE(
+        info.contains(QStringLiteral("%1 - 15000 (length %2)").arg(moved).arg(15001 - moved)))
+        << info.toStdString();
 }
 
 TEST_F(SampleEditorTest, SnappedMarkersLandWhereTheSignChanges)
@@ -200,6 +203,17 @@ TEST_F(SampleEditorTest, ATakeArrivingForTheOpenKeyIsShown)
         l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
     });
     EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
+
+    // A take recorded again replaces the file: the new audio is shown, not the old.
+    std::string message;
+    ASSERT_EQ(writeWav(keySampleFileName(*model.currentProject(), *model.currentMultiSample(), 62),
+                       makeWaveFormat(44100, 2, 16), std::vector<uint8_t>(4 * 12000), message),
+              1)
+        << message;
+    model.notifyListeners([&](TonegrabberModelListener& l) {
+        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
+    });
+    EXPECT_EQ(window->editor()->sample().wave.frames(), 12000);
 }
 
 TEST_F(SampleEditorTest, LoopFiguresFollowTheLoopAndMarkAWrapThatClicks)

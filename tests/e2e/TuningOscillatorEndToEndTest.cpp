@@ -150,8 +150,8 @@ TEST_F(TuningOscillatorOnJack, KeySamplePlayedOverTheToneEndsIt)
     std::string msg;
     ASSERT_EQ(makeTuningWave({TuningWaveform::Rect, 57, -20}, keySample, msg), 1) << msg;
     ASSERT_EQ(TGaudio_playSample(audio::currentOutputConfig().device, keySample.format,
-                                 keySample.data.data(), keySample.data.size(),
-                                 keySample.loopStart, keySample.loopEnd, nullptr, 0, msg, 0),
+                                 keySample.data.data(), keySample.data.size(), keySample.loopStart,
+                                 keySample.loopEnd, nullptr, 0, msg, 0),
               1)
         << msg;
     QTest::qWait(500);

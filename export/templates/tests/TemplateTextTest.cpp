@@ -41,6 +41,7 @@ TEST(TemplateText, Latin1FromUtf8AndPassThroughOfLatin1)
 TEST(TemplateText, XmlSpecialCharactersAreEscaped)
 {
     EXPECT_EQ(escapeXml("a<b & \"c\" 'd'>"), "a&lt;b &amp; &quot;c&quot; &apos;d&apos;&gt;");
+    EXPECT_EQ(escapeXml("tab\there\x01"), "tab here ") << "control characters become blanks";
 }
 
 TEST(TemplateText, OpenVelocityBoundsAreRemoved)

@@ -1,6 +1,6 @@
 // The play list and the output side of the callback, rendered block by block. A held note
-// playing once and then its loop, and the linear fade of a stop within one block, are checked
-// sample for sample on the real sound chain (SoundChainPlayback in tests/e2e).
+// playing once and then its loop is checked sample for sample on the real sound chain
+// (SoundChainPlayback in tests/e2e).
 #include "devices/Player.h"
 
 #include <gtest/gtest.h>
@@ -80,6 +80,22 @@ TEST_F(PlayerTest, KeyReleaseDuringTheNoteSkipsTheLoop)
     EXPECT_EQ(render(player, 1), values({1}));
     player.releaseKey();
     EXPECT_EQ(render(player, 3), values({2, 100, 0}));
+}
+
+TEST_F(PlayerTest, StopFadesTheNextBlockLinearlyToZero)
+{
+    std::vector<int16_t> level(64, 10000);
+    std::vector<uint8_t> data(reinterpret_cast<uint8_t*>(level.data()),
+                              reinterpret_cast<uint8_t*>(level.data() + level.size()));
+    player.setOutputRunning(true);
+    player.playSample(kMonoOut, format, data.data(), data.size(), 0, 64, nullptr, 0, msg, 0);
+    EXPECT_EQ(render(player, 5), values({10000, 10000, 10000, 10000, 10000}));
+    player.requestStop();
+    EXPECT_TRUE(player.isPlaying()); // until the audio side played the fade
+    std::vector<int16_t> faded = render(player, 5);
+    EXPECT_EQ(faded, values({10000, 7500, 5000, 2500, 0}));
+    EXPECT_FALSE(player.isPlaying());
+    EXPECT_EQ(render(player, 3), values({0, 0, 0}));
 }
 
 TEST(FadeOut, TwentyFourAndEightBitScaleAroundTheirZero)

@@ -25,7 +25,8 @@ double pitchHz(const std::vector<double>& samples, int64_t from, int64_t to, dou
 
 // Equal-tempered frequency of a MIDI note, A4 (69) = 440 Hz.
 double noteHz(int note);
-// pitchHz searched within a fifth below and above `note`, so that an octave error cannot pass.
+// pitchHz searched within a tritone (a factor of 1.4) below and above `note`, so that an
+// octave error cannot pass.
 double pitchNearNote(const std::vector<double>& samples, int64_t from, int64_t to, double rate,
                      int note);
 // Frequency of a steady tone in [from, to) from its first to its last rising zero crossing,

@@ -373,6 +373,8 @@ std::vector<std::string> inputChannelNames(int32_t deviceIndex, std::string& msg
 #if TG_HAVE_PA_ASIO
     if (isAsioDevice(deviceIndex))
         return asioChannelNames(deviceIndex, msg); // the driver names its channels
+#else
+    (void)msg; // only an ASIO driver can fail to name its channels
 #endif
     // A stereo or mono device records its channels as they come.
     if (info->maxInputChannels <= 2)

@@ -99,11 +99,10 @@ TEST(Lv2Instrument, ControlValuesReachThePlugin)
     EXPECT_GT(1200.0 * std::log2(highHz / lowHz), 50.0) << lowHz << " / " << highHz;
 }
 
-TEST(Lv2Instrument, UnknownPluginsAndControlsAreRefusedByName)
+TEST(Lv2Instrument, UnknownControlsAndRatesAreRefusedByName)
 {
+    // A plug-in that is not installed is refused on the command line (RecordOfflineCli).
     std::string msg;
-    EXPECT_EQ(test::openInstrument("lv2:urn:nobody:nothing", msg), nullptr);
-    EXPECT_EQ(msg, "LV2 instrument 'urn:nobody:nothing' is not installed");
     EXPECT_EQ(test::openInstrument(std::string("lv2:") + test::kLv2Piano + "?wobble=1", msg),
               nullptr);
     EXPECT_EQ(msg, std::string("LV2 instrument '") + test::kLv2Piano +

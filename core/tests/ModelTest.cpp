@@ -122,18 +122,7 @@ TEST_F(ModelOps, DuplicateMultiSampleKeepsEverything)
     EXPECT_EQ(current().msl[1].audioInChannelL, std::vector<int32_t>{3});
 }
 
-TEST_F(ModelOps, DeletingTheOnlyMultiSampleLeavesNone)
-{
-    addMultiSamples(1);
-    ASSERT_TRUE(model.deleteMultiSample().ok());
-    EXPECT_EQ(current().mslCount, 0);
-    EXPECT_EQ(current().currentMsl, 0);
-    EXPECT_EQ(model.currentMultiSample(), nullptr);
-    EXPECT_TRUE(model.deleteMultiSample().ok());
-    EXPECT_EQ(current().mslCount, 0);
-}
-
-TEST_F(ModelOps, DeletingAMultiSampleMovesTheLaterOnesDown)
+TEST_F(ModelOps, DeletingAMultiSampleMovesTheLaterOnesDownUntilNoneIsLeft)
 {
     addMultiSamples(3);
     for (int i = 0; i < 3; ++i)
@@ -146,6 +135,12 @@ TEST_F(ModelOps, DeletingAMultiSampleMovesTheLaterOnesDown)
     ASSERT_TRUE(model.deleteMultiSample().ok()); // the last one: the current row moves up
     EXPECT_EQ(current().currentMsl, 0);
     EXPECT_STREQ(current().msl[0].name, "0");
+    ASSERT_TRUE(model.deleteMultiSample().ok());
+    EXPECT_EQ(current().mslCount, 0);
+    EXPECT_EQ(current().currentMsl, 0);
+    EXPECT_EQ(model.currentMultiSample(), nullptr);
+    EXPECT_TRUE(model.deleteMultiSample().ok()); // nothing left to delete
+    EXPECT_EQ(current().mslCount, 0);
 }
 
 TEST_F(ModelOps, AddingKeepsTheCurrentRowInTheSixVisibleRows)

@@ -71,37 +71,32 @@ TEST(Renderer, ForwardLoopCrossfadeMixesWithTheCurveGainsInEveryFormat)
     }
 }
 
-TEST(Renderer, IncludingTheNoteAfterTheLoopExtendsTheBuffer)
+// The forward loop ends on Loop_Out and the rest follows it; the backward-forward loop
+// unfolds into (700 - 300) + (700 + 1 - 100) - 50 frames, then Loop_Out..Note_Out follows.
+// The unfolded loop itself is checked frame by frame in EverySeamEndsOnTheFrameBefore...
+TEST(Renderer, IncludingTheNoteAfterTheLoopAppendsIt)
 {
-    const WaveFormat format = makeWaveFormat(44100, 2, 16);
-    const auto data =
-        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
-    RenderOptions options;
-    options.includeAfterLoop = true;
-    RenderedNote out;
-    ASSERT_TRUE(render(loopedKey(1), format, data, out, options));
-    EXPECT_EQ(out.note.size(), 801u * 4);
-    EXPECT_EQ(out.loopEnd, 600);
-    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 900);
-    EXPECT_TRUE(out.release.empty());
-}
-
-TEST(Renderer, BackwardForwardLoopWithTheNoteAfterTheLoopAppendsIt)
-{
-    // The unfolded loop itself is checked frame by frame in EverySeamEndsOnTheFrameBefore...
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
     const auto data =
         makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
-    TGmsl_key key = loopedKey(2);
-    key.bfxfadeLen = 50;
     RenderOptions options;
     options.includeAfterLoop = true;
-    RenderedNote out;
-    ASSERT_TRUE(render(key, format, data, out, options));
-    // (700 - 300) + (700 + 1 - 100) - 50 frames of unfolded loop, then Loop_Out..Note_Out.
-    EXPECT_EQ(out.note.size(), 1151u * 2);
-    EXPECT_EQ(out.loopEnd, 949);
-    EXPECT_EQ(samplesAt(format, out.note, {950, 1150}), (Samples{700, 900}));
+    struct Case {
+        uint8_t mode;
+        int32_t loopEnd, frames, firstAfter;
+    };
+    for (const Case c : {Case{1, 600, 801, 701}, Case{2, 949, 1151, 700}}) {
+        SCOPED_TRACE(static_cast<int>(c.mode));
+        TGmsl_key key = loopedKey(c.mode);
+        key.bfxfadeLen = 50;
+        RenderedNote out;
+        ASSERT_TRUE(render(key, format, data, out, options));
+        EXPECT_EQ(out.note.size(), size_t(c.frames) * 2);
+        EXPECT_EQ(out.loopEnd, c.loopEnd);
+        EXPECT_EQ(samplesAt(format, out.note, {c.loopEnd + 1, c.frames - 1}),
+                  (Samples{c.firstAfter, 900}));
+        EXPECT_TRUE(out.release.empty());
+    }
 }
 
 TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)

@@ -1,12 +1,8 @@
-// The one-line instrument description: its two forms, its faults, and keeping it per user.
+// The one-line instrument description: its two forms and its faults. Keeping it per user for
+// the next run is checked on the command line (RecordOfflineCli).
 #include "devices/InstrumentSpec.h"
 
-#include "core/IniKeys.h"
-
 #include <gtest/gtest.h>
-
-#include <QSettings>
-#include <QString>
 
 namespace tg {
 namespace {
@@ -64,18 +60,6 @@ TEST(InstrumentSpec, FaultsAreNamed)
         EXPECT_EQ(parseInstrumentSpec(c.text, choice, msg), 0) << c.text;
         EXPECT_EQ(msg, c.message) << c.text;
     }
-}
-
-TEST(InstrumentSpec, StoredPerUserInTheIniFile)
-{
-    EXPECT_EQ(storedInstrumentSpec(), "");
-    std::string msg;
-    ASSERT_EQ(storeInstrumentSpec("lv2:http://drobilla.net/plugins/mda/EPiano?volume=90", msg), 1)
-        << msg;
-    EXPECT_EQ(storedInstrumentSpec(), "lv2:http://drobilla.net/plugins/mda/EPiano?volume=90");
-    QSettings settings(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
-    EXPECT_EQ(settings.value("VstHostWidget/PluginPath").toString().toStdString(),
-              "lv2:http://drobilla.net/plugins/mda/EPiano?volume=90");
 }
 
 } // namespace

@@ -41,21 +41,14 @@ TEST(Estimate, KeyAddsNoteReleaseLeadInPauseAndWavSize)
     EXPECT_EQ(estimate.bytes, static_cast<uint64_t>(44100 * 3.5 * 4) + 64);
 }
 
-TEST(Estimate, SkippedKeysAddNothing)
+// Keys the options leave out (locked, or holding audio) are checked on the dialog
+// (EstimationDialogTest.OptionsLeaveOutKeysWithAudio).
+TEST(Estimate, KeyWithoutNoteOrReleaseAddsNothing)
 {
     TGmsl msl = oneKeyMultiSample();
-    msl.keys[60].hasAudio = 1;
-    msl.keys[60].locked = 1;
-    EstimateOptions options;
-    options.keepLocked = true;
-    RecordingEstimate estimate;
-    addMultiSampleEstimate(msl, options, speeds(1.0), estimate);
-    options = {};
-    options.onlyEmpty = true;
-    addMultiSampleEstimate(msl, options, speeds(1.0), estimate);
-    msl.keys[60].hasAudio = 0;
     msl.recordsettings.notelength1 = 0.0;
     msl.recordsettings.releaselength1 = 0.0;
+    RecordingEstimate estimate;
     addMultiSampleEstimate(msl, {}, speeds(1.0), estimate);
     EXPECT_EQ(estimate.seconds, 0.0);
     EXPECT_EQ(estimate.bytes, 0u);

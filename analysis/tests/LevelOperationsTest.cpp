@@ -47,6 +47,20 @@ class KeySampleFiles : public testing::Test {
         project->msl[msl].keys[note].hasAudio = 1;
     }
 
+    // A mono 16-bit key of the first Multi-Sample: silence, a tone on frames on..off - 1,
+    // silence; the silence markers measure the quiet start.
+    void addToneKey(int note, int64_t frames, int64_t on, int64_t off)
+    {
+        const WaveFormat format = makeWaveFormat(44100, 1, 16);
+        const auto data = makeSignal(format, frames, [=](int64_t f, int) {
+            return f >= on && f < off ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0))
+                                      : 0;
+        });
+        ASSERT_TRUE(writeWav(path(0, note), format, data, message)) << message;
+        project->msl[0].keys[note].hasAudio = 1;
+        project->msl[0].keys[note].Silence_Out = 3000;
+    }
+
     std::string path(int msl, int note) const
     {
         return keySampleFileName(*project, project->msl[msl], note);
@@ -169,16 +183,8 @@ TEST_F(KeySampleFiles, UnreadableFileIsReportedWithTheReadersMessage)
 
 TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
 {
-    const WaveFormat format = makeWaveFormat(44100, 1, 16);
     for (int note : {60, 72}) {
-        const auto data = makeSignal(format, 40000, [](int64_t f, int) {
-            return f >= 5000 && f < 35000
-                       ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0))
-                       : 0;
-        });
-        ASSERT_TRUE(writeWav(path(0, note), format, data, message));
-        project->msl[0].keys[note].hasAudio = 1;
-        project->msl[0].keys[note].Silence_Out = 3000;
+        addToneKey(note, 40000, 5000, 35000);
         project->msl[0].keys[note].releaseOn = 1;
     }
     project->msl[0].recordsettings.zerocrossing = 0;
@@ -206,15 +212,8 @@ TEST_F(KeySampleFiles, BatchAutoSetsNoteAndLoopMarkers)
 
 TEST_F(KeySampleFiles, AutoJobChangesOnlyItsSnapshotUntilTheMarkersAreApplied)
 {
-    const WaveFormat format = makeWaveFormat(44100, 1, 16);
-    for (int note : {60, 72}) {
-        const auto data = makeSignal(format, 20000, [](int64_t f, int) {
-            return f >= 4000 ? static_cast<int32_t>(12000 * std::sin(2 * M_PI * f / 200.0)) : 0;
-        });
-        ASSERT_TRUE(writeWav(path(0, note), format, data, message));
-        project->msl[0].keys[note].hasAudio = 1;
-        project->msl[0].keys[note].Silence_Out = 3000;
-    }
+    for (int note : {60, 72})
+        addToneKey(note, 20000, 4000, 20000);
     BatchAutoOptions options;
     {
         BatchJob cancelled(*project);

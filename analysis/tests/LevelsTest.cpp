@@ -52,9 +52,7 @@ TEST(Levels, NoteAndReleaseRegionLeavesTheRestOut)
 TEST(Levels, DecibelsFloorAtMinus72)
 {
     EXPECT_DOUBLE_EQ(levelInDb(0.0), -72.0);
-    EXPECT_DOUBLE_EQ(levelInDb(1.0), 0.0);
-    EXPECT_NEAR(levelInDb(0.5), -6.0206, 1e-4);
-    EXPECT_NEAR(gainFromDb(6.0), 1.9953, 1e-4);
+    EXPECT_DOUBLE_EQ(levelInDb(1.0), 0.0); // other levels and gains: LevelOperationsTest
 }
 
 TEST(Levels, GainsTruncateClipAndSkipUnityFactors)

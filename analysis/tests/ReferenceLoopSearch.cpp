@@ -45,7 +45,7 @@ int16_t referenceScore(const WaveFormat& format, const uint8_t* data, int64_t fr
 
 int32_t referenceLoopSearch(const WaveFormat& format, const uint8_t* data, size_t bytes, int32_t s,
                             int32_t a, int32_t b, int32_t w, int32_t* results, int k, bool snap,
-                            bool stepping, std::vector<int16_t>* scores)
+                            bool stepping)
 {
     for (int i = 0; i < k; ++i)
         results[i] = -1;
@@ -69,9 +69,6 @@ int32_t referenceLoopSearch(const WaveFormat& format, const uint8_t* data, size_
             break;
         c = next;
     }
-    if (scores != nullptr)
-        scores->assign(c0 < c1 ? score.begin() + c0 : score.begin(),
-                       c0 < c1 ? score.begin() + c1 : score.begin());
 
     const int64_t r = std::min<int64_t>(w, format.nSamplesPerSec / 10);
     int32_t first = 0;

@@ -14,10 +14,9 @@ namespace tg::test {
 int16_t referenceScore(const WaveFormat& format, const uint8_t* data, int64_t frames, int64_t s,
                        int64_t c, int64_t w);
 
-// The whole search, step by step, without threads, vectors or cancellation. `scores`
-// receives the score of every frame c0..c1-1 before selection (empty when none).
+// The whole search, step by step, without threads, vectors or cancellation.
 int32_t referenceLoopSearch(const WaveFormat& format, const uint8_t* data, size_t bytes, int32_t s,
                             int32_t a, int32_t b, int32_t w, int32_t* results, int k, bool snap,
-                            bool stepping, std::vector<int16_t>* scores = nullptr);
+                            bool stepping);
 
 } // namespace tg::test

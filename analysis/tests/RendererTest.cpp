@@ -40,90 +40,63 @@ int render(const TGmsl_key& key, const WaveFormat& format, const std::vector<uin
     return ok;
 }
 
-TEST(Renderer, ForwardLoopCrossfadeIsSampleExactInEveryFormat)
+// The last loop frames blend the frames before Loop_Out with those before Loop_In by the
+// curve's gains, truncated toward zero, on every channel of every sample width.
+TEST(Renderer, ForwardLoopCrossfadeMixesWithTheCurveGainsInEveryFormat)
 {
+    std::mt19937 rng(5);
     for (uint16_t bits : {8, 16, 24}) {
         const WaveFormat format = makeWaveFormat(44100, bits == 16 ? 2 : 1, bits);
-        const int32_t k = bits == 8 ? 100 : bits == 16 ? 20000 : 4000000;
-        // -k in the four frames before Loop_In, +k in the five up to Loop_Out.
-        const auto data = makeSignal(format, 1000, [k](int64_t f, int ch) {
-            if (f >= 296 && f < 300)
-                return ch ? k : -k;
-            if (f >= 696 && f <= 700)
-                return ch ? -k : k;
-            return static_cast<int32_t>(f % 50);
-        });
-        TGmsl_key key = loopedKey(1);
-        key.xfadeLen = 4;
-        key.xfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Linear"));
-        RenderedNote out;
-        ASSERT_TRUE(render(key, format, data, out));
-        SCOPED_TRACE(bits);
-        EXPECT_EQ(std::make_pair(out.loopStart, out.loopEnd), std::make_pair(200, 600));
-        const size_t frames = 601;
-        EXPECT_EQ(out.note.size(), frames * format.nBlockAlign + (frames * format.nBlockAlign) % 2);
-        // Linear blend of +k into -k over the last four loop frames: k/2, 0, -k/2, -k.
-        EXPECT_EQ(samplesAt(format, out.note, {596, 597, 598, 599, 600}),
-                  (Samples{k, k / 2, 0, -k / 2, -k}));
-        if (format.nChannels == 2) {
-            EXPECT_EQ(sampleOf(format, out.note, 597, 1), -k / 2);
+        const auto data = test::randomBytes(size_t{1000} * format.nBlockAlign, rng());
+        for (const char* curve : {"Linear", "Exponential^3"}) {
+            SCOPED_TRACE(testing::Message() << bits << " bit, " << curve);
+            TGmsl_key key = loopedKey(1);
+            key.xfadeLen = 37;
+            key.xfadeCurve = static_cast<uint8_t>(fadeCurveIndex(curve));
+            RenderedNote out;
+            ASSERT_TRUE(render(key, format, data, out));
+            EXPECT_EQ(std::make_pair(out.loopStart, out.loopEnd), std::make_pair(200, 600));
+            for (int i = 0; i < 37; ++i) {
+                double a, b;
+                fadeCurve((i + 1) / 37.0, key.xfadeCurve, a, b);
+                for (int ch = 0; ch < format.nChannels; ++ch) {
+                    const double mixed = sampleOf(format, data, 700 - 36 + i, ch) * a +
+                                         sampleOf(format, data, 300 - 37 + i, ch) * b;
+                    EXPECT_EQ(sampleOf(format, out.note, 600 - 36 + i, ch),
+                              static_cast<int32_t>(mixed))
+                        << "frame " << i << " channel " << ch;
+                }
+            }
         }
-        EXPECT_EQ(samplesAt(format, out.note, {0, 1, 199, 200, 595}),
-                  samplesAt(format, data, {100, 101, 299, 300, 695}));
     }
 }
 
-TEST(Renderer, CrossfadeTruncatesTowardZeroWithTheCurveGains)
+// The forward loop ends on Loop_Out and the rest follows it; the backward-forward loop
+// unfolds into (700 - 300) + (700 + 1 - 100) - 50 frames, then Loop_Out..Note_Out follows.
+// The unfolded loop itself is checked frame by frame in EverySeamEndsOnTheFrameBefore...
+TEST(Renderer, IncludingTheNoteAfterTheLoopAppendsIt)
 {
-    const WaveFormat format = makeWaveFormat(44100, 1, 24);
-    const auto data = makeSignal(format, 1000, [](int64_t f, int) {
-        return static_cast<int32_t>((f * 7919) % 8000001) - 4000000;
-    });
-    TGmsl_key key = loopedKey(1);
-    key.xfadeLen = 37;
-    key.xfadeCurve = static_cast<uint8_t>(fadeCurveIndex("Exponential^3"));
-    RenderedNote out;
-    ASSERT_TRUE(render(key, format, data, out));
-    for (int i = 0; i < 37; ++i) {
-        double a, b;
-        fadeCurve((i + 1) / 37.0, key.xfadeCurve, a, b);
-        const double mixed = sampleOf(format, data, 700 - 36 + i, 0) * a +
-                             sampleOf(format, data, 300 - 37 + i, 0) * b;
-        EXPECT_EQ(sampleOf(format, out.note, 600 - 36 + i, 0), static_cast<int32_t>(mixed)) << i;
-    }
-}
-
-TEST(Renderer, IncludingTheNoteAfterTheLoopExtendsTheBuffer)
-{
-    const WaveFormat format = makeWaveFormat(44100, 2, 16);
-    const auto data =
-        makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
-    RenderOptions options;
-    options.includeAfterLoop = true;
-    RenderedNote out;
-    ASSERT_TRUE(render(loopedKey(1), format, data, out, options));
-    EXPECT_EQ(out.note.size(), 801u * 4);
-    EXPECT_EQ(out.loopEnd, 600);
-    EXPECT_EQ(sampleOf(format, out.note, 800, 0), 900);
-    EXPECT_TRUE(out.release.empty());
-}
-
-TEST(Renderer, BackwardForwardLoopWithTheNoteAfterTheLoopAppendsIt)
-{
-    // The unfolded loop itself is checked frame by frame in EverySeamEndsOnTheFrameBefore...
     const WaveFormat format = makeWaveFormat(44100, 1, 16);
     const auto data =
         makeSignal(format, 1000, [](int64_t f, int) { return static_cast<int32_t>(f); });
-    TGmsl_key key = loopedKey(2);
-    key.bfxfadeLen = 50;
     RenderOptions options;
     options.includeAfterLoop = true;
-    RenderedNote out;
-    ASSERT_TRUE(render(key, format, data, out, options));
-    // (700 - 300) + (700 + 1 - 100) - 50 frames of unfolded loop, then Loop_Out..Note_Out.
-    EXPECT_EQ(out.note.size(), 1151u * 2);
-    EXPECT_EQ(out.loopEnd, 949);
-    EXPECT_EQ(samplesAt(format, out.note, {950, 1150}), (Samples{700, 900}));
+    struct Case {
+        uint8_t mode;
+        int32_t loopEnd, frames, firstAfter;
+    };
+    for (const Case c : {Case{1, 600, 801, 701}, Case{2, 949, 1151, 700}}) {
+        SCOPED_TRACE(static_cast<int>(c.mode));
+        TGmsl_key key = loopedKey(c.mode);
+        key.bfxfadeLen = 50;
+        RenderedNote out;
+        ASSERT_TRUE(render(key, format, data, out, options));
+        EXPECT_EQ(out.note.size(), size_t(c.frames) * 2);
+        EXPECT_EQ(out.loopEnd, c.loopEnd);
+        EXPECT_EQ(samplesAt(format, out.note, {c.loopEnd + 1, c.frames - 1}),
+                  (Samples{c.firstAfter, 900}));
+        EXPECT_TRUE(out.release.empty());
+    }
 }
 
 TEST(Renderer, BackwardForwardSecondCrossfadeLeadsIntoTheLoopStart)

@@ -122,18 +122,7 @@ TEST_F(ModelOps, DuplicateMultiSampleKeepsEverything)
     EXPECT_EQ(current().msl[1].audioInChannelL, std::vector<int32_t>{3});
 }
 
-TEST_F(ModelOps, DeletingTheOnlyMultiSampleLeavesNone)
-{
-    addMultiSamples(1);
-    ASSERT_TRUE(model.deleteMultiSample().ok());
-    EXPECT_EQ(current().mslCount, 0);
-    EXPECT_EQ(current().currentMsl, 0);
-    EXPECT_EQ(model.currentMultiSample(), nullptr);
-    EXPECT_TRUE(model.deleteMultiSample().ok());
-    EXPECT_EQ(current().mslCount, 0);
-}
-
-TEST_F(ModelOps, DeletingAMultiSampleMovesTheLaterOnesDown)
+TEST_F(ModelOps, DeletingAMultiSampleMovesTheLaterOnesDownUntilNoneIsLeft)
 {
     addMultiSamples(3);
     for (int i = 0; i < 3; ++i)
@@ -146,21 +135,22 @@ TEST_F(ModelOps, DeletingAMultiSampleMovesTheLaterOnesDown)
     ASSERT_TRUE(model.deleteMultiSample().ok()); // the last one: the current row moves up
     EXPECT_EQ(current().currentMsl, 0);
     EXPECT_STREQ(current().msl[0].name, "0");
+    ASSERT_TRUE(model.deleteMultiSample().ok());
+    EXPECT_EQ(current().mslCount, 0);
+    EXPECT_EQ(current().currentMsl, 0);
+    EXPECT_EQ(model.currentMultiSample(), nullptr);
+    EXPECT_TRUE(model.deleteMultiSample().ok()); // nothing left to delete
+    EXPECT_EQ(current().mslCount, 0);
 }
 
-TEST_F(ModelOps, AddingKeepsTheCurrentRowInTheSixVisibleRows)
+TEST_F(ModelOps, AddingAndMovingMultiSamplesKeepTheCurrentRowInTheSixVisibleRows)
 {
     addMultiSamples(6);
     EXPECT_EQ(current().topMsl, 0);
     addMultiSamples(1); // row 6 leaves rows 0..5
     EXPECT_EQ(current().topMsl, 1);
-    addMultiSamples(3);
+    addMultiSamples(3); // rows 4..9 visible, current 9
     EXPECT_EQ(current().topMsl, 4);
-}
-
-TEST_F(ModelOps, MovingMultiSamplesSwapsAndScrolls)
-{
-    addMultiSamples(10); // rows 4..9 visible, current 9
     for (int i = 0; i < 10; ++i)
         tg::copyText(current().msl[i].name, std::to_string(i).c_str());
     model.selectMultiSample(4);
@@ -182,19 +172,6 @@ TEST_F(ModelOps, MovingMultiSamplesSwapsAndScrolls)
     EXPECT_EQ(current().currentMsl, 0);
 }
 
-TEST_F(ModelOps, DeletingTheLastProjectLeavesAnEmptyView)
-{
-    addMultiSamples(2);
-    ASSERT_TRUE(model.deleteProject().ok());
-    EXPECT_EQ(model.projectCount(), 0);
-    EXPECT_EQ(model.view().mslCount, 0);
-    EXPECT_EQ(model.currentProject(), nullptr);
-    EXPECT_TRUE(model.addMultiSample().ok()); // nothing to add to
-    EXPECT_EQ(model.view().mslCount, 0);
-    EXPECT_TRUE(model.deleteProject().ok());
-    EXPECT_EQ(model.projectCount(), 0);
-}
-
 TEST_F(ModelOps, NewProjectTakesDataPathAndViewValue)
 {
     tg::copyText(model.preferences().datapath, "/music/data");
@@ -210,7 +187,7 @@ TEST_F(ModelOps, NewProjectTakesDataPathAndViewValue)
     EXPECT_EQ(current().mslCount, 0);
 }
 
-TEST_F(ModelOps, DeletingAProjectMovesLaterOnesDownAndTheViewFollows)
+TEST_F(ModelOps, DeletingProjectsMovesLaterOnesDownAndTheViewFollowsToAnEmptyOne)
 {
     for (int i = 1; i < 4; ++i)
         ASSERT_TRUE(model.newProject().ok());
@@ -225,6 +202,15 @@ TEST_F(ModelOps, DeletingAProjectMovesLaterOnesDownAndTheViewFollows)
     EXPECT_STREQ(model.project(1).name, "2");
     EXPECT_EQ(model.project(1).mslCount, 1);
     EXPECT_STREQ(model.view().name, "0");
+
+    while (model.projectCount() > 0)
+        ASSERT_TRUE(model.deleteProject().ok());
+    EXPECT_EQ(model.view().mslCount, 0); // an empty view
+    EXPECT_EQ(model.currentProject(), nullptr);
+    EXPECT_TRUE(model.addMultiSample().ok()); // nothing to add to
+    EXPECT_EQ(model.view().mslCount, 0);
+    EXPECT_TRUE(model.deleteProject().ok());
+    EXPECT_EQ(model.projectCount(), 0);
 }
 
 TEST_F(ModelOps, DuplicateProjectCopiesAllButTheFolderAndScrollsTheList)

@@ -10,40 +10,42 @@
 
 namespace tg::test {
 
-// The values of one key as a file holds them; fields a version lacks are not written.
+// The values of one key as a file holds them; fields a version lacks are not written. The
+// values are unlike the program's defaults and unlike their neighbours, so that a field read
+// into the wrong place, or not at all, shows.
 struct StoredKey {
-    uint16_t keyState = 1, locked = 0, autoGainXFade = 1;
-    uint8_t mapLowFlag = 0, mapLow = 10, mapHighFlag = 0, mapHigh = 20;
+    uint16_t keyState = 1, locked = 1, autoGainXFade = 1;
+    uint8_t mapLowFlag = 0, mapLow = 33, mapHighFlag = 0, mapHigh = 44;
     std::string name = "Key";
-    int32_t silenceIn = 11, silenceOut = 12;
+    int32_t silenceIn = 5, silenceOut = 100000;
     float oldSilenceSeconds = 2.0f; // the single value of files older than 2250
-    int32_t noteIn = 100, noteOut = 900, releaseIn = 901, releaseOut = 1000;
-    uint16_t releaseOn = 1, loopMode = 1, clickpopred = 0, zerocrossing = 0;
-    int32_t loop[5] = {200, 800, 150, 850, 300};
+    int32_t noteIn = 10, noteOut = 90000, releaseIn = 90001, releaseOut = 99000;
+    uint16_t releaseOn = 1, loopMode = 2, clickpopred = 0, zerocrossing = 1;
+    int32_t loop[5] = {500, 5000, 400, 6000, 1000};
     int32_t loopResults[5] = {1, 2, 3, 4, 5};
-    int32_t xfadeLen = 40, bfxfadeLen = 50;
-    uint16_t xfadeCurve = 3, bfxfadeCurve = 4;
-    int32_t reserved1 = 7;
+    int32_t xfadeLen = 300, bfxfadeLen = -400;
+    uint16_t xfadeCurve = 7, bfxfadeCurve = 13;
+    int32_t reserved1 = -5;
     int32_t reservedA[6] = {1, 2, 3, 4, 5, 6};
     int32_t reservedB[6] = {9, 8, 7, 6, 5, 4};
 };
 
 struct StoredMultiSample {
     std::string name = "Layer";
-    std::string audioInDevice = "Dev In", audioInFormat = "44.1KHz, Stereo, 16bit";
-    std::string midiOutDevice = "Synth";
-    uint16_t shorts[9] = {2, 1, 5, 100, 30, 0, 1, 36, 96}; // channel .. KBrangeOut in file order
-    StoredKey key;                                         // every key gets these values
-    double notelength1 = 4.0, notelength2 = 2.0, releaselength1 = 1.0, releaselength2 = 0.5;
-    uint16_t notelength2Active = 1, releaselength2Active = 1, clickpopred = 0, zerocrossing = 0;
-    int32_t latency = 33;
-    double thresIn = 0.7, thresOut = 0.4, recpause = 2.0;
-    uint16_t autoloop = 1, autogain = 1;
-    double loopsearchlength = 3.0, loopstart = 50.0, loopoutsearchstart = 72.5, xfadelength = 25.0;
-    std::string xfadetype = "Linear";
-    double bfxfadelength = 25.0;
+    std::string audioInDevice = "Line In", audioInFormat = "96KHz, Mono, 24bit";
+    std::string midiOutDevice = "Synth Port 1 abcdefghijklmnopqrstuv"; // fills its 36 bytes
+    uint16_t shorts[9] = {9, 0, 1, 77, 101, 12, 3, 37, 95}; // channel .. KBrangeOut in file order
+    StoredKey key;                                          // every key gets these values
+    double notelength1 = 12.25, notelength2 = 3.5, releaselength1 = 1.25, releaselength2 = 0.75;
+    uint16_t notelength2Active = 1, releaselength2Active = 0, clickpopred = 0, zerocrossing = 1;
+    int32_t latency = -17;
+    double thresIn = 0.66, thresOut = 0.44, recpause = 1.5;
+    uint16_t autoloop = 0, autogain = 1;
+    double loopsearchlength = 3.25, loopstart = 70.0, loopoutsearchstart = 83.5, xfadelength = 24.5;
+    std::string xfadetype = "Sine^2-Exp-Lin-X"; // all 16 characters of the field
+    double bfxfadelength = 26.0;
     std::string bfxfadetype = "Log2";
-    int32_t rangeStart = 10, rangeEnd = 90, mapTo = 0;
+    int32_t rangeStart = 42, rangeEnd = 84, mapTo = 1;
 };
 
 class ProjectFileBuilder {

@@ -71,40 +71,40 @@ TEST_P(OlderVersions, AbsentFieldsTakeTheirStatedValues)
     EXPECT_EQ(p.viewValue, 7);
     const tg::TGmsl& msl = p.msl[0];
     EXPECT_STREQ(msl.name, "Layer");
-    EXPECT_EQ(msl.KBrangeOut, 96);
+    EXPECT_EQ(msl.KBrangeOut, m.shorts[8]);
     EXPECT_EQ(msl.parameterTable[56][1], 1113);
     EXPECT_EQ(msl.recordsettings.autogain, c.autoGain ? 1 : 0);
-    EXPECT_EQ(msl.recordsettings.latency, 33);
+    EXPECT_EQ(msl.recordsettings.latency, m.latency);
     EXPECT_STREQ(msl.recordsettings.xfadetype, c.curveRenamed ? "Exponential^2" : "Exponential");
     EXPECT_STREQ(msl.recordsettings.bfxfadetype, c.curveRenamed ? "Log2" : "Logarithmic");
-    EXPECT_EQ(msl.range_end, 90);
+    EXPECT_EQ(msl.range_end, m.rangeEnd);
 
-    const StoredKey k;
+    const StoredKey& k = m.key;
     for (int note : {0, 61, 127}) {
         SCOPED_TRACE("note " + std::to_string(note));
         const tg::TGmsl_key& key = msl.keys[note];
         EXPECT_EQ(key.keyState, 1);
         EXPECT_EQ(key.autoGainXFade, c.autoGain ? 1 : 0);
         EXPECT_EQ(key.mapLowFlag, c.zones ? 0 : 1);
-        EXPECT_EQ(key.mapLow, c.zones ? 10 : note);
+        EXPECT_EQ(key.mapLow, c.zones ? k.mapLow : note);
         EXPECT_EQ(key.mapHighFlag, c.zones ? 0 : 1);
-        EXPECT_EQ(key.mapHigh, c.zones ? 20 : note);
+        EXPECT_EQ(key.mapHigh, c.zones ? k.mapHigh : note);
         EXPECT_STREQ(key.name, c.keyName ? "Key" : "Noname");
         // Without a recording the old silence time cannot be placed: both markers are 0.
-        EXPECT_EQ(key.Silence_In, c.silencePair ? 11 : 0);
-        EXPECT_EQ(key.Silence_Out, c.silencePair ? 12 : 0);
-        EXPECT_EQ(key.Note_Out, 900);
-        EXPECT_EQ(key.Release_Out, 1000);
+        EXPECT_EQ(key.Silence_In, c.silencePair ? k.silenceIn : 0);
+        EXPECT_EQ(key.Silence_Out, c.silencePair ? k.silenceOut : 0);
+        EXPECT_EQ(key.Note_Out, k.noteOut);
+        EXPECT_EQ(key.Release_Out, k.releaseOut);
         EXPECT_EQ(key.releaseOn, c.silencePair ? 0 : 1);
-        EXPECT_EQ(key.loopMode, 1);
-        EXPECT_EQ(key.LoopSearch_Len, 300);
+        EXPECT_EQ(key.loopMode, k.loopMode);
+        EXPECT_EQ(key.LoopSearch_Len, k.loop[4]);
         for (int i = 0; i < 5; ++i)
             EXPECT_EQ(key.loopResults[i], c.loopResults ? i + 1 : -1);
-        EXPECT_EQ(key.bfxfadeLen, 50);
-        EXPECT_EQ(key.bfxfadeCurve, 4);
-        EXPECT_EQ(key.reserved1, c.reserved1 ? 7 : 0);
-        EXPECT_EQ(key.reservedA[5], 6);
-        EXPECT_EQ(key.reservedB[0], c.reservedB ? 9 : 0);
+        EXPECT_EQ(key.bfxfadeLen, k.bfxfadeLen);
+        EXPECT_EQ(key.bfxfadeCurve, k.bfxfadeCurve);
+        EXPECT_EQ(key.reserved1, c.reserved1 ? k.reserved1 : 0);
+        EXPECT_EQ(key.reservedA[5], k.reservedA[5]);
+        EXPECT_EQ(key.reservedB[0], c.reservedB ? k.reservedB[0] : 0);
     }
 }
 
@@ -120,8 +120,7 @@ TEST(ProjectFileReleaseFlag, StoredFlagIsKeptOnlyWhenTheReleasePartFits)
         b.header("x", dir.path(), 1);
         StoredMultiSample m;
         m.key.releaseOn = 1;
-        m.key.releaseIn = 1000; // the release part is empty: in == out
-        m.key.releaseOut = 1000;
+        m.key.releaseIn = m.key.releaseOut; // the release part is empty
         b.multiSample(m);
         ASSERT_TRUE(tg::test::writeFileBytes(dir.file("R.TGprj"), b.text()));
         tg::Model model;

@@ -115,8 +115,9 @@ TEST_F(Startup, MidiFailureIsLoggedAndStartGoesOnButAudioFailureEndsIt)
     EXPECT_STREQ(model.preferences().instrumentName, "untouched"); // preferences not loaded
 }
 
-TEST(StartupFolders, UserDataFolderIsCreatedWithItsParents)
+TEST(StartupFolders, UserDataFolderFollowsTonegrabberHomeAndIsCreatedWithItsParents)
 {
+    const std::string testHome = tg::userDataFolder();
     tg::test::TempDir base;
     const std::string home = base.path() + "/Documents/Corvane/Tonegrabber6";
     setenv("TONEGRABBER_HOME", home.c_str(), 1);
@@ -124,6 +125,10 @@ TEST(StartupFolders, UserDataFolderIsCreatedWithItsParents)
     EXPECT_EQ(folders.userDataFolder, home);
     EXPECT_TRUE(std::filesystem::is_directory(home));
     EXPECT_EQ(folders.programFolder, std::filesystem::current_path().string());
+    // Without the variable the folder lies in the user's documents.
+    unsetenv("TONEGRABBER_HOME");
+    EXPECT_NE(tg::userDataFolder().find("/Corvane/Tonegrabber6"), std::string::npos);
+    setenv("TONEGRABBER_HOME", testHome.c_str(), 1);
 }
 
 class StartupProjects : public Startup {
@@ -144,8 +149,13 @@ class StartupProjects : public Startup {
     tg::ProjectLoadOutcome outcome;
 };
 
-TEST_F(StartupProjects, AreLoadedOnlyWhenThePreferencesAskForIt)
+TEST_F(StartupProjects, AreLoadedOnlyWhenThePreferencesAskForItFromAFolderThatMayBeMissing)
 {
+    model.preferences().loadPrjAtStartup = 1;
+    EXPECT_TRUE(load()); // no folder yet: nothing to load, nothing to say
+    EXPECT_EQ(model.projectCount(), 0);
+    EXPECT_TRUE(message.empty());
+
     writeStartupProject("First");
     writeStartupProject("Second");
     ASSERT_TRUE(tg::test::writeFileBytes(tg::startupProjectFolder(folders) + "/notes.txt", "x"));
@@ -160,14 +170,6 @@ TEST_F(StartupProjects, AreLoadedOnlyWhenThePreferencesAskForIt)
     std::vector<std::string> names{model.project(0).name, model.project(1).name};
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"First", "Second"}));
-}
-
-TEST_F(StartupProjects, MissingFolderLoadsNothingWithoutAMessage)
-{
-    model.preferences().loadPrjAtStartup = 1;
-    EXPECT_TRUE(load());
-    EXPECT_EQ(model.projectCount(), 0);
-    EXPECT_TRUE(message.empty());
 }
 
 } // namespace

@@ -57,8 +57,6 @@ TEST(AudioEngine, ArmingAllocatesTheWholeTakeUpFront)
     audio::stopRecording();
     EXPECT_FALSE(audio::isRecording());
     EXPECT_EQ(audio::recordBuffer().frames, 0);
-    ASSERT_EQ(audio::startRecording(0.0), 1);
-    EXPECT_EQ(audio::recordBuffer().data->size(), 0u);
     EXPECT_EQ(audio::closeStreams(msg), 1);
     EXPECT_FALSE(audio::isRecording()); // closing resets the recorder
 }

@@ -1,6 +1,7 @@
 // The two hosted instruments against the real libraries: a General MIDI SoundFont through
-// FluidSynth and an LV2 synth through lilv, checked for level, controls and their faults. The
-// pitch of every key is checked on whole offline runs (OfflineRecordingTest).
+// FluidSynth and an LV2 synth through lilv, checked for presets, controls and their faults.
+// The pitch of every key, and velocity layers playing louder, are checked on whole offline
+// runs (OfflineRecordingTest).
 #include "devices/tests/InstrumentTestSupport.h"
 
 #include "tests/support/TempDir.h"
@@ -29,20 +30,6 @@ BounceNote shortNote(int key, int velocity = 100)
 double measuredPitch(const MeasuredTake& take, int key)
 {
     return test::pitchNearNote(take.samples, 22050 + 4410, 22050 + 4410 + 8192, 44100.0, key);
-}
-
-TEST(SoundFontInstrument, HarderVelocityPlaysLouder)
-{
-    std::string msg;
-    auto piano = test::openInstrument(test::kGeneralMidiFont, msg);
-    ASSERT_NE(piano, nullptr) << msg;
-    MeasuredTake soft;
-    MeasuredTake hard;
-    ASSERT_TRUE(test::bounce(*piano, shortNote(60, 40), soft, msg)) << msg;
-    ASSERT_TRUE(test::bounce(*piano, shortNote(60, 127), hard, msg)) << msg;
-    const double softRms = test::rmsBetween(soft.samples, 22050, 44100);
-    const double hardRms = test::rmsBetween(hard.samples, 22050, 44100);
-    EXPECT_GT(20.0 * std::log10(hardRms / softRms), 6.0) << softRms << " vs " << hardRms;
 }
 
 TEST(SoundFontInstrument, OrganHoldsWhilePianoDiesAway)
@@ -99,11 +86,10 @@ TEST(Lv2Instrument, ControlValuesReachThePlugin)
     EXPECT_GT(1200.0 * std::log2(highHz / lowHz), 50.0) << lowHz << " / " << highHz;
 }
 
-TEST(Lv2Instrument, UnknownPluginsAndControlsAreRefusedByName)
+TEST(Lv2Instrument, UnknownControlsAndRatesAreRefusedByName)
 {
+    // A plug-in that is not installed is refused on the command line (RecordOfflineCli).
     std::string msg;
-    EXPECT_EQ(test::openInstrument("lv2:urn:nobody:nothing", msg), nullptr);
-    EXPECT_EQ(msg, "LV2 instrument 'urn:nobody:nothing' is not installed");
     EXPECT_EQ(test::openInstrument(std::string("lv2:") + test::kLv2Piano + "?wobble=1", msg),
               nullptr);
     EXPECT_EQ(msg, std::string("LV2 instrument '") + test::kLv2Piano +

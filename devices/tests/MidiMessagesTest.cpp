@@ -1,4 +1,6 @@
-// The monitor decoder, row by row, and the messages sent to the sound source.
+// The monitor decoder, row by row, and the order of the bulk controller send. Program
+// changes, resets and the copy of a Multi-Sample's settings are checked on the MIDI manager
+// (ManagersTest), note messages on the recording run.
 #include "devices/MidiMessages.h"
 
 #include <gtest/gtest.h>
@@ -50,38 +52,9 @@ Bytes sent(const MidiMessage& message)
     return Bytes(message.bytes, message.bytes + message.count);
 }
 
-MidiOutSettings settingsOnChannel(int channel)
-{
-    MidiOutSettings settings;
-    settings.channel = uint16_t(channel);
-    return settings;
-}
-
-TEST(MidiSend, ProgramChangeOnlyWhenActive)
-{
-    MidiOutSettings settings = settingsOnChannel(2);
-    settings.program = 19;
-    MidiMessage message;
-    ASSERT_TRUE(programChangeMessage(settings, message));
-    EXPECT_EQ(sent(message), (Bytes{0xC2, 19}));
-    settings.programActive = 0;
-    EXPECT_FALSE(programChangeMessage(settings, message));
-}
-
-TEST(MidiSend, NotesResetAndAllNotesOffUseTheChannelAndVelocities)
-{
-    MidiOutSettings settings = settingsOnChannel(15);
-    settings.attackVelocity = 100;
-    settings.releaseVelocity = 12;
-    EXPECT_EQ(sent(noteOnMessage(settings, 60)), (Bytes{0x9F, 60, 100}));
-    EXPECT_EQ(sent(noteOffMessage(settings, 60)), (Bytes{0x8F, 60, 12}));
-    EXPECT_EQ(sent(resetAllControllersMessage(settings)), (Bytes{0xBF, 121, 0}));
-    EXPECT_EQ(sent(allNotesOffMessage(settings)), (Bytes{0xBF, 123, 0}));
-}
-
 TEST(MidiSend, BulkControllersAscendLeavingOut120)
 {
-    MidiOutSettings settings = settingsOnChannel(0);
+    MidiOutSettings settings;
     settings.controllerTable[7][0] = 1; // MSB 7
     settings.controllerTable[7][1] = 90;
     settings.controllerTable[1][2] = 1; // LSB 33
@@ -103,24 +76,6 @@ TEST(MidiSend, BulkControllersAscendLeavingOut120)
     EXPECT_EQ(single.bytes[1], 120);
     EXPECT_FALSE(controllerMessage(settings, 121, single));
     EXPECT_FALSE(controllerMessage(settings, 2, single));
-}
-
-TEST(MidiSend, SettingsAreCopiedFromTheMultiSample)
-{
-    TGmsl msl;
-    msl.MIDIoutChannel = 9;
-    msl.MIDIoutProgram = 42;
-    msl.controllerTable[3][0] = 1;
-    msl.controllerTable[3][1] = 17;
-    msl.parameterTable[10][0] = 1;
-    msl.parameterTable[10][1] = 99;
-    MidiOutSettings settings = midiOutSettingsOf(msl);
-    MidiMessage message;
-    ASSERT_TRUE(programChangeMessage(settings, message));
-    EXPECT_EQ(sent(message), (Bytes{0xC9, 42}));
-    EXPECT_EQ(allControllerMessages(settings).size(), 2u);
-    ASSERT_TRUE(controllerMessage(settings, 74, message));
-    EXPECT_EQ(message.bytes[2], 99);
 }
 
 } // namespace

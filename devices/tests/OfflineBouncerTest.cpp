@@ -128,15 +128,12 @@ TEST_F(OfflineBouncer, TailOfThePreviousTakeIsRenderedAwayBeforeTheLeadIn)
         EXPECT_LE(std::abs(sampleAt(take, frame)), 4) << frame;
 }
 
-TEST_F(OfflineBouncer, WritesEveryRecordingFormat)
+// 24-bit mono takes at 48 kHz are bounced from a real instrument in OfflineRecordingTest.
+TEST_F(OfflineBouncer, WritesEightBitStereoAtTheInstrumentsRateOnly)
 {
     BounceNote note = noteOf(0.1, 0.0);
     note.leadIn = 0.1;
     gate.rate = 48000;
-    ASSERT_EQ(bounce(note, AudioStreamConfig{-1, -1, -1, 48000, 24, 1, -1.0f}), 1) << msg;
-    ASSERT_EQ(take.size(), size_t(9600) * 3);
-    const size_t on = 4800 * 3;
-    EXPECT_EQ(take[on] | take[on + 1] << 8 | take[on + 2] << 16, 4194304); // 0.5 x 2^23
     const AudioStreamConfig lowRate{-1, -1, -1, 11025, 8, 2, -1.0f};
     ASSERT_EQ(bounce(note, lowRate), 0);
     EXPECT_EQ(msg, "The instrument runs at 48000 Hz, the take is 11025 Hz");

@@ -1,6 +1,6 @@
 // The play list and the output side of the callback, rendered block by block. A held note
-// playing once and then its loop is checked sample for sample on the real sound chain
-// (SoundChainPlayback in tests/e2e).
+// playing once, then its loop, and on release the loop to its end and the release part, is
+// checked sample for sample on the real sound chain (SoundChainPlayback, PlayCli).
 #include "devices/Player.h"
 
 #include <gtest/gtest.h>
@@ -62,16 +62,6 @@ TEST_F(PlayerTest, EqualLoopPointsPlayTheWholeNoteOnceThenSilence)
     EXPECT_TRUE(player.isFinished());
     EXPECT_FALSE(player.isPlaying());
     EXPECT_EQ(render(player, 2), values({0, 0}));
-}
-
-TEST_F(PlayerTest, KeyReleaseEndsTheLoopAtItsEndAndPlaysTheRelease)
-{
-    ASSERT_EQ(play(numberedSample(5), 1, 4, 0, numberedSample(2, 100)), 1);
-    ASSERT_EQ(player.itemCount(), 3);
-    EXPECT_EQ(render(player, 5), values({1, 2, 3, 4, 2}));
-    player.releaseKey();
-    EXPECT_EQ(render(player, 6), values({3, 4, 100, 101, 0, 0}));
-    EXPECT_FALSE(player.isPlaying());
 }
 
 TEST_F(PlayerTest, KeyReleaseDuringTheNoteSkipsTheLoop)

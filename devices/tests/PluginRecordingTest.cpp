@@ -22,7 +22,6 @@ TEST(PluginRecording, StereoBlockRecordedMonoKeepsTheMean)
     ASSERT_EQ(recorder.arm(AudioStreamConfig{-1, -1, -1, 44100, 16, 1, -1.0f}, 3.0 / 44100), 1);
     const int16_t block[] = {1000, 3000, -32768, -32768, 32767, -32767};
     recorder.processBlock(block, 3, 2);
-    EXPECT_FALSE(recorder.isRecording() && recorder.take().frames != 3);
     const RecordedTake take = recorder.take();
     ASSERT_EQ(take.frames, 3);
     std::vector<int16_t> mono(3);

@@ -92,28 +92,31 @@ bool RecordingObserver::logged(const std::string& text) const
     return std::find(lines.begin(), lines.end(), text) != lines.end();
 }
 
-void runUntil(RecordingRun& run, FakeClock& clock, int64_t untilMs)
+namespace {
+
+// Services the run at each due timer up to `untilMs` of clock time.
+void serviceUntil(RecordingRun& run, FakeClock& clock, int64_t untilMs)
 {
     while (!run.finished()) {
         const int64_t next = run.nextDueMs();
         if (next < 0 || next > untilMs)
-            break;
+            return;
         clock.now = std::max(clock.now, next);
         run.service();
     }
+}
+
+} // namespace
+
+void runUntil(RecordingRun& run, FakeClock& clock, int64_t untilMs)
+{
+    serviceUntil(run, clock, untilMs);
     clock.now = std::max(clock.now, untilMs);
 }
 
 void runToEnd(RecordingRun& run, FakeClock& clock, int64_t limitMs)
 {
-    const int64_t until = clock.now + limitMs;
-    while (!run.finished()) {
-        const int64_t next = run.nextDueMs();
-        if (next < 0 || next > until)
-            return;
-        clock.now = std::max(clock.now, next);
-        run.service();
-    }
+    serviceUntil(run, clock, clock.now + limitMs);
 }
 
 } // namespace tg::test

@@ -59,30 +59,19 @@ class FakeTakeSource : public TakeSource {
 class RecordingObserver : public RunObserver {
   public:
     void log(const std::string& text) override { lines.push_back(text); }
-    void progress(const std::string& text, int done, int total) override
-    {
-        titles.push_back(text);
-        lastDone = done;
-        lastTotal = total;
-    }
+    void progress(const std::string&, int done, int) override { lastDone = done; }
     void message(const std::string& title, const std::string& text) override
     {
         boxes.push_back(title + ": " + text);
     }
     void checkTake(int note) override { checked.push_back(note); }
     void takeRecorded(const TakeReport& report) override { takes.push_back(report); }
-    void finished(bool close) override
-    {
-        finishedCalls++;
-        closed = close;
-    }
     bool logged(const std::string& text) const;
 
-    std::vector<std::string> lines, titles, boxes;
+    std::vector<std::string> lines, boxes;
     std::vector<int> checked;
     std::vector<TakeReport> takes;
-    int lastDone = -1, lastTotal = -1, finishedCalls = 0;
-    bool closed = false;
+    int lastDone = -1;
 };
 
 // Moves the fake clock from one due timer to the next until the run finishes, stops waiting

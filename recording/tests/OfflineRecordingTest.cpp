@@ -2,6 +2,7 @@
 // General MIDI SoundFont and an LV2 synth from lilv, no audio device involved.
 #include "recording/OfflineTakeSource.h"
 
+#include "analysis/PcmSamples.h"
 #include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
@@ -47,16 +48,20 @@ class OfflineRecording : public ::testing::Test {
         return runOfflineRecording(model, options, source, observer, msg);
     }
 
-    // The first channel of a key's WAV file.
+    // The first channel of a key's WAV file, on the 16-bit scale whatever its width.
     std::vector<double> keySamples(const Project& project, int msl, int note, WaveFormat& format)
     {
         std::vector<uint8_t> data;
         std::string msg;
         EXPECT_EQ(readWav(keySampleFileName(project, project.msl[msl], note), format, data, msg), 1)
             << msg;
-        const int64_t frames =
-            format.nBlockAlign > 0 ? int64_t(data.size()) / format.nBlockAlign : 0;
-        return test::firstChannel(data, format.nChannels, frames);
+        std::vector<double> samples;
+        if (format.nBlockAlign == 0)
+            return samples;
+        const double scale = 32768.0 / (pcm::sampleMax(pcm::bytesPerSample(format)) + 1.0);
+        for (int64_t f = 0; f < int64_t(data.size()) / format.nBlockAlign; ++f)
+            samples.push_back(pcm::sampleAt(format, data.data(), f, 0) * scale);
+        return samples;
     }
 
     test::TempDir dir;
@@ -114,18 +119,10 @@ TEST_F(OfflineRecording, Lv2RunRecordsNonSilentTakesAtThePitchOfEachKey)
     ASSERT_EQ(run(source, msg), 1) << msg;
     for (int note : {48, 66, 84}) {
         WaveFormat format;
-        std::vector<uint8_t> data;
-        ASSERT_EQ(readWav(keySampleFileName(project, project.msl[0], note), format, data, msg), 1)
-            << msg;
+        const std::vector<double> samples = keySamples(project, 0, note, format);
         EXPECT_EQ(format.nSamplesPerSec, 48000u);
         EXPECT_EQ(format.wBitsPerSample, 24);
         EXPECT_EQ(format.nChannels, 1);
-        std::vector<double> samples;
-        for (size_t i = 0; i + 3 <= data.size(); i += 3)
-            samples.push_back(double(int32_t(uint32_t(data[i]) << 8 | uint32_t(data[i + 1]) << 16 |
-                                             uint32_t(data[i + 2]) << 24) >>
-                                     8) /
-                              256.0);
         // 1.3 s, truncated as the recorder truncates the armed length in float arithmetic.
         ASSERT_NEAR(double(samples.size()), 48000 * 1.3, 1.0) << note;
         EXPECT_GT(test::rmsBetween(samples, 24000, 48000), 100.0) << note;

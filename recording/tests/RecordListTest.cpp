@@ -36,15 +36,18 @@ class RecordListFixture : public ::testing::Test {
     std::string title;
 };
 
-TEST_F(RecordListFixture, CommandsCoverMultiSampleProjectOrAllProjects)
+TEST_F(RecordListFixture, CommandsCoverMultiSampleProjectOrAllProjectsAndMayFindNone)
 {
+    addProject("Empty", 0);
+    ASSERT_TRUE(buildRecordList(model, kRecordSelectedMultiSample, list).ok());
+    EXPECT_TRUE(list.entries.empty());
     addProject("A", 2);
     addProject("B", 3);
     model.selectMultiSample(1);
 
     ASSERT_TRUE(buildRecordList(model, kRecordSelectedMultiSample, list).ok());
     ASSERT_EQ(list.entries.size(), 1u);
-    EXPECT_EQ(list.entries[0].projectIndex, 1);
+    EXPECT_EQ(list.entries[0].projectIndex, 2);
     EXPECT_EQ(list.entries[0].mslIndex, 1);
     EXPECT_EQ(list.entries[0].keyCount, 2);
     EXPECT_EQ(list.entries[0].keysWithoutAudio, 1);
@@ -57,21 +60,14 @@ TEST_F(RecordListFixture, CommandsCoverMultiSampleProjectOrAllProjects)
 
     ASSERT_TRUE(buildRecordList(model, kRecordAllProjects, list).ok());
     ASSERT_EQ(list.entries.size(), 5u);
-    EXPECT_EQ(list.entries[1].projectIndex, 0);
-    EXPECT_EQ(list.entries[2].projectIndex, 1);
+    EXPECT_EQ(list.entries[1].projectIndex, 1);
+    EXPECT_EQ(list.entries[2].projectIndex, 2);
     EXPECT_EQ(list.entries[2].mslIndex, 0);
     EXPECT_EQ(list.keysWithoutAudio, 5);
     EXPECT_TRUE(checkRecordList(list, "", title).ok());
 
     const Result refused = buildRecordList(model, 4, list);
     EXPECT_EQ(refused.message, "illegal menu id");
-    EXPECT_TRUE(list.entries.empty());
-}
-
-TEST_F(RecordListFixture, NoMultiSampleGivesAnEmptyList)
-{
-    addProject("A", 0);
-    ASSERT_TRUE(buildRecordList(model, kRecordSelectedMultiSample, list).ok());
     EXPECT_TRUE(list.entries.empty());
 }
 

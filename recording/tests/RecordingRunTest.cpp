@@ -3,7 +3,6 @@
 // saved at once is checked by killing real runs (KillSafety in tests/e2e).
 #include "recording/RecordingRun.h"
 
-#include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
@@ -112,27 +111,16 @@ TEST_F(RunFixture, TakeArmsNoteAndReleaseLengthPlusHalfASecondAndTimesTheNote)
     EXPECT_EQ(source.history[1].bytes, (Bytes{0x82, 60, 40}));
     EXPECT_EQ(source.history[1].atMs - armedAt, 2500);
     EXPECT_DOUBLE_EQ(run->measuredNoteMs(), 2000.0);
-    // The take is processed at the first poll after the armed 3.5 s.
+    // The take is processed at the first poll after the armed 3.5 s. Its file, the armed
+    // length in frames, and Release_In = Note_Out are checked on the real chain
+    // (RecordOnTheSynth.CliRecordsEverySelectedKeyOfBothLayers).
     const TGmsl_key& key = layer(0).keys[60];
     EXPECT_EQ(key.hasAudio, 1);
     EXPECT_TRUE(observer.logged("Recording NOTE 60 (C4), rec.dur. = 3 seconds"));
-    EXPECT_TRUE(observer.logged("\r\n\r\nFinished recording.\r\n\r\n"));
     EXPECT_FALSE(run->failed());
-
-    WaveFormat format;
-    int32_t loopStart, loopEnd, root, frames;
-    std::string message;
-    ASSERT_EQ(readWavHeader(keySampleFileName(project(), layer(0), 60), format, loopStart, loopEnd,
-                            root, frames, message),
-              1)
-        << message;
-    // The recorder's buffer holds the armed frames; one more is asked for and cut to it.
-    EXPECT_EQ(frames, 3 * 44100 + 22050);
-    EXPECT_EQ(format.nChannels, 2);
-    // Note_Out = Release_In: the measured 2 s after Note_In (latency setting 0 here).
+    // The measured 2 s after Note_In (latency setting 0 here).
     EXPECT_NEAR(key.Note_In, 22050 + 441, 10);
     EXPECT_EQ(key.Note_Out, key.Note_In + 2 * 44100);
-    EXPECT_EQ(key.Release_In, key.Note_Out);
     EXPECT_EQ(key.releaseOn, 0);
 }
 
@@ -185,7 +173,6 @@ TEST_F(RunFixture, KeyAfter127IsKeyZeroOfTheNextMultiSample)
     EXPECT_EQ(run->keysDone(), 2);
     // Each Multi-Sample's devices were prepared once, when its first key came up.
     EXPECT_EQ(source.prepareCount, 2);
-    EXPECT_EQ(observer.titles.back(), "Record selected Project (Automatic Mode) - 2 keys (2 done)");
 }
 
 TEST_F(RunFixture, KeysWithAudioAreSkippedWhenOnlyEmptyKeysAreRecorded)
@@ -327,14 +314,10 @@ TEST_F(RunFixture, VerboseLinesOnlyInVerboseMode)
     EXPECT_TRUE(observer.logged("       setting loop-Out"));
     EXPECT_TRUE(observer.logged("Opening Audio In Device \"fluidsynth\"\r\nwith \"44.1KHz, "
                                 "Stereo, 16bit\""));
-    const TGmsl_key& key = layer(0).keys[60];
-    EXPECT_EQ(key.loopMode, 1);
-    EXPECT_GT(key.Loop_Out, key.Loop_In);
-    EXPECT_GE(key.Loop_Out, key.LoopSearch_In);
-    EXPECT_LE(key.Loop_Out, key.LoopSearch_Out);
+    EXPECT_EQ(layer(0).keys[60].loopMode, 1); // where the loop lands: RecordOnTheSynth
 }
 
-TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
+TEST_F(RunFixture, SemiAutomaticTakeEndsAtItsLongestAndIsKeptUnderACutName)
 {
     addLayer("Soft", 0, {60, 62});
     RunOptions options;
@@ -349,23 +332,18 @@ TEST_F(RunFixture, SemiAutomaticKeepAndDiscard)
     EXPECT_EQ(run->state(), RecordingRun::State::Waiting);
     EXPECT_TRUE(source.armedSeconds.empty());
 
+    // The full 2 s end the take by themselves; it is processed and shown for checking. A take
+    // the user stops is checked in SemiAutomaticTakeIsMarkedWhereTheUserPlayedTheNote, a
+    // discarded one comes again in SemiAutomaticCli and RecordDialogOnTheSynth.
     run->startCountdown();
     runUntil(*run, clock, clock.now + 1200);
     ASSERT_EQ(run->state(), RecordingRun::State::Recording);
     EXPECT_DOUBLE_EQ(source.armedSeconds.back(), 2.0);
     EXPECT_TRUE(observer.logged("Recording NOTE 60 (C4), rec.dur. = manual (max. 2 seconds)"));
-    // The user stops the take after the countdown: it is processed and shown for checking.
-    run->stop();
-    EXPECT_EQ(run->state(), RecordingRun::State::Checking);
+    runToEnd(*run, clock, 4000);
+    ASSERT_EQ(run->state(), RecordingRun::State::Checking);
     EXPECT_EQ(observer.checked, (std::vector<int>{60}));
     EXPECT_EQ(layer(0).keys[60].hasAudio, 1);
-
-    run->discardTake();
-    EXPECT_EQ(run->state(), RecordingRun::State::Waiting);
-    EXPECT_EQ(run->currentKey(), 60);
-    run->startCountdown();
-    runToEnd(*run, clock, 4000); // the full 2 s end the take by themselves
-    ASSERT_EQ(run->state(), RecordingRun::State::Checking);
     run->keepTake(std::string(60, 'x'));
     EXPECT_EQ(std::string(layer(0).keys[60].name), std::string(47, 'x'));
     EXPECT_EQ(run->currentKey(), 62);

@@ -1,53 +1,25 @@
 // The time and size estimate of a recording run.
 #include "analysis/Estimate.h"
 
+#include "audiofile/RecordFormats.h"
 #include "core/Message.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 
 namespace tg {
-
-bool parseRecordingFormat(const char* name, uint32_t& rate, uint16_t& channels, uint16_t& bits)
-{
-    if (name == nullptr)
-        return false;
-    char* end = nullptr;
-    const double kHz = std::strtod(name, &end);
-    if (end == name || std::strncmp(end, "KHz, ", 5) != 0 || kHz <= 0.0)
-        return false;
-    const char* rest = end + 5;
-    if (std::strncmp(rest, "Stereo, ", 8) == 0) {
-        channels = 2;
-        rest += 8;
-    } else if (std::strncmp(rest, "Mono, ", 6) == 0) {
-        channels = 1;
-        rest += 6;
-    } else {
-        return false;
-    }
-    const long b = std::strtol(rest, &end, 10);
-    if (end == rest || std::strcmp(end, "bit") != 0 || (b != 8 && b != 16 && b != 24))
-        return false;
-    rate = static_cast<uint32_t>(std::lround(kHz * 1000.0));
-    bits = static_cast<uint16_t>(b);
-    return true;
-}
 
 void addMultiSampleEstimate(const TGmsl& msl, const EstimateOptions& options,
                             const LoopSpeedTable& speeds, RecordingEstimate& estimate)
 {
-    uint32_t rate = 44100;
-    uint16_t channels = 2;
-    uint16_t bits = 16;
-    parseRecordingFormat(msl.AudioInFormat, rate, channels, bits);
-    const WaveFormat format = makeWaveFormat(rate, channels, bits);
+    // A name outside the format table (a hand-edited file) estimates as CD quality.
+    const RecordFormatRow* row = findRecordFormat(msl.AudioInFormat);
+    const WaveFormat format = row != nullptr ? makeWaveFormat(row->rate, row->channels, row->bits)
+                                             : makeWaveFormat(44100, 2, 16);
     double speed = 0.0;
     for (int i = 0; i < kLoopSpeedFormatCount; ++i) {
-        uint32_t r;
-        uint16_t c, b;
-        if (parseRecordingFormat(kLoopSpeedFormatNames[i], r, c, b) && c == channels && b == bits)
+        const RecordFormatRow* measured = findRecordFormat(kLoopSpeedFormatNames[i]);
+        if (measured != nullptr && measured->channels == format.nChannels &&
+            measured->bits == format.wBitsPerSample)
             speed = speeds[static_cast<size_t>(i)];
     }
 
@@ -63,14 +35,15 @@ void addMultiSampleEstimate(const TGmsl& msl, const EstimateOptions& options,
             continue;
         estimate.seconds += n + r + 0.5 + s.recpause;
         if (s.autoloop == 1) {
-            const int64_t frames = static_cast<int64_t>(n * rate);
+            const int64_t frames = static_cast<int64_t>(n * format.nSamplesPerSec);
             const int64_t search = static_cast<int64_t>(frames * s.loopsearchlength / 100.0);
             const int64_t start = static_cast<int64_t>(frames * s.loopoutsearchstart / 100.0);
             const double work = static_cast<double>(frames - search - start) * search / 1e7;
             if (speed > 0.0)
                 estimate.seconds += work * speed;
         }
-        estimate.bytes += static_cast<uint64_t>(rate * (n + r + 0.5) * format.nBlockAlign) + 64;
+        estimate.bytes +=
+            static_cast<uint64_t>(format.nSamplesPerSec * (n + r + 0.5) * format.nBlockAlign) + 64;
     }
 }
 

@@ -19,10 +19,6 @@ struct RecordingEstimate {
     uint64_t bytes = 0;
 };
 
-// Rate, channels and bits of a recording-format name such as "44.1KHz, Stereo, 16bit";
-// false when the name does not read as one.
-bool parseRecordingFormat(const char* name, uint32_t& rate, uint16_t& channels, uint16_t& bits);
-
 // Adds the keys of `msl` to `estimate`: per key selected for recording (keyState set) with
 // the Multi-Sample's note and release lengths, its note, release, the 0.5 s lead-in and the
 // pause, plus the loop search scaled by `speeds` (the figure of the Multi-Sample's bit depth

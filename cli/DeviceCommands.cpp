@@ -5,7 +5,7 @@
 #include "devices/DeviceTables.h"
 #include "devices/InputChannelChoice.h"
 #include "devices/MidiPorts.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 
 #include <cstdio>
 #include <iostream>

@@ -9,7 +9,7 @@
 #include "devices/DeviceTables.h"
 #include "devices/InputChannelChoice.h"
 #include "devices/InputPeakTap.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 
 #include <nlohmann/json.hpp>
 

@@ -4,7 +4,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
 #include "devices/InputChannelChoice.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 
 namespace tg {
 

@@ -8,7 +8,7 @@
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/NoteNames.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 #include "extras/FileNameKeys.h"
 #include "extras/SampleFile.h"
 #include "recording/ProjectSetup.h"

@@ -4,7 +4,7 @@
 #include "core/Message.h"
 #include "devices/DeviceTables.h"
 #include "devices/OfflineBouncer.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 #include "recording/RecordingRun.h"
 
 #include <chrono>

@@ -6,7 +6,7 @@
 #include "core/Names.h"
 #include "core/NoteNames.h"
 #include "core/ProjectFile.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 #include "recording/LowPriorityWork.h"
 #include "recording/TakeFile.h"
 #include "recording/TakeMarkers.h"

@@ -73,21 +73,6 @@ TEST(Estimate, AutoLoopAddsTheSearchScaledByTheMeasuredSpeed)
     EXPECT_DOUBLE_EQ(without.seconds, 7.0);
 }
 
-TEST(Estimate, RecordingFormatNamesAreRead)
-{
-    uint32_t rate = 0;
-    uint16_t channels = 0, bits = 0;
-    ASSERT_TRUE(parseRecordingFormat("11.025KHz, Mono, 8bit", rate, channels, bits));
-    EXPECT_EQ(rate, 11025u);
-    EXPECT_EQ(channels, 1);
-    EXPECT_EQ(bits, 8);
-    ASSERT_TRUE(parseRecordingFormat("192KHz, Stereo, 24bit", rate, channels, bits));
-    EXPECT_EQ(rate, 192000u);
-    EXPECT_FALSE(parseRecordingFormat("44.1KHz, Quad, 16bit", rate, channels, bits));
-    EXPECT_FALSE(parseRecordingFormat("", rate, channels, bits));
-    EXPECT_FALSE(parseRecordingFormat("44.1KHz, Mono, 12bit", rate, channels, bits));
-}
-
 TEST(LoopSpeed, MeasuredOncePerRunAndCached)
 {
     forgetLoopSearchSpeeds();

@@ -1,5 +1,5 @@
 // The format table, the format record of a name, and the frames-per-buffer rule.
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 #include "devices/AudioStreamConfig.h"
 
 #include <gtest/gtest.h>

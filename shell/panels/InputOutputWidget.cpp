@@ -5,7 +5,7 @@
 #include "core/Model.h"
 #include "devices/DeviceTables.h"
 #include "devices/InputChannelChoice.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 #include "shell/IniFile.h"
 #include "shell/MessageBoxes.h"
 #include "shell/panels/ControllerTableWidget.h"

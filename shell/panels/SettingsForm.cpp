@@ -4,7 +4,7 @@
 #include "analysis/FadeCurves.h"
 #include "core/Model.h"
 #include "devices/DeviceTables.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 
 #include <QCheckBox>
 #include <QComboBox>

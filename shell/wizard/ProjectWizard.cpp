@@ -3,7 +3,7 @@
 #include "core/Model.h"
 #include "devices/DeviceTables.h"
 #include "devices/InputChannelChoice.h"
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // The 28 recording formats and the lookup from a stored name to a format record.
-#include "devices/RecordFormats.h"
+#include "audiofile/RecordFormats.h"
 
 #include <cstring>
 

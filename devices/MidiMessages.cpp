@@ -121,21 +121,6 @@ MidiMessage resetAllControllersMessage(const MidiOutSettings& settings)
     return make(uint8_t(0xB0 | channelNibble(settings)), 121, 0, 3);
 }
 
-MidiMessage allNotesOffMessage(const MidiOutSettings& settings)
-{
-    return make(uint8_t(0xB0 | channelNibble(settings)), 123, 0, 3);
-}
-
-MidiMessage noteOnMessage(const MidiOutSettings& settings, int note)
-{
-    return make(uint8_t(0x90 | channelNibble(settings)), note, settings.attackVelocity, 3);
-}
-
-MidiMessage noteOffMessage(const MidiOutSettings& settings, int note)
-{
-    return make(uint8_t(0x80 | channelNibble(settings)), note, settings.releaseVelocity, 3);
-}
-
 bool controllerMessage(const MidiOutSettings& settings, int controller, MidiMessage& message)
 {
     bool active = false;

@@ -35,9 +35,6 @@ MidiOutSettings midiOutSettingsOf(const TGmsl& msl);
 // Program Change, when the program is active; false (and nothing to send) otherwise.
 bool programChangeMessage(const MidiOutSettings& settings, MidiMessage& message);
 MidiMessage resetAllControllersMessage(const MidiOutSettings& settings);
-MidiMessage allNotesOffMessage(const MidiOutSettings& settings);
-MidiMessage noteOnMessage(const MidiOutSettings& settings, int note);
-MidiMessage noteOffMessage(const MidiOutSettings& settings, int note);
 
 // Control Change `controller` (0-120) when its table entry is active; false otherwise.
 bool controllerMessage(const MidiOutSettings& settings, int controller, MidiMessage& message);

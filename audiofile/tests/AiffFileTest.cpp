@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace tg;
 using namespace tg::test;
 
@@ -134,15 +136,11 @@ TEST_F(AiffRoundTrip, EveryDepthAndChannelCountWithAndWithoutLoop)
                 AiffContents c;
                 ASSERT_EQ(readAiff(path, c, message), 1) << message;
                 EXPECT_EQ(message, "");
-                EXPECT_EQ(c.format.nSamplesPerSec, 96000u);
-                EXPECT_EQ(c.format.nChannels, channels);
-                EXPECT_EQ(c.format.wBitsPerSample, bits);
-                EXPECT_EQ(c.format.nBlockAlign, f.nBlockAlign);
+                EXPECT_EQ(describeFormat(c.format), describeFormat(f));
                 EXPECT_EQ(c.data, audio);
-                EXPECT_EQ(c.loopStart, looped ? 100 : -1);
-                EXPECT_EQ(c.loopEnd, looped ? 700 : -1);
-                EXPECT_EQ(c.rootKey, looped ? 50 : -1);
-                EXPECT_EQ(c.name, "odd");
+                EXPECT_EQ(std::tie(c.loopStart, c.loopEnd, c.rootKey, c.name),
+                          looped ? std::make_tuple(100, 700, 50, "odd")
+                                 : std::make_tuple(-1, -1, -1, "odd"));
             }
         }
     }
@@ -164,9 +162,7 @@ TEST_F(AiffReader, SowtAifcGivesTheSameBytesAsTheEquivalentWav)
     std::vector<uint8_t> wav;
     ASSERT_EQ(readWav(dir.file("s.wav"), wf, wav, message), 1);
     EXPECT_EQ(c.data, wav);
-    EXPECT_EQ(c.format.nSamplesPerSec, wf.nSamplesPerSec);
-    EXPECT_EQ(c.format.nBlockAlign, wf.nBlockAlign);
-    EXPECT_EQ(c.format.nAvgBytesPerSec, wf.nAvgBytesPerSec);
+    EXPECT_EQ(describeFormat(c.format), describeFormat(wf));
 
     // "NONE" is big-endian, like plain AIFF.
     std::string bigEndian;

@@ -101,4 +101,14 @@ inline std::string asString(const std::vector<uint8_t>& v)
     return {v.begin(), v.end()};
 }
 
+// Every field of a format in one line, so that a test compares whole formats with a readable
+// failure message.
+inline std::string describeFormat(const WaveFormat& f)
+{
+    return "tag " + std::to_string(f.wFormatTag) + ", " + std::to_string(f.nChannels) + " ch, " +
+           std::to_string(f.nSamplesPerSec) + " Hz, " + std::to_string(f.wBitsPerSample) +
+           " bit, align " + std::to_string(f.nBlockAlign) + ", " +
+           std::to_string(f.nAvgBytesPerSec) + " B/s";
+}
+
 } // namespace tg::test

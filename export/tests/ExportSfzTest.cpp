@@ -3,7 +3,6 @@
 
 #include "core/Message.h"
 #include "export/ExportProgress.h"
-#include "export/SfzText.h"
 #include "export/tests/MemoryAudio.h"
 #include "tests/support/TempDir.h"
 
@@ -60,8 +59,13 @@ class ExportSfz : public ::testing::Test {
 TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
 {
     ASSERT_EQ(run(), 1) << message;
+    const std::string dashes = "//" + std::string(83, '-') + "\r\n";
     const std::string expected =
-        tg::sfzHeader() +
+        dashes +
+        "// sfz Definition File\r\n// \r\n"
+        "// this file was created with Corvane's Tonegrabber\xCE\xA0Version 6.01\r\n"
+        "// for Cakewalk's virtual sampler \"Dimension\".\r\n" +
+        dashes +
         "\r\n\r\n<group> // parameters for the multi-sample \"Soft\"\r\nlovel=1\r\nhivel=64\r\n\r\n"
         "<region> trigger=attack  pitch_keycenter=60 lokey=58 hikey=61 ampeg_release=0 "
         "sample=Piano-000-060-C4.wav\r\n"
@@ -75,16 +79,11 @@ TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
         "<region> trigger=attack  pitch_keycenter=62 lokey=62 hikey=63 "
         "sample=Piano-001-062-D4.wav\r\n";
     EXPECT_EQ(tg::test::readFileBytes(dir.file("Piano.sfz")), expected);
-
-    std::vector<std::string> names;
-    for (const auto& [path, file] : audio.written)
-        names.push_back(std::filesystem::path(path).filename().string());
-    EXPECT_EQ(names, (std::vector<std::string>{"Piano-000-060-C4-release.wav",
-                                               "Piano-000-060-C4.wav", "Piano-000-062-D4.wav",
-                                               "Piano-001-060-C4.wav", "Piano-001-062-D4.wav"}));
-    const auto& note = audio.written[dir.file("Piano-000-062-D4.wav")];
-    EXPECT_EQ(note.rootKey, 62);
-    EXPECT_FALSE(note.loop.enabled);
+    // Each sample the text names is written; the loop and root key they carry are checked
+    // through libsndfile (ExportedSamples in tests/clients).
+    EXPECT_EQ(audio.written.size(), 5u);
+    for (const char* name : {"Piano-000-060-C4-release.wav", "Piano-001-062-D4.wav"})
+        EXPECT_EQ(audio.written.count(dir.file(name)), 1u) << name;
 }
 
 TEST_F(ExportSfz, FailuresLeaveNoSfzFile)

@@ -117,8 +117,8 @@ TEST(BitwigExporter, OneSampleElementPerKeySampleInPublishedOrderAndEveryFileArc
         const std::string file = attribute(sample, "file");
         EXPECT_NE(run.listing.find(file + "\n"), std::string::npos) << file << " not in archive";
     }
-    // First sample: layer "Soft", key 48 with its loop, its layer open below only (which
-    // bounds go is TemplateText's business).
+    // First sample: layer "Soft", key 48 with its loop, its layer open below only (a layer
+    // open both ways: TemplateText).
     const std::string& first = samples[0];
     EXPECT_EQ(attribute(first, "file"), "Piano & Co-00-Soft-048-Key-C3.wav");
     EXPECT_EQ(attribute(first, "sample-stop"), "1000.00000000");

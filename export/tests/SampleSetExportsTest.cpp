@@ -1,5 +1,9 @@
-// The SFZ exporter over in-memory audio: file names, the written SFZ file, failures.
+// The SFZ and AIFF-files exports over in-memory audio: the written SFZ file, the key zone and
+// name handed to the AIFF writer, failures. Loop and root key of the written samples are
+// checked through libsndfile (ExportedSamples in tests/clients); the WAV-files export's names
+// and release parts on real files by InterruptedExport.
 #include "export/ExportSfz.h"
+#include "export/ExportWavFiles.h"
 
 #include "core/Message.h"
 #include "export/ExportProgress.h"
@@ -10,10 +14,11 @@
 
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 namespace {
 
-class ExportSfz : public ::testing::Test {
+class SampleSetExport : public ::testing::Test {
   protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::MemoryAudio audio;
@@ -56,7 +61,7 @@ class ExportSfz : public ::testing::Test {
 
 } // namespace
 
-TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
+TEST_F(SampleSetExport, SfzWritesSamplesAndTheRegionTextInOneFile)
 {
     ASSERT_EQ(run(), 1) << message;
     const std::string dashes = "//" + std::string(83, '-') + "\r\n";
@@ -86,7 +91,7 @@ TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
         EXPECT_EQ(audio.written.count(dir.file(name)), 1u) << name;
 }
 
-TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
+TEST_F(SampleSetExport, SfzFailuresLeaveNoSfzFile)
 {
     audio.failWritesTo = "Piano-001-060";
     EXPECT_EQ(run(), 0);
@@ -102,7 +107,7 @@ TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
     EXPECT_FALSE(std::filesystem::exists(dir.file("Piano.sfz")));
 }
 
-TEST_F(ExportSfz, UnopenableSfzFileIsReported)
+TEST_F(SampleSetExport, UnopenableSfzFileIsReported)
 {
     // A regular file where the folder should be: nothing can be created below it.
     ASSERT_TRUE(tg::test::writeFileBytes(dir.file("blocker"), "x"));
@@ -112,4 +117,25 @@ TEST_F(ExportSfz, UnopenableSfzFileIsReported)
               0);
     EXPECT_EQ(message, "TGexport_DimensionSFZ():\n\nunable to open \"" + folder + "/Piano.sfz\"");
     EXPECT_EQ(project->msl[0].keys[60].Note_Out, 499);
+}
+
+TEST_F(SampleSetExport, AiffFilesGetTheKeyZoneAndTheirNameAndFailuresTheEntryName)
+{
+    project->msl[0].keys[60].mapLowFlag = 0;
+    project->msl[0].keys[60].mapLow = 55;
+    ASSERT_EQ(tg::TGexport_Aiff(dir.path(), "x-<#msi#>-<#mn#>", project.get(), {0}, 0x10408, false,
+                                message, audio.services()),
+              1)
+        << message;
+    const auto& file = audio.written.at(dir.file("x-00-060.aif"));
+    EXPECT_EQ(file.name, "x-00-060");
+    const auto& i = file.instrument; // root key, key zone, the full velocity range
+    EXPECT_EQ(std::make_tuple(i.rootKey, i.lowKey, i.highKey, i.lowVelocity, i.highVelocity),
+              std::make_tuple(60, 55, 61, 1, 127));
+
+    audio.failWritesTo = "x-00-062";
+    EXPECT_EQ(tg::TGexport_Aiff(dir.path(), "x-<#msi#>-<#mn#>", project.get(), {0}, 0x10408, false,
+                                message, audio.services()),
+              0);
+    EXPECT_EQ(message, "TGexport_Aiff():\n\nunable to open " + dir.file("x-00-062.aif"));
 }

@@ -28,14 +28,6 @@ TEST(ExportFormats, EveryMenuTextReachesAnExporterWhateverItsCase)
     EXPECT_EQ(formatOf("MOTU Machfive (*.wav)"), ExportFormat::SamplerWav);
 }
 
-TEST(ExportFormats, FirstKeyInTableOrderDecides)
-{
-    // Both "(*.sf2)" and "wav-files" occur; the SoundFont key comes first.
-    EXPECT_EQ(formatOf("WAV-Files (*.sf2)"), ExportFormat::SoundFont2);
-    // "halion" is tried before "blofeld".
-    EXPECT_EQ(formatOf("Blofeld via HALion"), ExportFormat::HALion);
-}
-
 TEST(ExportFormats, EntriesWithoutAKeyStartNoExport)
 {
     EXPECT_EQ(tg::findExportFormat("Cakewalk Dimension Preset (*.prog)"), nullptr);

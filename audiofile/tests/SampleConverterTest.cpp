@@ -90,8 +90,7 @@ TEST(SampleConverter, IdenticalFormatsLeaveBufferAndLoopsUntouched)
               1);
     EXPECT_EQ(data, before);
     EXPECT_EQ(data.data(), storage);
-    EXPECT_EQ(start, 5);
-    EXPECT_EQ(end, 9);
+    EXPECT_EQ(std::make_pair(start, end), std::make_pair(5, 9));
     EXPECT_EQ(dst.nAvgBytesPerSec, 44100u * 4);
 }
 

@@ -39,7 +39,7 @@ using WavConvertFile = WavFiles;
 } // namespace
 
 // The fields themselves are read back by libsndfile (SndfileReadsOurAudio in tests/clients).
-TEST_F(WavWriter, BuffersMakeOneDataChunkAndOnlyTheSamplerChunkIsPadded)
+TEST_F(WavWriter, BuffersMakeOneDataChunkOfPcmAndOnlyTheSamplerChunkIsPadded)
 {
     const std::string path = dir.file("three.wav");
     const auto a = ramp(3, 1), b = ramp(4, 50), c = ramp(2, 90); // 9 bytes: odd
@@ -63,16 +63,13 @@ TEST_F(WavWriter, BuffersMakeOneDataChunkAndOnlyTheSamplerChunkIsPadded)
     EXPECT_EQ(file[smpl - 1], '\0');
     EXPECT_EQ(file.substr(smpl, 4), "smpl");
     EXPECT_EQ(file.substr(smpl + 68, 4), "tngb");
-}
 
-TEST_F(WavWriter, WritesPcmTagWhateverTheRecordSaysAndSkipsNullBuffers)
-{
+    // The tag is PCM whatever the record says; null buffers are skipped.
     WaveFormat format = makeWaveFormat(48000, 2, 16);
     format.wFormatTag = 0xFFFE;
-    const auto a = ramp(8, 3);
-    ASSERT_EQ(writeWav(dir.file("x.wav"), format, a.data(), 8, nullptr, 100, nullptr, 5, message),
-              1);
-    const std::string file = readFileBytes(dir.file("x.wav"));
+    const auto eight = ramp(8, 3);
+    ASSERT_EQ(writeWav(path, format, eight.data(), 8, nullptr, 100, nullptr, 5, message), 1);
+    file = readFileBytes(path);
     EXPECT_EQ(loadU16LE(at(file, 20)), 1u);
     EXPECT_EQ(loadU32LE(at(file, 40)), 8u);
     EXPECT_EQ(file.size(), 44u + 8 + 16);

@@ -67,16 +67,6 @@ std::vector<std::string> chunkIds(const std::string& file)
     return ids;
 }
 
-std::vector<uint8_t> noise(size_t count, uint32_t seed)
-{
-    std::vector<uint8_t> v(count);
-    for (auto& b : v) {
-        seed = seed * 1664525u + 1013904223u;
-        b = static_cast<uint8_t>(seed >> 24);
-    }
-    return v;
-}
-
 // A temporary folder and a message slot for each test.
 class AiffFiles : public testing::Test {
   protected:

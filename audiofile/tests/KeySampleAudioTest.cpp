@@ -32,9 +32,7 @@ class KeySampleAudio : public ::testing::Test {
 TEST_F(KeySampleAudio, ReadsTheKeysWavFileAndMarksTheKey)
 {
     const tg::WaveFormat format = tg::makeWaveFormat(48000, 2, 24);
-    std::vector<uint8_t> written(6 * 100);
-    for (size_t i = 0; i < written.size(); ++i)
-        written[i] = static_cast<uint8_t>(i * 7);
+    const std::vector<uint8_t> written = tg::test::noise(6 * 100, 7);
     std::string message;
     ASSERT_TRUE(tg::writeWav(path(64), format, written, message)) << message;
 

@@ -96,6 +96,17 @@ inline std::vector<uint8_t> packSamples(const WaveFormat& f, const std::vector<i
     return out;
 }
 
+// `count` pseudo-random bytes, different for each seed.
+inline std::vector<uint8_t> noise(size_t count, uint32_t seed)
+{
+    std::vector<uint8_t> v(count);
+    for (auto& b : v) {
+        seed = seed * 1664525u + 1013904223u;
+        b = static_cast<uint8_t>(seed >> 24);
+    }
+    return v;
+}
+
 inline std::string asString(const std::vector<uint8_t>& v)
 {
     return {v.begin(), v.end()};

@@ -19,14 +19,6 @@ const uint8_t* at(const std::string& s, size_t offset)
     return reinterpret_cast<const uint8_t*>(s.data()) + offset;
 }
 
-std::vector<uint8_t> ramp(size_t count, uint8_t seed)
-{
-    std::vector<uint8_t> v(count);
-    for (size_t i = 0; i < count; ++i)
-        v[i] = static_cast<uint8_t>(seed + i * 7);
-    return v;
-}
-
 // A temporary folder and a message slot for each test.
 class WavFiles : public testing::Test {
   protected:
@@ -42,7 +34,7 @@ using WavConvertFile = WavFiles;
 TEST_F(WavWriter, BuffersMakeOneDataChunkOfPcmAndOnlyTheSamplerChunkIsPadded)
 {
     const std::string path = dir.file("three.wav");
-    const auto a = ramp(3, 1), b = ramp(4, 50), c = ramp(2, 90); // 9 bytes: odd
+    const auto a = noise(3, 1), b = noise(4, 50), c = noise(2, 90); // 9 bytes: odd
     ASSERT_EQ(
         writeWav(path, makeWaveFormat(44100, 1, 8), a.data(), 3, b.data(), 4, c.data(), 2, message),
         1);
@@ -53,7 +45,7 @@ TEST_F(WavWriter, BuffersMakeOneDataChunkOfPcmAndOnlyTheSamplerChunkIsPadded)
     EXPECT_EQ(file.substr(44, 9), asString(a) + asString(b) + asString(c));
     EXPECT_EQ(file.substr(53, 4), "tngb"); // no pad byte before the program's own chunk
 
-    const auto odd = ramp(3 * 101, 9);
+    const auto odd = noise(3 * 101, 9);
     WavLoopInfo loop{10, 80, 57};
     ASSERT_EQ(writeWav(path, makeWaveFormat(22050, 1, 24), odd, message, &loop), 1);
     file = readFileBytes(path);
@@ -67,7 +59,7 @@ TEST_F(WavWriter, BuffersMakeOneDataChunkOfPcmAndOnlyTheSamplerChunkIsPadded)
     // The tag is PCM whatever the record says; null buffers are skipped.
     WaveFormat format = makeWaveFormat(48000, 2, 16);
     format.wFormatTag = 0xFFFE;
-    const auto eight = ramp(8, 3);
+    const auto eight = noise(8, 3);
     ASSERT_EQ(writeWav(path, format, eight.data(), 8, nullptr, 100, nullptr, 5, message), 1);
     file = readFileBytes(path);
     EXPECT_EQ(loadU16LE(at(file, 20)), 1u);

@@ -138,10 +138,7 @@ TEST_F(TemplateFormatsInPipeline, QuantumGetsLevelGainsAndLoopOnlyAndTheProjectI
     // The soft layer is raised to the hard layer's level.
     EXPECT_NEAR(test::pcm16Peak(soft), test::pcm16Peak(hard), 8);
     EXPECT_GT(test::pcm16Peak(hard), 15000);
-
-    const std::string map = test::readFileBytes(dir.file("card/samples/Pianos/Grand.map"));
-    EXPECT_NE(map.find("samples/Pianos/K-01-064.wav"), std::string::npos) << map;
-    expectMarkersAsBefore();
+    expectMarkersAsBefore(); // the map's lines are CardExport's business
 }
 
 TEST_F(TemplateFormatsInPipeline, KronosStereoRendersEachKeyOnceAndSplitsItsChannels)

@@ -65,7 +65,8 @@ std::vector<std::string> sampleElements(const std::string& xml)
     return out;
 }
 
-// The value of the first attribute `name` in `text`, with the entities this writer uses decoded.
+// The value of the first attribute `name` in `text`, with "&amp;", the only entity the names
+// here need, decoded (the other escapes: TemplateText).
 std::string attribute(const std::string& text, const std::string& name)
 {
     std::smatch match;
@@ -73,13 +74,8 @@ std::string attribute(const std::string& text, const std::string& name)
     if (!std::regex_search(text, match, pattern))
         return "<absent>";
     std::string value = match[1].str();
-    for (const auto& [entity, character] : {std::pair<std::string, std::string>{"&lt;", "<"},
-                                            {"&gt;", ">"},
-                                            {"&quot;", "\""},
-                                            {"&apos;", "'"},
-                                            {"&amp;", "&"}})
-        for (size_t at = 0; (at = value.find(entity, at)) != std::string::npos; ++at)
-            value.replace(at, entity.size(), character);
+    for (size_t at = 0; (at = value.find("&amp;", at)) != std::string::npos; ++at)
+        value.replace(at, 5, "&");
     return value;
 }
 

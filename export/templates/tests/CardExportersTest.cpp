@@ -60,8 +60,7 @@ TEST_F(CardExport, QuantumMapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPo
     exporter.setLoopAllSamples(true);
     ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
 
-    EXPECT_EQ(exporter.mapPath(), root.path() + "/samples/OrganSet/Organ.map");
-    const std::string map = test::readFileBytes(exporter.mapPath());
+    const std::string map = test::readFileBytes(root.path() + "/samples/OrganSet/Organ.map");
     EXPECT_EQ(map.find("%%"), std::string::npos) << "template notes leaked into the map";
     const auto rows = tabRows(map);
     ASSERT_EQ(rows.size(), 4u) << map;
@@ -106,8 +105,9 @@ TEST_F(CardExport, DelugeTakesOnlyTheSelectedLayerToTheCardFoldersAndLoopsAllOnR
     EXPECT_NE(xml.find("endSamplePos=\"1000\""), std::string::npos);
     EXPECT_NE(xml.find("startLoopPos=\"250\""), std::string::npos);
     EXPECT_NE(xml.find("loopMode=\"0\""), std::string::npos);
-    if (test::haveProgram("xmllint"))
+    if (test::haveProgram("xmllint")) {
         EXPECT_EQ(test::runCommand("xmllint --noout '" + root.path() + "/SYNTHS/ORGAN.XML'"), 0);
+    }
 
     DelugeExporter loopAll(*project, {0}, root.path(), 0x20408, "LOOPED");
     loopAll.setLoopAllSamples(true);

@@ -102,14 +102,12 @@ TEST(SampleConverter, RefusesShortBuffersAndUnsupportedFormats)
     EXPECT_EQ(c.message, "convert sample error: sample too small or buffer=NULL");
     EXPECT_EQ(convert(mono16, makeWaveFormat(22050, 1, 16), constant(16, 1)).ok, 1);
 
-    WaveFormat float32 = makeWaveFormat(44100, 1, 32);
-    EXPECT_EQ(convert(mono16, float32, constant(32, 0)).message,
+    // 32 bits, a rate above 384 kHz, a rate of zero, a compressed tag.
+    EXPECT_EQ(convert(mono16, makeWaveFormat(44100, 1, 32), constant(32, 0)).message,
               "convert sample error: unsupported wave format (destination)");
-    WaveFormat tooFast = makeWaveFormat(384001, 1, 16);
-    EXPECT_EQ(convert(tooFast, mono16, constant(32, 0)).message,
+    EXPECT_EQ(convert(makeWaveFormat(384001, 1, 16), mono16, constant(32, 0)).message,
               "convert sample error: unsupported wave format (source)");
-    WaveFormat zeroRate = makeWaveFormat(0, 1, 16);
-    EXPECT_EQ(convert(mono16, zeroRate, constant(32, 0)).ok, 0);
+    EXPECT_EQ(convert(mono16, makeWaveFormat(0, 1, 16), constant(32, 0)).ok, 0);
     WaveFormat compressed = mono16;
     compressed.wFormatTag = 2;
     EXPECT_EQ(convert(compressed, mono16, constant(32, 0)).ok, 0);

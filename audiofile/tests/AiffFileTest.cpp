@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace tg;
 using namespace tg::test;
 
@@ -63,16 +65,6 @@ std::vector<std::string> chunkIds(const std::string& file)
         p += 8 + size + (size & 1);
     }
     return ids;
-}
-
-std::vector<uint8_t> noise(size_t count, uint32_t seed)
-{
-    std::vector<uint8_t> v(count);
-    for (auto& b : v) {
-        seed = seed * 1664525u + 1013904223u;
-        b = static_cast<uint8_t>(seed >> 24);
-    }
-    return v;
 }
 
 // A temporary folder and a message slot for each test.
@@ -134,15 +126,11 @@ TEST_F(AiffRoundTrip, EveryDepthAndChannelCountWithAndWithoutLoop)
                 AiffContents c;
                 ASSERT_EQ(readAiff(path, c, message), 1) << message;
                 EXPECT_EQ(message, "");
-                EXPECT_EQ(c.format.nSamplesPerSec, 96000u);
-                EXPECT_EQ(c.format.nChannels, channels);
-                EXPECT_EQ(c.format.wBitsPerSample, bits);
-                EXPECT_EQ(c.format.nBlockAlign, f.nBlockAlign);
+                EXPECT_EQ(describeFormat(c.format), describeFormat(f));
                 EXPECT_EQ(c.data, audio);
-                EXPECT_EQ(c.loopStart, looped ? 100 : -1);
-                EXPECT_EQ(c.loopEnd, looped ? 700 : -1);
-                EXPECT_EQ(c.rootKey, looped ? 50 : -1);
-                EXPECT_EQ(c.name, "odd");
+                EXPECT_EQ(std::tie(c.loopStart, c.loopEnd, c.rootKey, c.name),
+                          looped ? std::make_tuple(100, 700, 50, "odd")
+                                 : std::make_tuple(-1, -1, -1, "odd"));
             }
         }
     }
@@ -164,9 +152,7 @@ TEST_F(AiffReader, SowtAifcGivesTheSameBytesAsTheEquivalentWav)
     std::vector<uint8_t> wav;
     ASSERT_EQ(readWav(dir.file("s.wav"), wf, wav, message), 1);
     EXPECT_EQ(c.data, wav);
-    EXPECT_EQ(c.format.nSamplesPerSec, wf.nSamplesPerSec);
-    EXPECT_EQ(c.format.nBlockAlign, wf.nBlockAlign);
-    EXPECT_EQ(c.format.nAvgBytesPerSec, wf.nAvgBytesPerSec);
+    EXPECT_EQ(describeFormat(c.format), describeFormat(wf));
 
     // "NONE" is big-endian, like plain AIFF.
     std::string bigEndian;
@@ -193,6 +179,7 @@ TEST_F(AiffReader, UnknownChunksAreNotedAndSkipped)
     EXPECT_EQ(asString(c.data), "\x02\x01\x04\x03");
 }
 
+// One file per refusal; arbitrary and truncated bytes are the AIFF fuzz target's.
 TEST_F(AiffReader, ReportsEachKindOfBrokenFile)
 {
     const std::string path = dir.file("b.aif");
@@ -234,21 +221,4 @@ TEST_F(AiffReader, ReportsEachKindOfBrokenFile)
     // A NAME claiming more bytes than the file has.
     expectMessage(form("AIFF", comm + ssnd + "NAME" + be32(1000) + "abc"),
                   "Error reading Name Chunk from " + q + ".");
-}
-
-TEST_F(AiffReader, TruncationAtEveryByteEndsCleanly)
-{
-    const std::string full = dir.file("full.aif");
-    const auto audio = noise(4 * 20, 3);
-    ASSERT_EQ(writeAiff(full, makeWaveFormat(44100, 2, 16), audio.data(), 80, 2, 9,
-                        {60, 0, 127, 1, 127, "name"}, message),
-              1);
-    const std::string bytes = readFileBytes(full);
-    const std::string cut = dir.file("cut.aif");
-    for (size_t length = 0; length < bytes.size(); ++length) {
-        writeFileBytes(cut, bytes.substr(0, length));
-        AiffContents c;
-        ASSERT_EQ(readAiff(cut, c, message), 0) << length;
-        EXPECT_FALSE(message.empty());
-    }
 }

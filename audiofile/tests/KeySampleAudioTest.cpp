@@ -32,9 +32,7 @@ class KeySampleAudio : public ::testing::Test {
 TEST_F(KeySampleAudio, ReadsTheKeysWavFileAndMarksTheKey)
 {
     const tg::WaveFormat format = tg::makeWaveFormat(48000, 2, 24);
-    std::vector<uint8_t> written(6 * 100);
-    for (size_t i = 0; i < written.size(); ++i)
-        written[i] = static_cast<uint8_t>(i * 7);
+    const std::vector<uint8_t> written = tg::test::noise(6 * 100, 7);
     std::string message;
     ASSERT_TRUE(tg::writeWav(path(64), format, written, message)) << message;
 
@@ -43,8 +41,7 @@ TEST_F(KeySampleAudio, ReadsTheKeysWavFileAndMarksTheKey)
     const tg::Result result = tg::loadKeySampleAudio(*project, project->msl[0], 64, read, data);
     ASSERT_TRUE(result.ok()) << result.message;
     EXPECT_EQ(data, written);
-    EXPECT_EQ(read.nSamplesPerSec, 48000u);
-    EXPECT_EQ(read.wBitsPerSample, 24);
+    EXPECT_EQ(tg::test::describeFormat(read), tg::test::describeFormat(format));
     EXPECT_EQ(project->msl[0].keys[64].hasAudio, 1);
 }
 

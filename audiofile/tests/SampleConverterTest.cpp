@@ -90,8 +90,7 @@ TEST(SampleConverter, IdenticalFormatsLeaveBufferAndLoopsUntouched)
               1);
     EXPECT_EQ(data, before);
     EXPECT_EQ(data.data(), storage);
-    EXPECT_EQ(start, 5);
-    EXPECT_EQ(end, 9);
+    EXPECT_EQ(std::make_pair(start, end), std::make_pair(5, 9));
     EXPECT_EQ(dst.nAvgBytesPerSec, 44100u * 4);
 }
 
@@ -103,18 +102,15 @@ TEST(SampleConverter, RefusesShortBuffersAndUnsupportedFormats)
     EXPECT_EQ(c.message, "convert sample error: sample too small or buffer=NULL");
     EXPECT_EQ(convert(mono16, makeWaveFormat(22050, 1, 16), constant(16, 1)).ok, 1);
 
-    WaveFormat float32 = makeWaveFormat(44100, 1, 32);
-    EXPECT_EQ(convert(mono16, float32, constant(32, 0)).message,
+    // 32 bits, a rate above 384 kHz, a rate of zero, a compressed tag.
+    EXPECT_EQ(convert(mono16, makeWaveFormat(44100, 1, 32), constant(32, 0)).message,
               "convert sample error: unsupported wave format (destination)");
-    WaveFormat tooFast = makeWaveFormat(384001, 1, 16);
-    EXPECT_EQ(convert(tooFast, mono16, constant(32, 0)).message,
+    EXPECT_EQ(convert(makeWaveFormat(384001, 1, 16), mono16, constant(32, 0)).message,
               "convert sample error: unsupported wave format (source)");
-    WaveFormat zeroRate = makeWaveFormat(0, 1, 16);
-    EXPECT_EQ(convert(mono16, zeroRate, constant(32, 0)).ok, 0);
+    EXPECT_EQ(convert(mono16, makeWaveFormat(0, 1, 16), constant(32, 0)).ok, 0);
     WaveFormat compressed = mono16;
     compressed.wFormatTag = 2;
     EXPECT_EQ(convert(compressed, mono16, constant(32, 0)).ok, 0);
-    EXPECT_EQ(makeWaveFormat(384000, 1, 16).nSamplesPerSec, 384000u);
     EXPECT_EQ(convert(makeWaveFormat(384000, 1, 16), mono16, constant(32, 0)).ok, 1);
 }
 
@@ -203,24 +199,20 @@ TEST(SampleConverter, LoopPointsScaleWithTheRate)
 {
     // A constant signal has no zero crossing, so only the scaling rules apply.
     const WaveFormat a = makeWaveFormat(44100, 1, 16), b = makeWaveFormat(22050, 1, 16);
-    Conversion c =
-        convert(a, b, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 11, 20);
-    EXPECT_EQ(c.loopStart, 5);
-    EXPECT_EQ(c.loopEnd, 9); // trunc(21 * 0.5) - 1
-    c = convert(a, b, constant(100, 500), ResampleMode::Average, ChannelMode::Mix, 0, 99);
-    EXPECT_EQ(c.loopStart, 0);
-    EXPECT_EQ(c.loopEnd, 49); // at the last frame: N - 1
-    c = convert(b, a, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 0, 0);
-    EXPECT_EQ(c.loopEnd, 0);
+    const auto loop = [](WaveFormat from, WaveFormat to, ResampleMode mode, int start, int end) {
+        const Conversion c =
+            convert(from, to, constant(100, 500), mode, ChannelMode::Mix, start, end);
+        return std::make_pair(c.loopStart, c.loopEnd);
+    };
+    // The end: trunc((end + 1) * ratio) - 1; at the last frame N - 1.
+    EXPECT_EQ(loop(a, b, ResampleMode::Linear, 11, 20), std::make_pair(5, 9));
+    EXPECT_EQ(loop(a, b, ResampleMode::Average, 0, 99), std::make_pair(0, 49));
+    EXPECT_EQ(loop(b, a, ResampleMode::Linear, 0, 0), std::make_pair(0, 0));
     // The end never falls before the start.
-    c = convert(a, b, constant(100, 500), ResampleMode::Linear, ChannelMode::Mix, 41, 41);
-    EXPECT_EQ(c.loopStart, 20);
-    EXPECT_EQ(c.loopEnd, 20);
+    EXPECT_EQ(loop(a, b, ResampleMode::Linear, 41, 41), std::make_pair(20, 20));
     // Without a rate change the loop stays.
-    c = convert(a, makeWaveFormat(44100, 2, 24), constant(100, 500), ResampleMode::Linear,
-                ChannelMode::Mix, 13, 77);
-    EXPECT_EQ(c.loopStart, 13);
-    EXPECT_EQ(c.loopEnd, 77);
+    EXPECT_EQ(loop(a, makeWaveFormat(44100, 2, 24), ResampleMode::Linear, 13, 77),
+              std::make_pair(13, 77));
 }
 
 TEST(SampleConverter, LoopPointsOnZeroCrossingsStayOnZeroCrossings)

@@ -96,9 +96,30 @@ inline std::vector<uint8_t> packSamples(const WaveFormat& f, const std::vector<i
     return out;
 }
 
+// `count` pseudo-random bytes, different for each seed.
+inline std::vector<uint8_t> noise(size_t count, uint32_t seed)
+{
+    std::vector<uint8_t> v(count);
+    for (auto& b : v) {
+        seed = seed * 1664525u + 1013904223u;
+        b = static_cast<uint8_t>(seed >> 24);
+    }
+    return v;
+}
+
 inline std::string asString(const std::vector<uint8_t>& v)
 {
     return {v.begin(), v.end()};
+}
+
+// Every field of a format in one line, so that a test compares whole formats with a readable
+// failure message.
+inline std::string describeFormat(const WaveFormat& f)
+{
+    return "tag " + std::to_string(f.wFormatTag) + ", " + std::to_string(f.nChannels) + " ch, " +
+           std::to_string(f.nSamplesPerSec) + " Hz, " + std::to_string(f.wBitsPerSample) +
+           " bit, align " + std::to_string(f.nBlockAlign) + ", " +
+           std::to_string(f.nAvgBytesPerSec) + " B/s";
 }
 
 } // namespace tg::test

@@ -124,12 +124,11 @@ TEST_F(WavReaders, ExtensibleHeaderPassesOnGuidBytesTwoToFive)
         write(RiffBuilder().chunk("fmt ", extensibleFmt(f24, *guid)).chunk("data", audio));
         Header h = header();
         ASSERT_EQ(h.ok, 1) << h.message;
-        EXPECT_EQ(h.format.wFormatTag, 1);
-        EXPECT_EQ(h.format.wBitsPerSample, 24);
+        EXPECT_EQ(describeFormat(h.format), describeFormat(f24));
         EXPECT_EQ(h.frames, 2);
         Full f = full();
         ASSERT_EQ(f.ok, 1) << f.message;
-        EXPECT_EQ(f.format.wFormatTag, 1);
+        EXPECT_EQ(describeFormat(f.format), describeFormat(f24));
         EXPECT_EQ(asString(f.data), audio);
     }
     write(RiffBuilder().chunk("fmt ", extensibleFmt(f24, odd)).chunk("data", audio));

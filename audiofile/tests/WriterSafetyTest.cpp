@@ -32,8 +32,8 @@ const WriterCase kWriters[] = {
      "error writing "},
     {"aif",
      [](const std::string& path, const std::vector<uint8_t>& data, std::string& message) {
-         return writeAiff(path, makeWaveFormat(44100, 2, 16), data.data(), int32_t(data.size()),
-                          0, 0, {}, message);
+         return writeAiff(path, makeWaveFormat(44100, 2, 16), data.data(), int32_t(data.size()), 0,
+                          0, {}, message);
      },
      "Error writing sound data to file (\""},
 };

@@ -101,17 +101,15 @@ class TemplateFormatsInPipeline : public ::testing::Test {
     // Markers and key ranges are what they were before the export moved them.
     void expectMarkersAsBefore()
     {
-        for (int m = 0; m < 2; ++m)
-            for (int note = 0; note < kKeyCount; ++note) {
-                const TGmsl_key& key = project->msl[m].keys[note];
-                const TGmsl_key& old = before->msl[m].keys[note];
-                EXPECT_EQ(key.Note_In, old.Note_In);
-                EXPECT_EQ(key.Note_Out, old.Note_Out);
-                EXPECT_EQ(key.Loop_In, old.Loop_In);
-                EXPECT_EQ(key.Loop_Out, old.Loop_Out);
-                EXPECT_EQ(key.mapLow, old.mapLow);
-                EXPECT_EQ(key.mapHigh, old.mapHigh);
-            }
+        const auto markers = [](const Project& p) {
+            std::string all;
+            for (int m = 0; m < 2; ++m)
+                for (const TGmsl_key& k : p.msl[m].keys)
+                    all += formatText("%d %d %d %d %d %d|", k.Note_In, k.Note_Out, k.Loop_In,
+                                      k.Loop_Out, k.mapLow, k.mapHigh);
+            return all;
+        };
+        EXPECT_EQ(markers(*project), markers(*before));
     }
 };
 
@@ -140,10 +138,7 @@ TEST_F(TemplateFormatsInPipeline, QuantumGetsLevelGainsAndLoopOnlyAndTheProjectI
     // The soft layer is raised to the hard layer's level.
     EXPECT_NEAR(test::pcm16Peak(soft), test::pcm16Peak(hard), 8);
     EXPECT_GT(test::pcm16Peak(hard), 15000);
-
-    const std::string map = test::readFileBytes(dir.file("card/samples/Pianos/Grand.map"));
-    EXPECT_NE(map.find("samples/Pianos/K-01-064.wav"), std::string::npos) << map;
-    expectMarkersAsBefore();
+    expectMarkersAsBefore(); // the map's lines are CardExport's business
 }
 
 TEST_F(TemplateFormatsInPipeline, KronosStereoRendersEachKeyOnceAndSplitsItsChannels)
@@ -157,10 +152,7 @@ TEST_F(TemplateFormatsInPipeline, KronosStereoRendersEachKeyOnceAndSplitsItsChan
     ASSERT_EQ(runKronosExport(j, dir.path(), 3, services, message), 1) << message;
     EXPECT_EQ(renders, 4); // two keys, each rendered once per channel
     // Progress counts every render, so it climbs steadily to the end.
-    ASSERT_EQ(fractions.size(), 5u);
-    for (size_t i = 0; i < 4; ++i)
-        EXPECT_DOUBLE_EQ(fractions[i], i / 4.0);
-    EXPECT_DOUBLE_EQ(fractions.back(), 1.0);
+    EXPECT_EQ(fractions, (std::vector<double>{0.0, 0.25, 0.5, 0.75, 1.0}));
 
     const std::vector<uint8_t> source = recording(16000);
     for (int channel = 0; channel < 2; ++channel) {

@@ -38,71 +38,49 @@ struct Key {
 struct Mapped {
     int note, low, high;
 };
-struct Case {
-    const char* what;
-    int rangeLow, rangeHigh;
-    std::vector<Key> keys;
-    std::vector<Mapped> expected;
-};
 
-const Case kCases[] = {
-    {"a single automatic Key-Sample takes the whole key range", 36, 96, {{60}}, {{60, 36, 96}}},
-    {"an odd distance gives the upper Key-Sample the extra key",
-     60,
-     63,
-     {{60}, {63}},
-     {{60, 60, 61}, {63, 62, 63}}},
-    {"an even distance splits below the middle",
-     60,
-     64,
-     {{60}, {64}},
-     {{60, 60, 62}, {64, 63, 64}}},
-    {"three keys cover the range without gaps or overlaps",
-     48,
-     72,
-     {{50}, {55}, {67}},
-     {{50, 48, 52}, {55, 53, 61}, {67, 62, 72}}},
-    // The manual range reaches over both neighbours' own keys and is cut in pass one; the
-    // automatic neighbours end where it starts and ends.
-    {"a manual range reaching past a neighbour",
-     48,
-     72,
-     {{60, 40, 70}, {55}, {65}},
-     {{60, 56, 64}, {55, 48, 55}, {65, 65, 72}}},
-    // Pass one cuts 60's high end to 63 (below 64's own key); pass two cuts it again below
-    // 64's manual low end, and 64 keeps its low end just above it.
-    {"two overlapping manual ranges",
-     48,
-     72,
-     {{60, 58, 64}, {64, 61, 66}},
-     {{60, 58, 60}, {64, 61, 66}}},
-    {"an automatic end meets a manual neighbour",
-     48,
-     72,
-     {{50}, {60, 57, 61}},
-     {{50, 48, 56}, {60, 57, 61}}},
-};
+// Maps `keys` in a layer of key range rangeLow..rangeHigh and checks every key's zone.
+void expectZones(const char* what, int rangeLow, int rangeHigh, const std::vector<Key>& keys,
+                 const std::vector<Mapped>& expected)
+{
+    SCOPED_TRACE(what);
+    auto msl = layer(rangeLow, rangeHigh);
+    for (const Key& key : keys) {
+        present(*msl, key.note);
+        if (key.low >= 0) {
+            msl->keys[key.note].mapLowFlag = 0;
+            msl->keys[key.note].mapHighFlag = 0;
+            msl->keys[key.note].mapLow = uint8_t(key.low);
+            msl->keys[key.note].mapHigh = uint8_t(key.high);
+        }
+    }
+    tg::mapKeyRanges(*msl);
+    for (const Mapped& m : expected)
+        EXPECT_EQ(range(*msl, m.note), std::make_pair(m.low, m.high)) << "key " << m.note;
+}
 
 } // namespace
 
 TEST(KeyRangeMapping, AutomaticAndManualRangesShareTheKeyRange)
 {
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(c.what);
-        auto msl = layer(c.rangeLow, c.rangeHigh);
-        for (const Key& key : c.keys) {
-            present(*msl, key.note);
-            if (key.low >= 0) {
-                msl->keys[key.note].mapLowFlag = 0;
-                msl->keys[key.note].mapHighFlag = 0;
-                msl->keys[key.note].mapLow = uint8_t(key.low);
-                msl->keys[key.note].mapHigh = uint8_t(key.high);
-            }
-        }
-        tg::mapKeyRanges(*msl);
-        for (const Mapped& m : c.expected)
-            EXPECT_EQ(range(*msl, m.note), std::make_pair(m.low, m.high)) << "key " << m.note;
-    }
+    expectZones("a single automatic Key-Sample takes the whole key range", 36, 96, {{60}},
+                {{60, 36, 96}});
+    expectZones("an odd distance gives the upper Key-Sample the extra key", 60, 63, {{60}, {63}},
+                {{60, 60, 61}, {63, 62, 63}});
+    expectZones("an even distance splits below the middle", 60, 64, {{60}, {64}},
+                {{60, 60, 62}, {64, 63, 64}});
+    expectZones("three keys cover the range without gaps or overlaps", 48, 72, {{50}, {55}, {67}},
+                {{50, 48, 52}, {55, 53, 61}, {67, 62, 72}});
+    // The manual range reaches over both neighbours' own keys and is cut in pass one; the
+    // automatic neighbours end where it starts and ends.
+    expectZones("a manual range reaching past a neighbour", 48, 72, {{60, 40, 70}, {55}, {65}},
+                {{60, 56, 64}, {55, 48, 55}, {65, 65, 72}});
+    // Pass one cuts 60's high end to 63 (below 64's own key); pass two cuts it again below
+    // 64's manual low end, and 64 keeps its low end just above it.
+    expectZones("two overlapping manual ranges", 48, 72, {{60, 58, 64}, {64, 61, 66}},
+                {{60, 58, 60}, {64, 61, 66}});
+    expectZones("an automatic end meets a manual neighbour", 48, 72, {{50}, {60, 57, 61}},
+                {{50, 48, 56}, {60, 57, 61}});
 }
 
 TEST(KeyRangeMapping, KeysOutsideTheKeyRangeAndAbsentKeysAreLeftAlone)

@@ -1,5 +1,6 @@
-// A small, bounds-checked SoundFont 2 reader for tests: the chunk tree, the sample points
-// and the decoded preset, instrument, generator and sample-header records.
+// A small, bounds-checked SoundFont 2 reader for tests: the sub-chunks, the sample points and
+// the decoded generator and sample-header records. The order of lists and chunks and the RIFF
+// size are FluidSynth's to refuse (SoundFontInFluidSynth in tests/clients loads every bank).
 #pragma once
 
 #include <cstdint>
@@ -12,6 +13,12 @@ namespace tg::test {
 struct Sf2SampleHeader {
     std::string name;
     uint32_t start = 0, end = 0, loopStart = 0, loopEnd = 0;
+    // "name start-end loop loopStart-loopEnd", to compare a header in one line.
+    std::string text() const
+    {
+        return name + " " + std::to_string(start) + "-" + std::to_string(end) + " loop " +
+               std::to_string(loopStart) + "-" + std::to_string(loopEnd);
+    }
 };
 
 struct Sf2Generator {
@@ -24,11 +31,7 @@ struct Sf2Generator {
 struct Sf2Bank {
     bool ok = false;
     std::string error;
-    uint32_t riffSize = 0;
-    size_t fileSize = 0;
-    std::vector<std::string> topLists;         // list types in order: INFO, sdta, pdta
     std::map<std::string, std::string> chunks; // sub-chunk id -> data
-    std::vector<std::string> pdtaOrder;        // pdta sub-chunk ids in order
     std::vector<int16_t> points;               // "smpl"
     std::vector<Sf2SampleHeader> samples;      // "shdr" with its terminal record
     std::vector<Sf2Generator> igen;            // with its terminal record
@@ -54,12 +57,10 @@ inline std::string fieldName(const std::string& s, size_t at, size_t size)
 inline Sf2Bank readSf2(const std::string& bytes)
 {
     Sf2Bank bank;
-    bank.fileSize = bytes.size();
     if (bytes.size() < 12 || bytes.compare(0, 4, "RIFF") != 0 || bytes.compare(8, 4, "sfbk") != 0) {
         bank.error = "not a RIFF sfbk file";
         return bank;
     }
-    bank.riffSize = le32(bytes, 4);
     size_t pos = 12;
     while (pos + 12 <= bytes.size()) {
         const std::string id = bytes.substr(pos, 4);
@@ -68,7 +69,6 @@ inline Sf2Bank readSf2(const std::string& bytes)
             bank.error = "bad top-level chunk at " + std::to_string(pos);
             return bank;
         }
-        bank.topLists.push_back(bytes.substr(pos + 8, 4));
         size_t sub = pos + 12;
         const size_t end = pos + 8 + size;
         while (sub + 8 <= end) {
@@ -79,8 +79,6 @@ inline Sf2Bank readSf2(const std::string& bytes)
                 return bank;
             }
             bank.chunks[subId] = bytes.substr(sub + 8, subSize);
-            if (bank.topLists.back() == "pdta")
-                bank.pdtaOrder.push_back(subId);
             sub += 8 + subSize;
         }
         pos = end;

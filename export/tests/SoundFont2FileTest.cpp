@@ -54,10 +54,6 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
 
     const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(path));
     ASSERT_TRUE(sf2.ok) << sf2.error;
-    EXPECT_EQ(sf2.riffSize, sf2.fileSize - 8);
-    EXPECT_EQ(sf2.topLists, (std::vector<std::string>{"INFO", "sdta", "pdta"}));
-    EXPECT_EQ(sf2.pdtaOrder, (std::vector<std::string>{"phdr", "pbag", "pmod", "pgen", "inst",
-                                                       "ibag", "imod", "igen", "shdr"}));
     EXPECT_EQ(tg::test::fieldName(sf2.chunks.at("INAM"), 0, 48),
               "A bank name longer than nineteen");
 
@@ -69,27 +65,15 @@ TEST(SoundFont2File, LayoutRecordsLinksAndTerminals)
     EXPECT_EQ(sf2.points[228 + 49], 245);        // left half
     EXPECT_EQ(sf2.points[228 + 178 + 49], -245); // right half
 
-    ASSERT_EQ(sf2.samples.size(), 4u);
-    const auto& m = sf2.samples[0];
-    EXPECT_EQ(m.name, "S_001_060_C4");
-    EXPECT_EQ(m.start, 0u);
-    EXPECT_EQ(m.end, 100u);
-    EXPECT_EQ(m.loopStart, 10u);
-    EXPECT_EQ(m.loopEnd, 90u); // one past the last loop point
     // Rate, root key, stereo links, pan and loop mode are what FluidSynth plays by:
-    // SoundFontInFluidSynth in tests/clients hears them.
-    const auto& l = sf2.samples[1];
-    const auto& r = sf2.samples[2];
-    EXPECT_EQ(l.name, "S_001_061_C#4_L");
-    EXPECT_EQ(r.name, "S_001_061_C#4_R");
-    EXPECT_EQ(l.start, 228u);
-    EXPECT_EQ(l.end, 278u);
-    EXPECT_EQ(r.start, 406u);
-    // No loop: loop points rest on the start.
-    EXPECT_EQ(l.loopStart, l.start);
-    EXPECT_EQ(l.loopEnd, l.start);
-    EXPECT_EQ(sf2.samples[3].name, "EOS");
-    EXPECT_EQ(sf2.samples[3].start, 0u);
+    // SoundFontInFluidSynth in tests/clients hears them. Here: names and points. The loop end
+    // lies one past the last loop point; without a loop the points rest on the start.
+    std::vector<std::string> headers;
+    for (const auto& header : sf2.samples)
+        headers.push_back(header.text());
+    EXPECT_EQ(headers, (std::vector<std::string>{
+                           "S_001_060_C4 0-100 loop 10-90", "S_001_061_C#4_L 228-278 loop 228-228",
+                           "S_001_061_C#4_R 406-456 loop 406-406", "EOS 0-0 loop 0-0"}));
 
     // Pan, loop mode and the zones' key ranges are what FluidSynth plays by
     // (SoundFontInFluidSynth); here: the order the format demands (key range first, velocity
@@ -132,22 +116,10 @@ TEST(SoundFont2File, LoopPointsStayInsideTheSample)
     ASSERT_EQ(bank.finish(message), 1) << message;
     const tg::test::Sf2Bank sf2 = tg::test::readSf2(tg::test::readFileBytes(dir.file("b.sf2")));
     ASSERT_EQ(sf2.samples.size(), 3u);
-    EXPECT_EQ(sf2.samples[0].loopStart, 0u);
-    EXPECT_EQ(sf2.samples[0].loopEnd, 100u);
+    EXPECT_EQ(sf2.samples[0].text(), "S_001_060_C4 0-100 loop 0-100");
     EXPECT_EQ(sf2.igen[2].amount, 1);
-    EXPECT_EQ(sf2.samples[1].loopStart, sf2.samples[1].start);
+    EXPECT_EQ(sf2.samples[1].text(), "S_001_062_D4 228-328 loop 228-228");
     EXPECT_EQ(sf2.igen[6].amount, 0); // nothing left to loop
-}
-
-TEST(SoundFont2File, UnopenablePathIsReported)
-{
-    tg::test::TempDir dir;
-    ASSERT_TRUE(tg::test::writeFileBytes(dir.file("file"), "x"));
-    const std::string path = dir.file("file") + "/bank.sf2";
-    std::string message;
-    tg::SoundFont2File bank;
-    EXPECT_EQ(bank.open(path, "b", 1, message), 0);
-    EXPECT_EQ(message, "unable to open \"" + path + "\"");
 }
 
 TEST(SoundFont2File, FailedOrUnfinishedBankLeavesTheFileItWouldReplace)

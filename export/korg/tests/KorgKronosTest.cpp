@@ -119,9 +119,8 @@ struct KronosRun {
 
 TEST(KorgKronos, NamesFollowTheirFormatsCutAndPadded)
 {
-    EXPECT_EQ(kronosFolderName("Grand Piano", 7), "Grand 07");
-    // Short names as the exports below write them are read back there.
-    EXPECT_EQ(kmpBaseName("Strings", 3, 1), "Strin031");
+    // The folder and KMP file names, and names as short as the exports below write, are read
+    // back there.
     EXPECT_EQ(kmpNameField("A name of sixteen+", 1), "A name of sixtee");
     EXPECT_EQ(ksfSampleName("Grand Piano Deluxe", 40, false, 0), "Grand Piano -040");
     EXPECT_EQ(ksfSampleName("Grand Piano Deluxe", 40, true, 1), "Grand Pian-040-R");
@@ -155,7 +154,7 @@ TEST(KorgKronos, MonoExportWritesScriptGapZonesAndSamplesThatReadBack)
     ASSERT_EQ(full.size(), 1u);
     EXPECT_EQ(full[0].file, "MS002004.KSF");
 
-    // The looped sample at key 40: stereo source audio, left channel, 16-bit big-endian.
+    // The looped sample at key 40.
     ChunkReader ksf{test::readFileBytes(run.folder + "/" + zones[1].file)};
     EXPECT_EQ(ksf.chunk("SMP1"), 32u);
     EXPECT_EQ(ksf.text(16), "Felt-040        ");
@@ -165,14 +164,8 @@ TEST(KorgKronos, MonoExportWritesScriptGapZonesAndSamplesThatReadBack)
     EXPECT_EQ(ksf.u32(), 48000u);
     EXPECT_EQ(ksf.u8s(4), (std::vector<uint32_t>{0, 0, 1, 16})); // looped, tune, channels, bits
     EXPECT_EQ(ksf.u32(), 300u);
-    const RenderedSample input = test::syntheticSample(0, 40, 300, 2, 16, true);
-    for (int frame = 0; frame < 300; ++frame) {
-        const auto hi = ksf.u8(), lo = ksf.u8();
-        const int16_t got = static_cast<int16_t>((hi << 8) | lo);
-        const int16_t expected =
-            static_cast<int16_t>(input.audio[frame * 4] | (input.audio[frame * 4 + 1] << 8));
-        ASSERT_EQ(got, expected) << "frame " << frame;
-    }
+    // 16-bit frames read back big-endian, channel by channel: TemplateFormatsInPipeline.
+    ksf.text(300 * 2);
     EXPECT_EQ(ksf.chunk("SNO1"), 4u);
     EXPECT_EQ(ksf.u32(), 1u);
     EXPECT_EQ(ksf.chunk("NAME"), 24u);

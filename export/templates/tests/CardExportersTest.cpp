@@ -60,8 +60,7 @@ TEST_F(CardExport, QuantumMapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPo
     exporter.setLoopAllSamples(true);
     ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
 
-    EXPECT_EQ(exporter.mapPath(), root.path() + "/samples/OrganSet/Organ.map");
-    const std::string map = test::readFileBytes(exporter.mapPath());
+    const std::string map = test::readFileBytes(root.path() + "/samples/OrganSet/Organ.map");
     EXPECT_EQ(map.find("%%"), std::string::npos) << "template notes leaked into the map";
     const auto rows = tabRows(map);
     ASSERT_EQ(rows.size(), 4u) << map;
@@ -71,21 +70,20 @@ TEST_F(CardExport, QuantumMapLinesHoldNormalisedLoopsAndTheSamplesLieWhereTheyPo
         EXPECT_TRUE(fs::exists(root.path() + "/" + file)) << file;
         EXPECT_EQ(row[10], "1"); // loop all samples
     }
-    EXPECT_EQ(rows[0][0], "\"2:samples/OrganSet/Key-00-057.wav\"");
-    EXPECT_EQ(rows[0][1], "57.00000000");
-    EXPECT_EQ(rows[0][2], "48");
-    EXPECT_EQ(rows[0][3], "62");
-    EXPECT_EQ(rows[0][5], "0");
-    EXPECT_EQ(rows[0][6], "63");
-    EXPECT_EQ(rows[0][11], "0.25000000");
-    EXPECT_EQ(rows[0][12], "0.99000000");
-    // A Key-Sample without a loop spans the whole file.
-    EXPECT_EQ(rows[1][11], "0.00000000");
-    EXPECT_EQ(rows[1][12], "1.00000000");
-    EXPECT_EQ(rows[3][0], "\"2:samples/OrganSet/Key-01-069.wav\"");
+    // File, root, keys, velocities and the loop; a Key-Sample without a loop spans the file.
+    const auto filled = [&rows](size_t row) {
+        std::string cells;
+        for (size_t cell : {0, 1, 2, 3, 5, 6, 11, 12})
+            cells += rows[row][cell] + " ";
+        return cells;
+    };
+    EXPECT_EQ(filled(0), "\"2:samples/OrganSet/Key-00-057.wav\" 57.00000000 48 62 0 63 0.25000000 "
+                         "0.99000000 ");
+    EXPECT_EQ(filled(3), "\"2:samples/OrganSet/Key-01-069.wav\" 69.00000000 63 72 64 127 "
+                         "0.00000000 1.00000000 ");
 }
 
-TEST_F(CardExport, DelugeTakesOnlyTheSelectedLayerToTheCardFolders)
+TEST_F(CardExport, DelugeTakesOnlyTheSelectedLayerToTheCardFoldersAndLoopsAllOnRequest)
 {
     source.loopedNotes[57] = true;
     DelugeExporter exporter(*project, {1, 0}, root.path(), 0x20408, "ORGAN");
@@ -107,16 +105,14 @@ TEST_F(CardExport, DelugeTakesOnlyTheSelectedLayerToTheCardFolders)
     EXPECT_NE(xml.find("endSamplePos=\"1000\""), std::string::npos);
     EXPECT_NE(xml.find("startLoopPos=\"250\""), std::string::npos);
     EXPECT_NE(xml.find("loopMode=\"0\""), std::string::npos);
-    if (test::haveProgram("xmllint"))
+    if (test::haveProgram("xmllint")) {
         EXPECT_EQ(test::runCommand("xmllint --noout '" + root.path() + "/SYNTHS/ORGAN.XML'"), 0);
-}
+    }
 
-TEST_F(CardExport, DelugeLoopAllSetsTheOscillatorToLoop)
-{
-    DelugeExporter exporter(*project, {0}, root.path(), 0x20408, "ORGAN");
-    exporter.setLoopAllSamples(true);
-    ASSERT_EQ(exporter.exportStep(source, test::wavFileWriter(), message), 1) << message;
-    EXPECT_NE(exporter.output().find("loopMode=\"2\""), std::string::npos);
+    DelugeExporter loopAll(*project, {0}, root.path(), 0x20408, "LOOPED");
+    loopAll.setLoopAllSamples(true);
+    ASSERT_EQ(loopAll.exportStep(source, test::wavFileWriter(), message), 1) << message;
+    EXPECT_NE(loopAll.output().find("loopMode=\"2\""), std::string::npos);
 }
 
 TEST_F(CardExport, ProphetXZipLandsInBankAndCategoryWithRootFrequencies)
@@ -138,8 +134,6 @@ TEST_F(CardExport, ProphetXZipLandsInBankAndCategoryWithRootFrequencies)
     const std::string& text = exporter.output();
     EXPECT_NE(text.find("pitchHertz=220.00\n"), std::string::npos) << text; // root 57
     EXPECT_NE(text.find("pitchHertz=440.00\n"), std::string::npos) << text; // root 69
-    EXPECT_EQ(pitchHertzText(69), "440.00");
-    EXPECT_EQ(pitchHertzText(57), "220.00");
     EXPECT_EQ(pitchHertzText(60), "261.63");
 }
 

@@ -33,26 +33,15 @@ std::unique_ptr<Project> layers(int aLow, int aHigh, int bLow, int bHigh)
     return project;
 }
 
-TEST(ProphetXChecks, AdjacentLayersInAnyOrderPass)
+TEST(ProphetXChecks, LayersTileTheVelocitiesAndShareTheirKeysAndRanges)
 {
-    EXPECT_TRUE(checkProphetXLayers(*layers(64, 127, 0, 63), {0, 1}).ok());
-}
+    EXPECT_TRUE(checkProphetXLayers(*layers(64, 127, 0, 63), {0, 1}).ok()); // in any order
+    EXPECT_EQ(checkProphetXLayers(*layers(0, 64, 64, 127), {0, 1}).message, kVelocityMessage);
+    EXPECT_EQ(checkProphetXLayers(*layers(0, 62, 64, 127), {0, 1}).message, kVelocityMessage);
 
-TEST(ProphetXChecks, OverlapAndGapAreRefused)
-{
-    const Result overlap = checkProphetXLayers(*layers(0, 64, 64, 127), {0, 1});
-    EXPECT_FALSE(overlap.ok());
-    EXPECT_EQ(overlap.message, kVelocityMessage);
-    const Result gap = checkProphetXLayers(*layers(0, 62, 64, 127), {0, 1});
-    EXPECT_EQ(gap.message, kVelocityMessage);
-}
-
-TEST(ProphetXChecks, MissingKeyOrDifferentRangeIsRefused)
-{
     auto missing = layers(0, 63, 64, 127);
     missing->msl[1].keys[72].hasAudio = 0;
     EXPECT_EQ(checkProphetXLayers(*missing, {0, 1}).message, kKeyMessage);
-
     auto ranges = layers(0, 63, 64, 127);
     ranges->msl[1].keys[72].mapLow = 66;
     EXPECT_EQ(checkProphetXLayers(*ranges, {0, 1}).message, kKeyMessage);
@@ -70,10 +59,12 @@ TEST(LoopTypeCheck, MixedLoopsGiveTheFormatsNotice)
               "This project contains both single shot and looped samples. The Deluge format only "
               "supports one or the other per project. Please adjust the \"Loop all samples\" "
               "setting in the following dialog.");
-    EXPECT_NE(checkLoopTypes(*project, SingleLoopFormat::ProphetX).message.find("The Prophet X format"),
-              std::string::npos);
-    EXPECT_NE(checkLoopTypes(*project, SingleLoopFormat::Quantum).message.find("The Quantum format"),
-              std::string::npos);
+    EXPECT_NE(
+        checkLoopTypes(*project, SingleLoopFormat::ProphetX).message.find("The Prophet X format"),
+        std::string::npos);
+    EXPECT_NE(
+        checkLoopTypes(*project, SingleLoopFormat::Quantum).message.find("The Quantum format"),
+        std::string::npos);
 
     // A looped key that holds no recording does not count.
     project->msl[0].keys[60].hasAudio = 0;

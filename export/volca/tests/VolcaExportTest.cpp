@@ -3,6 +3,7 @@
 // holds, and the stream is exactly as long as the library's size formula says.
 #include "export/volca/VolcaExport.h"
 
+#include "audiofile/tests/TestAudio.h"
 #include "export/tests/FurtherFormatsFixture.h"
 #include "export/tests/SyntheticProject.h"
 #include "tests/support/Pcm16.h"
@@ -129,9 +130,7 @@ TEST(VolcaSampleExport, EverySlotDecodesBackFromTheStream)
 
     const test::WavImage wav = test::readWavImage(recorded.out + "/Strings.wav");
     ASSERT_TRUE(wav.ok);
-    EXPECT_EQ(wav.format.nChannels, 2);
-    EXPECT_EQ(wav.format.nSamplesPerSec, 44100u);
-    EXPECT_EQ(wav.format.wBitsPerSample, 16);
+    EXPECT_EQ(test::describeFormat(wav.format), test::describeFormat(makeWaveFormat(44100, 2, 16)));
     std::vector<int16_t> stereo(wav.data.size() / 2);
     for (size_t i = 0; i < stereo.size(); ++i)
         stereo[i] = test::pcm16At(wav.data, i);

@@ -1,9 +1,12 @@
-// The SFZ exporter over in-memory audio: file names, the written SFZ file, failures.
+// The SFZ and AIFF-files exports over in-memory audio: the written SFZ file, the key zone and
+// name handed to the AIFF writer, failures. Loop and root key of the written samples are
+// checked through libsndfile (ExportedSamples in tests/clients); the WAV-files export's names
+// and release parts on real files by InterruptedExport.
 #include "export/ExportSfz.h"
+#include "export/ExportWavFiles.h"
 
 #include "core/Message.h"
 #include "export/ExportProgress.h"
-#include "export/SfzText.h"
 #include "export/tests/MemoryAudio.h"
 #include "tests/support/TempDir.h"
 
@@ -11,10 +14,11 @@
 
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 namespace {
 
-class ExportSfz : public ::testing::Test {
+class SampleSetExport : public ::testing::Test {
   protected:
     std::unique_ptr<tg::Project> project = std::make_unique<tg::Project>();
     tg::test::MemoryAudio audio;
@@ -57,11 +61,16 @@ class ExportSfz : public ::testing::Test {
 
 } // namespace
 
-TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
+TEST_F(SampleSetExport, SfzWritesSamplesAndTheRegionTextInOneFile)
 {
     ASSERT_EQ(run(), 1) << message;
+    const std::string dashes = "//" + std::string(83, '-') + "\r\n";
     const std::string expected =
-        tg::sfzHeader() +
+        dashes +
+        "// sfz Definition File\r\n// \r\n"
+        "// this file was created with Corvane's Tonegrabber\xCE\xA0Version 6.01\r\n"
+        "// for Cakewalk's virtual sampler \"Dimension\".\r\n" +
+        dashes +
         "\r\n\r\n<group> // parameters for the multi-sample \"Soft\"\r\nlovel=1\r\nhivel=64\r\n\r\n"
         "<region> trigger=attack  pitch_keycenter=60 lokey=58 hikey=61 ampeg_release=0 "
         "sample=Piano-000-060-C4.wav\r\n"
@@ -75,19 +84,14 @@ TEST_F(ExportSfz, WritesSamplesAndTheRegionTextInOneFile)
         "<region> trigger=attack  pitch_keycenter=62 lokey=62 hikey=63 "
         "sample=Piano-001-062-D4.wav\r\n";
     EXPECT_EQ(tg::test::readFileBytes(dir.file("Piano.sfz")), expected);
-
-    std::vector<std::string> names;
-    for (const auto& [path, file] : audio.written)
-        names.push_back(std::filesystem::path(path).filename().string());
-    EXPECT_EQ(names, (std::vector<std::string>{"Piano-000-060-C4-release.wav",
-                                               "Piano-000-060-C4.wav", "Piano-000-062-D4.wav",
-                                               "Piano-001-060-C4.wav", "Piano-001-062-D4.wav"}));
-    const auto& note = audio.written[dir.file("Piano-000-062-D4.wav")];
-    EXPECT_EQ(note.rootKey, 62);
-    EXPECT_FALSE(note.loop.enabled);
+    // Each sample the text names is written; the loop and root key they carry are checked
+    // through libsndfile (ExportedSamples in tests/clients).
+    EXPECT_EQ(audio.written.size(), 5u);
+    for (const char* name : {"Piano-000-060-C4-release.wav", "Piano-001-062-D4.wav"})
+        EXPECT_EQ(audio.written.count(dir.file(name)), 1u) << name;
 }
 
-TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
+TEST_F(SampleSetExport, SfzFailuresLeaveNoSfzFile)
 {
     audio.failWritesTo = "Piano-001-060";
     EXPECT_EQ(run(), 0);
@@ -103,7 +107,7 @@ TEST_F(ExportSfz, FailuresLeaveNoSfzFile)
     EXPECT_FALSE(std::filesystem::exists(dir.file("Piano.sfz")));
 }
 
-TEST_F(ExportSfz, UnopenableSfzFileIsReported)
+TEST_F(SampleSetExport, UnopenableSfzFileIsReported)
 {
     // A regular file where the folder should be: nothing can be created below it.
     ASSERT_TRUE(tg::test::writeFileBytes(dir.file("blocker"), "x"));
@@ -113,4 +117,25 @@ TEST_F(ExportSfz, UnopenableSfzFileIsReported)
               0);
     EXPECT_EQ(message, "TGexport_DimensionSFZ():\n\nunable to open \"" + folder + "/Piano.sfz\"");
     EXPECT_EQ(project->msl[0].keys[60].Note_Out, 499);
+}
+
+TEST_F(SampleSetExport, AiffFilesGetTheKeyZoneAndTheirNameAndFailuresTheEntryName)
+{
+    project->msl[0].keys[60].mapLowFlag = 0;
+    project->msl[0].keys[60].mapLow = 55;
+    ASSERT_EQ(tg::TGexport_Aiff(dir.path(), "x-<#msi#>-<#mn#>", project.get(), {0}, 0x10408, false,
+                                message, audio.services()),
+              1)
+        << message;
+    const auto& file = audio.written.at(dir.file("x-00-060.aif"));
+    EXPECT_EQ(file.name, "x-00-060");
+    const auto& i = file.instrument; // root key, key zone, the full velocity range
+    EXPECT_EQ(std::make_tuple(i.rootKey, i.lowKey, i.highKey, i.lowVelocity, i.highVelocity),
+              std::make_tuple(60, 55, 61, 1, 127));
+
+    audio.failWritesTo = "x-00-062";
+    EXPECT_EQ(tg::TGexport_Aiff(dir.path(), "x-<#msi#>-<#mn#>", project.get(), {0}, 0x10408, false,
+                                message, audio.services()),
+              0);
+    EXPECT_EQ(message, "TGexport_Aiff():\n\nunable to open " + dir.file("x-00-062.aif"));
 }

@@ -87,6 +87,19 @@ bool isChunkId(const char (&id)[4])
     return true;
 }
 
+// Reads the next chunk id. Writers that pad an odd-sized chunk to an even size (as RIFF asks)
+// and writers that do not both exist, ours among the latter: after an odd chunk, a byte that
+// cannot start an id is taken as the pad and stepped over.
+bool readChunkId(BinaryFile& file, bool afterOddChunk, char (&id)[4])
+{
+    const int64_t here = file.tell();
+    if (!file.readId(id))
+        return false;
+    if (afterOddChunk && !isChunkId(id))
+        return file.seek(here + 1) && file.readId(id);
+    return true;
+}
+
 int32_t framesOf(uint32_t bytes, uint16_t blockAlign)
 {
     if (blockAlign == 0)
@@ -139,8 +152,8 @@ int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStar
 
     char id[4];
     uint32_t size = 0;
-    for (;;) {
-        if (!file.readId(id))
+    for (bool afterOddChunk = false;; afterOddChunk = (size & 1u) != 0) {
+        if (!readChunkId(file, afterOddChunk, id))
             return setMessage(message, "read error (ID1): \"%s\"", p);
         if (!file.readU32LE(size))
             return setMessage(message, "read error (chunksize1): \"%s\"", p);
@@ -152,8 +165,8 @@ int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStar
         return 0;
 
     file.seek(afterWave);
-    for (;;) {
-        if (!file.readId(id))
+    for (bool afterOddChunk = false;; afterOddChunk = (size & 1u) != 0) {
+        if (!readChunkId(file, afterOddChunk, id))
             return setMessage(message, "read error (ID2): \"%s\"", p);
         if (!file.readU32LE(size))
             return setMessage(message, "read error (chunksize2): \"%s\"", p);
@@ -165,23 +178,14 @@ int readWavHeader(const std::string& path, WaveFormat& format, int32_t& loopStar
 
     // The loop is optional: running out of chunks before a `smpl` is still success.
     file.seek(afterWave);
-    bool afterOddChunk = false;
-    for (;;) {
-        const int64_t here = file.tell();
-        if (!file.readId(id))
-            return 1;
-        // Our files have no pad byte after an odd data chunk, except before a `smpl` chunk,
-        // where other readers need one to find the loop; step over it when it is there.
-        if (afterOddChunk && !isChunkId(id) && !(file.seek(here + 1) && file.readId(id)))
-            return 1;
-        if (!file.readU32LE(size))
+    for (bool afterOddChunk = false;; afterOddChunk = (size & 1u) != 0) {
+        if (!readChunkId(file, afterOddChunk, id) || !file.readU32LE(size))
             return 1;
         if (sameId(id, "smpl")) {
             readSamplerChunk(file, loopStart, loopEnd, rootKey);
             return 1;
         }
         file.skipClamped(size);
-        afterOddChunk = (size & 1u) != 0;
     }
 }
 
@@ -205,7 +209,7 @@ int readWav(const std::string& path, WaveFormat& format, std::vector<uint8_t>& d
         if (sameId(id, "fmt "))
             break;
         file.skipClamped(size);
-        if (!file.readId(id))
+        if (!readChunkId(file, (size & 1u) != 0, id))
             return setMessage(message, "read error (ID1): \"%s\"", p);
     }
     if (!readFormatFields(file, path, format, message))

@@ -88,12 +88,19 @@ TEST_F(WavReaders, FindFmtAfterOtherChunksAndDataBeforeFmt)
     EXPECT_EQ(asString(f.data), audio);
 }
 
-TEST_F(WavReaders, FullReaderHonoursPadBytesOfOddChunks)
+TEST_F(WavReaders, BothReadersHonourPadBytesOfOddChunks)
 {
     write(RiffBuilder()
+              .chunk("LIST", "INFO1") // padded to 6, before the format as other programs write it
               .chunk("fmt ", fmtBody(kStereo16))
               .chunk("junk", "123") // padded to 4
-              .chunk("data", "abcdefgh"));
+              .chunk("data", "abcdefgh")
+              .chunk("note", "x") // padded to 2
+              .chunk("smpl", smplBody(61, 1, 0, 1)));
+    Header h = header();
+    ASSERT_EQ(h.ok, 1) << h.message;
+    EXPECT_EQ(h.format.nChannels, 2);
+    EXPECT_EQ(h.framesLoopAndKey(), (std::array<int32_t, 4>{2, 0, 1, 61}));
     Full f = full();
     ASSERT_EQ(f.ok, 1) << f.message;
     EXPECT_EQ(asString(f.data), "abcdefgh");

@@ -1,10 +1,12 @@
-# The further sampler formats: Decent Sampler, the shared XML and file-name helpers, and the
-# runner rows that connect them to the export menu.
+# The further sampler formats: Decent Sampler, NN-XT, OP-1, Volca Sample, the shared XML and
+# file-name helpers, and the runner rows that connect them to the export menu.
 target_sources(tg_export PRIVATE
     FurtherFormatsRunner.cpp FurtherFormatsRunner.h
     UnavailableFormats.cpp UnavailableFormats.h
     decent/DecentPreset.cpp decent/DecentPreset.h
     decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
+    nnxt/NnxtExport.cpp nnxt/NnxtExport.h
+    nnxt/NnxtPatch.cpp nnxt/NnxtPatch.h
     op1/Op1DrumKit.cpp op1/Op1DrumKit.h
     op1/Op1Export.cpp op1/Op1Export.h
     volca/VolcaExport.cpp volca/VolcaExport.h

@@ -13,13 +13,19 @@ target_sources(tg_export PRIVATE
     volca/VolcaStream.cpp volca/VolcaStream.h
     xml/XmlText.cpp xml/XmlText.h)
 
+if(TG_BUILD_TESTS)
+    find_package(PkgConfig REQUIRED)
+    pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)
+endif()
+
 tg_add_tests(tg_export_further_tests
     SOURCES
         decent/tests/DecentSamplerExportTest.cpp
+        nnxt/tests/NnxtExportTest.cpp
         tests/FurtherFormatsMenuTest.cpp
         tests/InterruptedExportTest.cpp
         op1/tests/Op1ExportTest.cpp
         volca/tests/VolcaExportTest.cpp
         tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h
         tests/SyntheticProject.cpp tests/SyntheticProject.h
-    LIBS tg_export)
+    LIBS tg_export PkgConfig::SNDFILE)

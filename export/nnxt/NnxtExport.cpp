@@ -31,7 +31,7 @@ class NnxtSink : public ExportSink {
 
     int beginMultiSample(const TGmsl& msl, int, std::string&) override
     {
-        ++patch_.groups;
+        layerHasGroup_ = false;
         // A layer without velocity range answers every velocity the sampler knows (1..127).
         const bool hasVelocity = msl.mapTo == 0;
         lowVelocity_ = hasVelocity ? std::clamp(int(msl.range_start), 1, 127) : 1;
@@ -41,6 +41,11 @@ class NnxtSink : public ExportSink {
 
     int writeKey(const ExportedKey& key, std::string& message) override
     {
+        // A layer without Key-Samples in its key range gets no group.
+        if (!layerHasGroup_) {
+            ++patch_.groups;
+            layerHasGroup_ = true;
+        }
         NnxtZone zone;
         zone.fileName = portableFileName(base_ + "-" +
                                          expandNamingTags(project_, *key.msl, key.ordinal, key.note,
@@ -84,6 +89,7 @@ class NnxtSink : public ExportSink {
     std::string base_;
     const ExportServices& services_;
     NnxtPatch patch_;
+    bool layerHasGroup_ = false;
     int lowVelocity_ = 1;
     int highVelocity_ = 127;
 };

@@ -63,7 +63,7 @@ class Bytes {
 
 constexpr const char* kDeviceName = "NNXT Digital Sampler";
 
-// Play modes of the zone record.
+// Play modes of the zone record, and its velocity fade-out value for "no fade".
 constexpr int kPlayOnce = 0;
 constexpr int kPlayForwardLoop = 1;
 constexpr int kVelocityFadeOff = 128;

@@ -4,6 +4,7 @@
 #include "core/Message.h"
 #include "export/UnavailableFormats.h"
 #include "export/decent/DecentSamplerExport.h"
+#include "export/nnxt/NnxtExport.h"
 #include "export/op1/Op1Export.h"
 #include "export/volca/VolcaExport.h"
 
@@ -48,10 +49,12 @@ int exportBlofeld(Project&, const ExportRequest&, uint32_t, bool, const ExportSe
     return refuse("TGexport_HALion():\n\n", ExportFormat::Blofeld, message);
 }
 
-int exportNNXT(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
-               std::string& message)
+int exportNNXT(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+               const ExportServices& s, std::string& message)
 {
-    return refuse("TGexport_NNXT():\n\n", ExportFormat::NNXT, message);
+    std::string folder, baseName;
+    splitFileTarget(r.destination, folder, baseName);
+    return TGexport_NNXT(folder, baseName, &p, r.mslIndices, word, loopOnly, message, s);
 }
 
 int exportMontage(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,

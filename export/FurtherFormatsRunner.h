@@ -1,5 +1,6 @@
-// The menu entries of the further sampler formats (Decent Sampler, HALion and Blofeld XML,
-// OP-1, Volca Sample, and the formats refused with a reason), as the export runner calls them.
+// The menu entries of the further sampler formats (Decent Sampler, NN-XT, HALion and Blofeld
+// XML, OP-1, Volca Sample, and the formats refused with a reason), as the export runner calls
+// them.
 #pragma once
 
 #include "export/ExportRunner.h"
@@ -14,13 +15,13 @@ int exportDecentPreset(Project& project, const ExportRequest& request, uint32_t 
                        bool loopOnly, const ExportServices& services, std::string& message);
 int exportDecentLibrary(Project& project, const ExportRequest& request, uint32_t settings,
                         bool loopOnly, const ExportServices& services, std::string& message);
+int exportNNXT(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+               const ExportServices& services, std::string& message);
 // The entries without an established layout: refused with the reason.
 int exportHALion(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                  const ExportServices& services, std::string& message);
 int exportBlofeld(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                   const ExportServices& services, std::string& message);
-int exportNNXT(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
-               const ExportServices& services, std::string& message);
 int exportMontage(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                   const ExportServices& services, std::string& message);
 int exportMicrosampler(Project& project, const ExportRequest& request, uint32_t settings,

@@ -1,5 +1,5 @@
 // The further formats on the export menu: the refusal of entries without an established
-// layout, and settings words outside a format's mask.
+// layout, and settings words outside a format's mask refused while those inside it export.
 #include "export/ExportFormats.h"
 #include "export/ExportRunner.h"
 #include "export/UnavailableFormats.h"
@@ -22,7 +22,6 @@ TEST(FurtherFormatsMenu, EntriesWithoutALayoutAreRefusedWithTheirReason)
     } kRefused[] = {
         {"halion", "TGexport_HALion():\n\n"},
         {"blofeld", "TGexport_HALion():\n\n"},
-        {"nnxt", "TGexport_NNXT():\n\n"},
         {"montage-x7u", "MontageExporter:\n\n"},
         {"microsampler", "TGexport_MultiSampler():\n\n"},
     };
@@ -39,9 +38,10 @@ TEST(FurtherFormatsMenu, EntriesWithoutALayoutAreRefusedWithTheirReason)
     }
     EXPECT_TRUE(std::filesystem::is_empty(recorded.out));
     EXPECT_EQ(exportUnavailableReason(ExportFormat::Volca), nullptr);
+    EXPECT_EQ(exportUnavailableReason(ExportFormat::NNXT), nullptr);
 }
 
-TEST(FurtherFormatsMenu, ASettingsWordOutsideTheMaskIsRefused)
+TEST(FurtherFormatsMenu, ASettingsWordOutsideTheMaskIsRefusedAndOneInsideExports)
 {
     test::RecordedProject recorded;
     ExportRequest request;
@@ -57,7 +57,18 @@ TEST(FurtherFormatsMenu, ASettingsWordOutsideTheMaskIsRefused)
     request.settings = 0x91040C08; // two depths at once
     EXPECT_EQ(runExport(*recorded.project, request, recorded.services, message), 0);
     EXPECT_THAT(message, testing::HasSubstr("holds no single depth value (bits 0x00000C00)"));
+
+    request.menuText = "NI Kontakt (*.sxt)";
+    request.destination = recorded.out + "/Patch";
+    request.settings = 0x91010108; // keeps the Key-Samples' depth
+    EXPECT_EQ(runExport(*recorded.project, request, recorded.services, message), 0);
+    EXPECT_THAT(message, testing::HasSubstr("depth \"Same as Key-Sample\" is not offered "
+                                            "(allowed: \"16 Bit\", \"24 Bit\")"));
     EXPECT_TRUE(std::filesystem::is_empty(recorded.out));
+
+    request.settings = 0x91010808;
+    EXPECT_EQ(runExport(*recorded.project, request, recorded.services, message), 1) << message;
+    EXPECT_TRUE(std::filesystem::exists(recorded.out + "/Patch.sxt"));
 }
 
 } // namespace

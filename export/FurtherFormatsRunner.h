@@ -1,5 +1,5 @@
 // The menu entries of the further sampler formats (Decent Sampler, HALion and Blofeld XML,
-// OP-1, Volca Sample, and the formats refused with a reason), as the export runner calls them.
+// OP-1, Volca Sample, Montage, and those refused with a reason), as the export runner calls them.
 #pragma once
 
 #include "export/ExportRunner.h"
@@ -21,13 +21,14 @@ int exportBlofeld(Project& project, const ExportRequest& request, uint32_t setti
                   const ExportServices& services, std::string& message);
 int exportNNXT(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                const ExportServices& services, std::string& message);
-int exportMontage(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
-                  const ExportServices& services, std::string& message);
 int exportMicrosampler(Project& project, const ExportRequest& request, uint32_t settings,
                        bool loopOnly, const ExportServices& services, std::string& message);
 int exportVolca(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                 const ExportServices& services, std::string& message);
 int exportOp1(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
               const ExportServices& services, std::string& message);
+// "(*.X7U)" writes a user file, "(*.X7L)" a library file.
+int exportMontage(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                  const ExportServices& services, std::string& message);
 
 } // namespace tg

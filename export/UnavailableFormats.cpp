@@ -13,9 +13,6 @@ const char* exportUnavailableReason(ExportFormat format)
     case ExportFormat::NNXT:
         return "The NN-XT patch (.sxt) is a binary format without a published description, so "
                "this export is not available.";
-    case ExportFormat::Montage:
-        return "The waveform and key-bank records of Montage user and library files (.X7U, "
-               ".X7L) are not publicly described in full, so this export is not available.";
     case ExportFormat::Microsampler:
         return "The Microsampler bank (.msmpl_bank) is a binary format without a published "
                "description, so this export is not available.";

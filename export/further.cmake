@@ -5,6 +5,8 @@ target_sources(tg_export PRIVATE
     UnavailableFormats.cpp UnavailableFormats.h
     decent/DecentPreset.cpp decent/DecentPreset.h
     decent/DecentSamplerExport.cpp decent/DecentSamplerExport.h
+    montage/MontageExport.cpp montage/MontageExport.h
+    montage/YsfcLibrary.cpp montage/YsfcLibrary.h
     op1/Op1DrumKit.cpp op1/Op1DrumKit.h
     op1/Op1Export.cpp op1/Op1Export.h
     volca/VolcaExport.cpp volca/VolcaExport.h
@@ -16,6 +18,7 @@ tg_add_tests(tg_export_further_tests
         decent/tests/DecentSamplerExportTest.cpp
         tests/FurtherFormatsMenuTest.cpp
         tests/InterruptedExportTest.cpp
+        montage/tests/MontageExportTest.cpp
         op1/tests/Op1ExportTest.cpp
         volca/tests/VolcaExportTest.cpp
         tests/FurtherFormatsFixture.cpp tests/FurtherFormatsFixture.h

@@ -23,7 +23,6 @@ TEST(FurtherFormatsMenu, EntriesWithoutALayoutAreRefusedWithTheirReason)
         {"halion", "TGexport_HALion():\n\n"},
         {"blofeld", "TGexport_HALion():\n\n"},
         {"nnxt", "TGexport_NNXT():\n\n"},
-        {"montage-x7u", "MontageExporter:\n\n"},
         {"microsampler", "TGexport_MultiSampler():\n\n"},
     };
     for (const auto& entry : kRefused) {

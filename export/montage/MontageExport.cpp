@@ -21,6 +21,7 @@ namespace tg {
 namespace {
 
 constexpr const char* kNameLine = "MontageExporter:\n\n";
+constexpr const char* kWritingText = "Writing the Montage file.";
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -124,9 +125,13 @@ class MontageSink : public ExportSink {
         const YsfcOutput out = [&file](const uint8_t* data, size_t size) {
             return file.write(data, size);
         };
+        size_t total = 0, copied = 0;
+        for (const auto& parts : audio)
+            total += parts.size();
         bool aborted = false;
         const YsfcAudio copy = [&](size_t w, size_t b, const YsfcOutput& to) {
             aborted = exportAbortFlag;
+            reportExportProgress(double(copied++) / double(total), kWritingText);
             return !aborted && copySpooled(audio[w][b], to);
         };
         if (!writeYsfcLibrary(waveforms, copy, out) || !file.commit()) {

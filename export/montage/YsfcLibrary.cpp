@@ -63,6 +63,7 @@ void appendKeyBank(Bytes& out, const YsfcKeyBank& bank)
     out.push_back(bank.looped ? kLoopForward : kLoopOneShot);
     out.push_back(0); // not encrypted
     out.push_back(0); // pitch up limit
+    // The loop start is kept as whole 16-frame steps (below) and the frames left over (here).
     const uint32_t loopStart = bank.looped ? bank.loopStart : 0;
     out.push_back(uint8_t(loopStart % 16));
     out.push_back(1);

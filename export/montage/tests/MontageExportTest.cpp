@@ -1,8 +1,8 @@
 // Montage files read back by a reader written from the format note: header, catalogue, the
 // entry and data blocks, every key bank against the exported zone, and the audio against what
 // the renderer gave each Key-Sample.
+#include "export/montage/MontageExport.h"
 #include "core/Message.h"
-#include "core/Names.h"
 #include "export/ExportRunner.h"
 #include "export/tests/FurtherFormatsFixture.h"
 
@@ -15,39 +15,22 @@
 namespace tg {
 namespace {
 
-struct Reader {
-    const std::string& b;
-    bool ok = true;
+// Fields of the file, bounds-checked: a read past the end throws and fails the test.
+uint32_t be32(const std::string& b, size_t at)
+{
+    uint32_t value = 0;
+    for (size_t i = 0; i < 4; ++i)
+        value = value << 8 | uint8_t(b.at(at + i));
+    return value;
+}
 
-    uint32_t fail()
-    {
-        ok = false;
-        return 0;
-    }
-    uint32_t be(size_t at)
-    {
-        if (at + 4 > b.size())
-            return fail();
-        return uint32_t(uint8_t(b[at])) << 24 | uint32_t(uint8_t(b[at + 1])) << 16 |
-               uint32_t(uint8_t(b[at + 2])) << 8 | uint32_t(uint8_t(b[at + 3]));
-    }
-    uint32_t le(size_t at, size_t width = 4)
-    {
-        if (at + width > b.size())
-            return fail();
-        uint32_t value = 0;
-        for (size_t i = width; i-- > 0;)
-            value = value << 8 | uint8_t(b[at + i]);
-        return value;
-    }
-    uint8_t byte(size_t at) { return at < b.size() ? uint8_t(b[at]) : uint8_t(fail()); }
-    std::string text(size_t at, size_t width)
-    {
-        if (at + width > b.size())
-            return std::string(fail(), '\0');
-        return b.substr(at, width);
-    }
-};
+uint32_t le(const std::string& b, size_t at, size_t width = 4)
+{
+    uint32_t value = 0;
+    for (size_t i = width; i-- > 0;)
+        value = value << 8 | uint8_t(b.at(at + i));
+    return value;
+}
 
 struct KeyBank {
     int lowKey, highKey, lowVel, highVel, root, channels, loopMode;
@@ -60,100 +43,88 @@ struct Waveform {
     std::vector<KeyBank> banks;
 };
 
-struct Library {
-    bool ok = false;
-    std::vector<Waveform> waveforms;
-};
-
-// The data item an entry (its body) points to in `block`, checked against the entry's size.
-std::string itemOf(Reader& r, size_t entry, size_t block)
+// The data item an entry body points to in the block at `block`, checked against its size.
+std::string itemOf(const std::string& b, size_t entry, size_t block)
 {
-    const uint32_t size = r.be(entry);
-    const size_t item = block + r.be(entry + 4);
-    EXPECT_EQ(r.text(item, 4), "Data");
-    EXPECT_EQ(r.be(item + 4), size);
-    return r.text(item + 8, size);
+    const size_t item = block + be32(b, entry + 4);
+    EXPECT_EQ(b.substr(item, 4), "Data");
+    EXPECT_EQ(be32(b, item + 4), be32(b, entry));
+    return b.substr(item + 8, be32(b, entry));
 }
 
-Library readLibrary(const std::string& bytes)
+KeyBank keyBank(const std::string& banks, size_t at)
 {
-    Library library;
-    Reader r{bytes};
-    EXPECT_EQ(r.text(0, 16), std::string("YAMAHA-YSFC\0\0\0\0\0", 16));
-    EXPECT_EQ(r.text(16, 16), std::string("4.0.5\0\0\0\0\0\0\0\0\0\0\0", 16));
-    const uint32_t catalogueSize = r.be(32);
-    const uint32_t librarySize = r.be(48);
-    EXPECT_EQ(librarySize, 81u);
+    KeyBank bank;
+    bank.lowKey = le(banks, at, 1);
+    bank.highKey = le(banks, at + 1, 1);
+    bank.lowVel = le(banks, at + 2, 1);
+    bank.highVel = le(banks, at + 3, 1);
+    bank.root = le(banks, at + 8, 1);
+    bank.channels = le(banks, at + 11, 1);
+    EXPECT_EQ(le(banks, at + 14, 1), 5u); // 16-bit linear
+    bank.loopMode = le(banks, at + 15, 1);
+    bank.rate = le(banks, at + 36);
+    bank.loopStart = 16 * le(banks, at + 44) + le(banks, at + 18, 1);
+    bank.loopEnd = le(banks, at + 48);
+    bank.sampleNumber = le(banks, at + 56);
+    bank.frames = le(banks, at + 60);
+    return bank;
+}
 
-    std::map<std::string, size_t> blocks;
-    size_t expected = 64 + catalogueSize + librarySize;
-    for (size_t at = 64; at < 64 + catalogueSize; at += 8) {
-        const std::string id = r.text(at, 4);
-        EXPECT_EQ(r.be(at + 4), expected) << id; // blocks follow each other in catalogue order
-        EXPECT_EQ(r.text(expected, 4), id);
-        blocks[id] = expected;
-        expected += 8 + r.be(expected + 4);
-    }
-    EXPECT_EQ(expected, bytes.size());
+std::vector<Waveform> readLibrary(const std::string& b)
+{
+    EXPECT_EQ(b.substr(0, 32), std::string("YAMAHA-YSFC\0\0\0\0\0"
+                                           "4.0.5\0\0\0\0\0\0\0\0\0\0\0",
+                                           32));
+    const uint32_t catalogueSize = be32(b, 32);
     EXPECT_EQ(catalogueSize, 14u * 8);
-    if (!r.ok || !blocks.count("EWFM") || !blocks.count("EWIM") || !blocks.count("DWFM") ||
-        !blocks.count("DWIM"))
-        return library;
+    EXPECT_EQ(be32(b, 48), 81u);
+    std::map<std::string, size_t> blocks;
+    size_t next = 64 + catalogueSize + be32(b, 48);
+    for (size_t at = 64; at < 64 + catalogueSize; at += 8) {
+        const std::string id = b.substr(at, 4);
+        EXPECT_EQ(be32(b, at + 4), next) << id; // the blocks follow each other in this order
+        EXPECT_EQ(b.substr(next, 4), id);
+        blocks[id] = next;
+        next += 8 + be32(b, next + 4);
+    }
+    EXPECT_EQ(next, b.size());
 
-    const uint32_t count = r.be(blocks["EWFM"] + 8);
-    EXPECT_EQ(r.be(60), 10001 + 2 * count);
-    size_t bankEntry = blocks["EWFM"] + 12, audioEntry = blocks["EWIM"] + 12;
-    for (uint32_t w = 0; w < count && r.ok; ++w) {
-        EXPECT_EQ(r.text(bankEntry, 4), "Entr");
-        EXPECT_EQ(r.text(audioEntry, 4), "Entr");
+    std::vector<Waveform> waveforms;
+    const uint32_t count = be32(b, blocks.at("EWFM") + 8);
+    EXPECT_EQ(be32(b, 60), 10001 + 2 * count);
+    size_t bankEntry = blocks.at("EWFM") + 12, audioEntry = blocks.at("EWIM") + 12;
+    for (uint32_t w = 0; w < count; ++w) {
+        EXPECT_EQ(b.substr(bankEntry, 4) + b.substr(audioEntry, 4), "EntrEntr");
         const size_t bankBody = bankEntry + 8, audioBody = audioEntry + 8;
-        EXPECT_EQ(r.be(bankBody + 8), 0x10001 + w);
-        EXPECT_EQ(r.be(audioBody + 8), 0x10001 + w);
-        EXPECT_EQ(r.be(bankBody + 18), 10001 + 2 * w);
-        EXPECT_EQ(r.be(audioBody + 18), 10002 + 2 * w);
-        Waveform waveform;
-        const std::string name = bytes.c_str() + bankBody + 22;
-        EXPECT_EQ(name, std::string(bytes.c_str() + audioBody + 22));
+        EXPECT_EQ(be32(b, bankBody + 8), 0x10001 + w);
+        EXPECT_EQ(be32(b, audioBody + 8), 0x10001 + w);
+        EXPECT_EQ(be32(b, bankBody + 18), 10001 + 2 * w);
+        EXPECT_EQ(be32(b, audioBody + 18), 10002 + 2 * w);
+        const std::string name = b.c_str() + bankBody + 22;
+        EXPECT_EQ(name, std::string(b.c_str() + audioBody + 22));
         EXPECT_EQ(name.substr(0, 4), "256:");
-        waveform.name = name.substr(4);
 
-        const std::string banks = itemOf(r, bankBody, blocks["DWFM"]);
-        const std::string audio = itemOf(r, audioBody, blocks["DWIM"]);
-        Reader kb{banks}, au{audio};
-        const uint32_t bankCount = kb.le(0, 2);
+        Waveform waveform{name.substr(4), {}};
+        const std::string banks = itemOf(b, bankBody, blocks.at("DWFM"));
+        const std::string audio = itemOf(b, audioBody, blocks.at("DWIM"));
+        const uint32_t bankCount = le(banks, 0, 2);
         EXPECT_EQ(banks.size(), 4 + 64 * size_t(bankCount));
-        EXPECT_EQ(au.be(0), bankCount);
+        EXPECT_EQ(be32(audio, 0), bankCount);
         size_t part = 4;
-        for (uint32_t k = 0; k < bankCount && kb.ok && au.ok; ++k) {
-            const size_t at = 4 + 64 * size_t(k);
-            KeyBank bank{kb.byte(at),
-                         kb.byte(at + 1),
-                         kb.byte(at + 2),
-                         kb.byte(at + 3),
-                         kb.byte(at + 8),
-                         kb.byte(at + 11),
-                         kb.byte(at + 15),
-                         kb.le(at + 36),
-                         16 * kb.le(at + 44) + kb.byte(at + 18),
-                         kb.le(at + 48),
-                         kb.le(at + 56),
-                         kb.le(at + 60),
-                         ""};
-            EXPECT_EQ(kb.byte(at + 14), 5); // 16-bit linear
-            EXPECT_EQ(kb.byte(at + 16), 0); // not encrypted
-            const uint32_t size = au.be(part);
-            EXPECT_EQ(size, 2 * bank.frames);
-            bank.audio = au.text(part + 4, size);
-            part += 4 + size;
+        for (uint32_t k = 0; k < bankCount; ++k) {
+            KeyBank bank = keyBank(banks, 4 + 64 * size_t(k));
+            EXPECT_EQ(be32(audio, part), 2 * bank.frames);
+            bank.audio = audio.substr(part + 4, 2 * size_t(bank.frames));
+            part += 4 + bank.audio.size();
             waveform.banks.push_back(bank);
         }
         EXPECT_EQ(part, audio.size());
-        library.waveforms.push_back(waveform);
-        bankEntry += 8 + r.be(bankEntry + 4);
-        audioEntry += 8 + r.be(audioEntry + 4);
+        waveforms.push_back(waveform);
+        bankEntry += 8 + be32(b, bankEntry + 4);
+        audioEntry += 8 + be32(b, audioEntry + 4);
     }
-    library.ok = r.ok;
-    return library;
+    return waveforms;
 }
 
 class MontageExport : public ::testing::Test {
@@ -183,13 +154,12 @@ TEST_F(MontageExport, EachLayerIsAWaveformWhoseKeyBanksPlayTheRenderedKeySamples
     ASSERT_EQ(exportAs("Yamaha Montage (*.X7U)", recorded.out + "/Strings.X7U", kSettings), 1)
         << message;
     const std::string user = test::readFileBytes(recorded.out + "/Strings.X7U");
-    const Library library = readLibrary(user);
-    ASSERT_TRUE(library.ok);
-    ASSERT_EQ(library.waveforms.size(), 2u);
+    const std::vector<Waveform> waveforms = readLibrary(user);
+    ASSERT_EQ(waveforms.size(), 2u);
     const auto zones = recorded.zones();
     uint32_t sampleNumber = 0;
     for (int layer : {0, 1}) {
-        const Waveform& waveform = library.waveforms[size_t(layer)];
+        const Waveform& waveform = waveforms[size_t(layer)];
         EXPECT_EQ(waveform.name, layer ? "Loud" : "Soft");
         const size_t channels = size_t(layer) + 1;
         ASSERT_EQ(waveform.banks.size(), 2 * channels);
@@ -231,17 +201,12 @@ TEST_F(MontageExport, WhatAWaveformCannotHoldIsRefusedAndNothingIsWritten)
                        "audio; Key 60 of \"Soft\" is 48000 Hz, 1 channel(s), 16 bit");
     EXPECT_EQ(exportAs("Yamaha Montage (*.X7U)", target, 0x91010808), 0);
     EXPECT_THAT(message, testing::HasSubstr("depth \"24 Bit\" is not offered"));
-    // The recordings are named after their Multi-Sample: they move with the new name.
-    TGmsl& loud = recorded.project->msl[1];
-    std::vector<std::string> before;
-    for (int note : {60, 67})
-        before.push_back(keySampleFileName(*recorded.project, loud, note));
-    copyText(loud.name, "Loud strings, layer 2");
-    for (int i : {0, 1})
-        std::filesystem::rename(before[size_t(i)],
-                                keySampleFileName(*recorded.project, loud, i ? 67 : 60));
-    EXPECT_EQ(exportAs("Yamaha Montage (*.X7U)", target, kSettings), 0);
-    EXPECT_EQ(message, "MontageExporter:\n\nthe Multi-Sample name \"Loud strings, layer 2\" is no "
+    // A name is refused before the layer's first Key-Sample is rendered.
+    copyText(recorded.project->msl[0].name, "Soft strings, layer 1");
+    MontageExporter exporter(*recorded.project, {0, 1}, recorded.out, "Strings", MontageFile::User,
+                             kSettings, false);
+    EXPECT_EQ(exporter.run(recorded.services, message), 0);
+    EXPECT_EQ(message, "MontageExporter:\n\nthe Multi-Sample name \"Soft strings, layer 1\" is no "
                        "Montage waveform name: 1 to 20 characters of plain ASCII without ':'");
     EXPECT_TRUE(std::filesystem::is_empty(recorded.out));
 }

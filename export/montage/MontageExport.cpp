@@ -76,6 +76,9 @@ class MontageSink : public ExportSink {
         const size_t channels = format.nChannels;
         const std::vector<uint8_t>& bytes = key.audio.note;
         const size_t frames = bytes.size() / (2 * channels);
+        audioBytes_ += uint64_t(frames) * 2 * channels;
+        if (audioBytes_ > kYsfcMaxFileSize) // known before the rest is rendered
+            return tooLarge(message);
 
         YsfcKeyBank bank;
         bank.lowKey = uint8_t(std::clamp(int(key.key->mapLow), 0, 127));
@@ -115,9 +118,7 @@ class MontageSink : public ExportSink {
                 audio.push_back(audio_[i]);
             }
         if (ysfcFileSize(waveforms) > kYsfcMaxFileSize)
-            return setMessage(message,
-                              "the waveforms add up to more than the 4 GB a Montage file can "
-                              "hold; export fewer Multi-Samples at once");
+            return tooLarge(message);
 
         AtomicFile file(path_);
         if (!file.open())
@@ -144,6 +145,12 @@ class MontageSink : public ExportSink {
     }
 
   private:
+    static int tooLarge(std::string& message)
+    {
+        return setMessage(message, "the waveforms add up to more than the 4 GB a Montage file "
+                                   "can hold; export fewer Multi-Samples at once");
+    }
+
     int spool(const std::vector<uint8_t>& channel, std::string& message)
     {
         if (!scratch_)
@@ -180,6 +187,7 @@ class MontageSink : public ExportSink {
     std::vector<std::vector<SpooledAudio>> audio_; // by waveform, then key bank
     std::unique_ptr<std::FILE, FileCloser> scratch_;
     uint32_t sampleNumber_ = 0;
+    uint64_t audioBytes_ = 0;
     int lowVelocity_ = 1;
     int highVelocity_ = 127;
 };

@@ -14,6 +14,7 @@
 #include "export/ExportRunner.h"
 #include "export/NamingTags.h"
 #include "export/SettingsChoices.h"
+#include "export/montage/MontageExport.h"
 
 #include <csignal>
 #include <filesystem>
@@ -249,9 +250,13 @@ int runExportCommand(const ExportArgs& args)
         if (args.json)
             exported.push_back(
                 {{"project", std::string(project.name)}, {"destination", request.destination}});
-        else
+        else {
             std::cout << "Exported \"" << project.name << "\" as " << request.menuText << " to "
                       << request.destination << '\n';
+            const ExportFormatInfo* info = findExportFormat(request.menuText);
+            if (info != nullptr && info->format == ExportFormat::Montage)
+                std::cout << kMontageExportInformation;
+        }
     }
 
     if (args.json) {

@@ -4,10 +4,13 @@
 #include "core/Message.h"
 #include "export/UnavailableFormats.h"
 #include "export/decent/DecentSamplerExport.h"
+#include "export/montage/MontageExport.h"
 #include "export/nnxt/NnxtExport.h"
 #include "export/op1/Op1Export.h"
 #include "export/volca/VolcaExport.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 namespace tg {
@@ -57,10 +60,19 @@ int exportNNXT(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
     return TGexport_NNXT(folder, baseName, &p, r.mslIndices, word, loopOnly, message, s);
 }
 
-int exportMontage(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,
-                  std::string& message)
+int exportMontage(Project& p, const ExportRequest& r, uint32_t word, bool loopOnly,
+                  const ExportServices& s, std::string& message)
 {
-    return refuse("MontageExporter:\n\n", ExportFormat::Montage, message);
+    std::string folder, baseName;
+    splitFileTarget(r.destination, folder, baseName);
+    // Both menu entries write the same file; the extension says where the instrument loads it.
+    std::string text = r.menuText;
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return char(std::tolower(c)); });
+    const bool library = text.find("(*.x7l)") != std::string::npos;
+    MontageExporter exporter(p, r.mslIndices, folder, baseName,
+                             library ? MontageFile::Library : MontageFile::User, word, loopOnly);
+    return exporter.run(s, message);
 }
 
 int exportMicrosampler(Project&, const ExportRequest&, uint32_t, bool, const ExportServices&,

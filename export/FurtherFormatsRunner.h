@@ -1,6 +1,6 @@
-// The menu entries of the further sampler formats (Decent Sampler, NN-XT, HALion and Blofeld
-// XML, OP-1, Volca Sample, and the formats refused with a reason), as the export runner calls
-// them.
+// The menu entries of the further sampler formats (Decent Sampler, NN-XT, Montage, OP-1, Volca
+// Sample, and the HALion, Blofeld and Microsampler entries refused with a reason), as the export
+// runner calls them.
 #pragma once
 
 #include "export/ExportRunner.h"
@@ -17,18 +17,19 @@ int exportDecentLibrary(Project& project, const ExportRequest& request, uint32_t
                         bool loopOnly, const ExportServices& services, std::string& message);
 int exportNNXT(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                const ExportServices& services, std::string& message);
+// "(*.X7U)" writes a user file, "(*.X7L)" a library file.
+int exportMontage(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                  const ExportServices& services, std::string& message);
+int exportVolca(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+                const ExportServices& services, std::string& message);
+int exportOp1(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
+              const ExportServices& services, std::string& message);
 // The entries without an established layout: refused with the reason.
 int exportHALion(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                  const ExportServices& services, std::string& message);
 int exportBlofeld(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
                   const ExportServices& services, std::string& message);
-int exportMontage(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
-                  const ExportServices& services, std::string& message);
 int exportMicrosampler(Project& project, const ExportRequest& request, uint32_t settings,
                        bool loopOnly, const ExportServices& services, std::string& message);
-int exportVolca(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
-                const ExportServices& services, std::string& message);
-int exportOp1(Project& project, const ExportRequest& request, uint32_t settings, bool loopOnly,
-              const ExportServices& services, std::string& message);
 
 } // namespace tg

@@ -10,9 +10,6 @@ const char* exportUnavailableReason(ExportFormat format)
     case ExportFormat::Blofeld:
         return "The layout of the HALion XML sample map (which Spectre also imports for the "
                "Blofeld) is not published, so this export is not available.";
-    case ExportFormat::Montage:
-        return "The waveform and key-bank records of Montage user and library files (.X7U, "
-               ".X7L) are not publicly described in full, so this export is not available.";
     case ExportFormat::Microsampler:
         return "The Microsampler bank (.msmpl_bank) is a binary format without a published "
                "description, so this export is not available.";

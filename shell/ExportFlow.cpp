@@ -6,6 +6,7 @@
 #include "export/ExportAllProjects.h"
 #include "export/ExportFormats.h"
 #include "export/UnavailableFormats.h"
+#include "export/montage/MontageExport.h"
 #include "shell/ActionTable.h"
 #include "shell/MessageBoxes.h"
 #include "shell/dialogs/ExportNamingDialog.h"
@@ -135,6 +136,9 @@ bool ExportFlow::runExportOf(Project& project, const ExportRequest& request)
         QMessageBox::information(
             window_, tr("Export Information"),
             tr("Use Spectre to import and dump the sample set to Blofeld.\n\n"));
+    if (info != nullptr && info->format == ExportFormat::Montage)
+        QMessageBox::information(window_, tr("Export Information"),
+                                 QString::fromLatin1(kMontageExportInformation));
     QMessageBox::information(window_, tr("Info"),
                              tr("Exported \"%1\" as %2 to %3")
                                  .arg(nameOf(project), QString::fromStdString(request.menuText),

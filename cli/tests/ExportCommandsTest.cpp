@@ -11,6 +11,7 @@
 #include "core/Names.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
+#include "export/montage/MontageExport.h"
 #include "tests/support/Pcm16.h"
 #include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
@@ -223,4 +224,13 @@ TEST_F(ExportCommand, AllProjectsExportEachProjectInTurn)
     ASSERT_EQ(r.status, cli::kExitOk) << r.err;
     EXPECT_THAT(r.err, HasSubstr("does not contain \"<#prj#>\""));
     EXPECT_THAT(r.out, HasSubstr("Exported \"Other\" as WAV-Files"));
+}
+
+TEST_F(ExportCommand, MontageExportWritesTheLibraryAndSaysHowToPlayItsWaveforms)
+{
+    const CommandRun r = run(
+        {"export", path, "--format", "montage-x7l", "--dest", dir.file("out/Strings"), "--quiet"});
+    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+    EXPECT_EQ(test::readFileBytes(dir.file("out/Strings.X7L")).substr(0, 11), "YAMAHA-YSFC");
+    EXPECT_THAT(r.out, HasSubstr(kMontageExportInformation));
 }

@@ -22,7 +22,6 @@ TEST(FurtherFormatsMenu, EntriesWithoutALayoutAreRefusedWithTheirReason)
     } kRefused[] = {
         {"halion", "TGexport_HALion():\n\n"},
         {"blofeld", "TGexport_HALion():\n\n"},
-        {"montage-x7u", "MontageExporter:\n\n"},
         {"microsampler", "TGexport_MultiSampler():\n\n"},
     };
     for (const auto& entry : kRefused) {

@@ -3,6 +3,7 @@
 
 #include "core/Paths.h"
 #include "export/ExportPipeline.h"
+#include "export/KeyRangeMapping.h"
 #include "export/SoundFont2File.h"
 
 #include <algorithm>
@@ -41,10 +42,9 @@ class SoundFont2Sink : public ExportSink {
         sample.loopEnd = key.audio.loopEnd;
         sample.lowKey = key.key->mapLow;
         sample.highKey = key.key->mapHigh;
-        // A layer without a velocity range answers every velocity.
-        const bool velocity = key.msl->mapTo == 0;
-        sample.lowVelocity = uint8_t(velocity ? std::clamp(key.msl->range_start, 0, 127) : 0);
-        sample.highVelocity = uint8_t(velocity ? std::clamp(key.msl->range_end, 0, 127) : 127);
+        const VelocityRange velocities = layerVelocities(*key.msl, 0);
+        sample.lowVelocity = uint8_t(velocities.low);
+        sample.highVelocity = uint8_t(velocities.high);
         return bank_.add(sample, message);
     }
 

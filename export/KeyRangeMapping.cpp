@@ -92,4 +92,12 @@ void mapKeyRanges(Project& project, int mslIndex)
         mapKeyRanges(project.msl[i]);
 }
 
+VelocityRange layerVelocities(const TGmsl& msl, int lowest)
+{
+    if (msl.mapTo != 0)
+        return {lowest, 127};
+    return {std::clamp(int(msl.range_start), lowest, 127),
+            std::clamp(int(msl.range_end), lowest, 127)};
+}
+
 } // namespace tg

@@ -8,6 +8,7 @@
 #include "core/Paths.h"
 #include "export/ExportPipeline.h"
 #include "export/ExportProgress.h"
+#include "export/KeyRangeMapping.h"
 #include "export/montage/YsfcLibrary.h"
 
 #include <algorithm>
@@ -57,8 +58,7 @@ class MontageSink : public ExportSink {
         waveform.name = name;
         waveforms_.push_back(waveform);
         audio_.emplace_back();
-        lowVelocity_ = msl.mapTo == 0 ? std::clamp(int(msl.range_start), 1, 127) : 1;
-        highVelocity_ = msl.mapTo == 0 ? std::clamp(int(msl.range_end), 1, 127) : 127;
+        velocities_ = layerVelocities(msl, 1);
         return 1;
     }
 
@@ -83,8 +83,8 @@ class MontageSink : public ExportSink {
         YsfcKeyBank bank;
         bank.lowKey = uint8_t(std::clamp(int(key.key->mapLow), 0, 127));
         bank.highKey = uint8_t(std::clamp(int(key.key->mapHigh), 0, 127));
-        bank.lowVelocity = uint8_t(lowVelocity_);
-        bank.highVelocity = uint8_t(highVelocity_);
+        bank.lowVelocity = uint8_t(velocities_.low);
+        bank.highVelocity = uint8_t(velocities_.high);
         bank.rootKey = uint8_t(key.note);
         bank.channels = uint8_t(channels);
         bank.sampleNumber = ++sampleNumber_;
@@ -188,8 +188,7 @@ class MontageSink : public ExportSink {
     std::unique_ptr<std::FILE, FileCloser> scratch_;
     uint32_t sampleNumber_ = 0;
     uint64_t audioBytes_ = 0;
-    int lowVelocity_ = 1;
-    int highVelocity_ = 127;
+    VelocityRange velocities_;
 };
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "core/Message.h"
 #include "core/Paths.h"
 #include "export/ExportPipeline.h"
+#include "export/KeyRangeMapping.h"
 #include "export/NamingTags.h"
 #include "export/nnxt/NnxtPatch.h"
 #include "export/templates/TemporaryFolder.h"
@@ -32,10 +33,7 @@ class NnxtSink : public ExportSink {
     int beginMultiSample(const TGmsl& msl, int, std::string&) override
     {
         layerHasGroup_ = false;
-        // A layer without velocity range answers every velocity the sampler knows (1..127).
-        const bool hasVelocity = msl.mapTo == 0;
-        lowVelocity_ = hasVelocity ? std::clamp(int(msl.range_start), 1, 127) : 1;
-        highVelocity_ = hasVelocity ? std::clamp(int(msl.range_end), 1, 127) : 127;
+        velocities_ = layerVelocities(msl, 1); // the sampler knows no velocity 0
         return 1;
     }
 
@@ -55,8 +53,8 @@ class NnxtSink : public ExportSink {
         zone.rootKey = key.note;
         zone.lowKey = key.key->mapLow;
         zone.highKey = key.key->mapHigh;
-        zone.lowVelocity = lowVelocity_;
-        zone.highVelocity = highVelocity_;
+        zone.lowVelocity = velocities_.low;
+        zone.highVelocity = velocities_.high;
         const uint32_t frameBytes = key.audio.format.nBlockAlign;
         zone.frames = frameBytes == 0 ? 0 : uint32_t(key.audio.note.size() / frameBytes);
         zone.loop = key.hasLoop && key.audio.loopEnd > key.audio.loopStart;
@@ -90,8 +88,7 @@ class NnxtSink : public ExportSink {
     const ExportServices& services_;
     NnxtPatch patch_;
     bool layerHasGroup_ = false;
-    int lowVelocity_ = 1;
-    int highVelocity_ = 127;
+    VelocityRange velocities_;
 };
 
 } // namespace

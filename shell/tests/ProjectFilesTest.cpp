@@ -114,14 +114,18 @@ TEST_F(ProjectFilesTest, ADamagedProjectOnTheCommandLineIsReportedAndTheRestOpen
     startup.setHooks(StartupHooks{});
     startup.setSplashDelay(0, 0);
     test::MessageBoxAnswerer answerer;
-    // The project wizard the fresh preferences open at start is cancelled.
+    // The fresh preferences open the project wizard at start; cancelled, it adds no project.
+    QString wizardTitle;
     QTimer wizardCanceller;
-    QObject::connect(&wizardCanceller, &QTimer::timeout, [] {
-        if (auto* wizard = qobject_cast<QWizard*>(QApplication::activeModalWidget()))
+    QObject::connect(&wizardCanceller, &QTimer::timeout, [&] {
+        if (auto* wizard = qobject_cast<QWizard*>(QApplication::activeModalWidget())) {
+            wizardTitle = wizard->windowTitle();
             wizard->reject();
+        }
     });
     wizardCanceller.start(10);
     ASSERT_TRUE(startup.start({QString::fromStdString(good), QString::fromStdString(damaged)}));
+    EXPECT_EQ(wizardTitle, "Project Wizard");
     ASSERT_EQ(answerer.seen().size(), 1u);
     EXPECT_EQ(answerer.seen()[0].text.toStdString(),
               "read error: " + damaged + "\n\nmaybe wrong format?");

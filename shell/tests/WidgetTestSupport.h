@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -33,6 +34,14 @@ class MessageBoxAnswerer : public QObject {
     QTimer timer_;
     std::vector<Seen> seen_;
 };
+
+// The child of `parent` with that object name; a test failure when there is none.
+template <typename T> T* named(QObject& parent, const char* name)
+{
+    T* found = parent.findChild<T*>(QString::fromLatin1(name));
+    EXPECT_NE(found, nullptr) << name;
+    return found;
+}
 
 // Writes "<folder>/<name>.TGprj" with the given Multi-Sample names and returns its path.
 // Keys 60..64 of each Multi-Sample are selected.

@@ -30,6 +30,13 @@ CommandRun runCli(std::vector<std::string> words)
     return run;
 }
 
+nlohmann::json infoJson(const std::string& project)
+{
+    const CommandRun r = runCli({"info", project, "--json"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    return nlohmann::json::parse(r.out);
+}
+
 Exit exitOf(std::vector<std::string> words)
 {
     const CommandRun r = runCli(std::move(words));

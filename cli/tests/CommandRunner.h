@@ -1,6 +1,8 @@
 // Runs tonegrabber-cli commands in the test process, as a fresh process would run them.
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -16,6 +18,9 @@ struct CommandRun {
 // Empties the model, registers every command on a new CliApp and runs `words` (the arguments
 // after the program name), capturing both output streams.
 CommandRun runCli(std::vector<std::string> words);
+
+// What `info <project> --json` prints about a project file (a test failure when it fails).
+nlohmann::json infoJson(const std::string& project);
 
 // How a command ended: its status and what it printed on stderr, compared as one.
 struct Exit {

@@ -11,14 +11,13 @@
 #include "core/Names.h"
 #include "core/Preferences.h"
 #include "core/ProjectFile.h"
-#include "tests/support/Pcm16.h"
 #include "tests/support/SavedProject.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ToneAnalysis.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <filesystem>
 #include <functional>
 
@@ -100,20 +99,14 @@ TEST_F(ExportCommand, SettingsWordIsUsedAsGivenAndProgressGoesToStderr)
 
 namespace {
 
-// Sum of the magnitudes of the first `frames` 16-bit mono samples of a WAV file.
-double openingLoudness(const std::string& path, size_t frames)
+// The RMS level of the first `frames` frames of a 16-bit mono WAV file.
+double openingLoudness(const std::string& path, int64_t frames)
 {
     WaveFormat format;
-    int32_t loopStart = 0, loopEnd = 0, rootKey = 0, count = 0;
     std::vector<uint8_t> data;
     std::string message;
-    EXPECT_TRUE(readWavHeader(path, format, loopStart, loopEnd, rootKey, count, message) &&
-                readWav(path, format, data, message))
-        << message;
-    double sum = 0;
-    for (size_t i = 0; i < frames && 2 * i + 1 < data.size(); ++i)
-        sum += std::abs(test::pcm16At(data, i));
-    return sum;
+    EXPECT_TRUE(readWav(path, format, data, message)) << message;
+    return test::rmsBetween(test::firstChannel(data, 1, int64_t(data.size() / 2)), 0, frames);
 }
 
 } // namespace

@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr auto run = tg::test::runCli;
+constexpr auto info = tg::test::infoJson;
 const int kNotes[] = {60, 64, 67};
 
 class ImportCommands : public testing::Test {
@@ -57,13 +58,6 @@ class ImportCommands : public testing::Test {
                                         format, "--keys", "37", "--step", "36"});
         EXPECT_EQ(r.status, 0) << r.err;
         return path;
-    }
-
-    nlohmann::json info(const std::string& path)
-    {
-        const test::CommandRun r = run({"info", path, "--json"});
-        EXPECT_EQ(r.status, 0) << r.err;
-        return nlohmann::json::parse(r.out);
     }
 
     test::TempDir dir;

@@ -67,42 +67,56 @@ TEST(TemplateExportCommand, OptionsReachTheExportersAndTheFilesLandWhereNamed)
 {
     SavedProject saved;
     const std::string projectBefore = test::readFileBytes(saved.path);
-    const std::string archive = saved.dir.file("out/Piano.multisample");
-    CommandRun r = run({"export", saved.path, "--format", "bitwig", "--dest", archive, "--category",
-                        "Keys", "--creator", "Tester", "--keywords", "warm,soft", "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_EQ(r.err, "");
+    struct Case {
+        const char* format;
+        const char* dest; // under the project's folder, as the files it names
+        std::vector<std::string> options;
+        const char* made;
+    };
+    const Case cases[] = {
+        {"bitwig",
+         "out/Piano.multisample",
+         {"--category", "Keys", "--creator", "Tester", "--keywords", "warm,soft"},
+         "out/Piano.multisample"},
+        {"Korg Kronos (*.KMP)", "korg", {}, "korg/Piano00/Hard010.KMP"},
+        // Only the selected layer: the program and one file per key of "Hard".
+        {"deluge",
+         "card",
+         {"--multisamples", "1", "--program-name", "Grand"},
+         "card/SYNTHS/Grand.XML"},
+        {"Waldorf Quantum and Iridium (*.map)",
+         "drive",
+         {"--folder", "Pianos", "--program-name", "Grand"},
+         "drive/samples/Pianos/Grand.map"},
+        {"prophetx",
+         "usb",
+         {"--bank", "User 1", "--category", "Keys", "--program-number", "3", "--program-name",
+          "Grand"},
+         "usb/px/User 1/Keys/03. Grand.zip"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.format);
+        std::vector<std::string> words{"export", saved.path, "--format",
+                                       c.format, "--dest",   saved.dir.file(c.dest),
+                                       "--quiet"};
+        words.insert(words.end(), c.options.begin(), c.options.end());
+        const CommandRun r = run(words);
+        ASSERT_EQ(r.status, cli::kExitOk) << r.err;
+        EXPECT_EQ(r.err, "");
+        EXPECT_TRUE(fs::exists(saved.dir.file(c.made)));
+    }
     std::string xml;
-    ASSERT_EQ(test::runCommand("unzip -p '" + archive + "' multisample.xml", &xml), 0) << xml;
+    ASSERT_EQ(test::runCommand("unzip -p '" + saved.dir.file("out/Piano.multisample") +
+                                   "' multisample.xml",
+                               &xml),
+              0)
+        << xml;
     for (const char* tag :
          {"<category>Keys</category>", "<creator>Tester</creator>", "<keyword>soft</keyword>"})
         EXPECT_NE(xml.find(tag), std::string::npos) << tag;
-
-    const std::string korg = saved.dir.file("korg");
-    r = run({"export", saved.path, "--format", "Korg Kronos (*.KMP)", "--dest", korg, "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_TRUE(fs::exists(korg + "/Piano00/Hard010.KMP"));
-
-    // Only the selected layer: the program and one file per key of "Hard".
-    const std::string card = saved.dir.file("card");
-    r = run({"export", saved.path, "--format", "deluge", "--dest", card, "--multisamples", "1",
-             "--program-name", "Grand", "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_TRUE(fs::exists(card + "/SYNTHS/Grand.XML"));
-    EXPECT_EQ(filesUnder(card), 4u);
-
-    const std::string drive = saved.dir.file("drive");
-    r = run({"export", saved.path, "--format", "Waldorf Quantum and Iridium (*.map)", "--dest",
-             drive, "--folder", "Pianos", "--program-name", "Grand", "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_TRUE(fs::exists(drive + "/samples/Pianos/Grand.map"));
-
-    const std::string usb = saved.dir.file("usb");
-    r = run({"export", saved.path, "--format", "prophetx", "--dest", usb, "--bank", "User 1",
-             "--category", "Keys", "--program-number", "3", "--program-name", "Grand", "--quiet"});
-    ASSERT_EQ(r.status, cli::kExitOk) << r.err;
-    EXPECT_TRUE(fs::exists(usb + "/px/User 1/Keys/03. Grand.zip"));
-    r = run({"export", saved.path, "--format", "prophetx", "--dest", usb, "--quiet"});
+    EXPECT_EQ(filesUnder(saved.dir.file("card")), 4u);
+    const CommandRun r =
+        run({"export", saved.path, "--format", "prophetx", "--dest", saved.dir.file("usb")});
     EXPECT_EQ(r.status, cli::kExitBadUsage);
     EXPECT_NE(r.err.find("--bank"), std::string::npos) << r.err;
 

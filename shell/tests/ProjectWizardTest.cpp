@@ -2,8 +2,8 @@
 // file it makes (compared with the command line's). Its opening at start-up is seen by the
 // start-up test in ProjectFilesTest.
 #include "shell/wizard/ProjectWizard.h"
+#include "core/Message.h"
 #include "core/Model.h"
-#include "core/Names.h"
 #include "recording/RecordList.h"
 #include "shell/ActionTable.h"
 #include "shell/MainWindow.h"
@@ -62,8 +62,7 @@ TEST(ProjectWizardPages, NameAndFolderAreCheckedAndAutoLoopOffSkipsItsSettings)
         wizard.next();
         EXPECT_EQ(wizard.currentId(), ProjectWizard::DataPath);
     }
-    ASSERT_EQ(answerer.seen().size(), 4u);
-    EXPECT_EQ(answerer.seen()[1].title, "Error");
+    EXPECT_TRUE(answerer.boxes().value(1).startsWith("Error: "));
     EXPECT_EQ(answerer.texts(),
               QStringList({"Please enter a project name.",
                            "A project with that name already exists. Please enter a different "
@@ -163,7 +162,6 @@ TEST(ProjectWizardFlow, MakesTheSameProjectFileAsTheCommandLine)
                                  "plugin.",
                                  "Save selected Project as"}));
     ASSERT_EQ(model.projectCount(), 1);
-    EXPECT_EQ(model.currentProject()->mslCount, 2);
 
     std::string output;
     ASSERT_EQ(test::runCliProcess("new '" + cliFile + "' --data-path '" + dir.file("data") +

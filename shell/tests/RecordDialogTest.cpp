@@ -4,10 +4,9 @@
 #include "shell/dialogs/RecordDialog.h"
 
 #include "core/IniKeys.h"
+#include "core/Message.h"
 #include "core/Model.h"
-#include "core/Names.h"
 #include "core/NoteNames.h"
-#include "core/ProjectFile.h"
 #include "devices/InstrumentSpec.h"
 #include "recording/ProjectSetup.h"
 #include "shell/ActionTable.h"
@@ -166,11 +165,9 @@ TEST_F(RecordDialogTest, ARefusedRunIsExplainedAndTheDialogCloses)
     ASSERT_NE(dialog, nullptr);
     QPointer<RecordDialog> watched(dialog);
     QTRY_VERIFY(watched.isNull()); // closed and deleted once shown
-    ASSERT_EQ(answerer.seen().size(), 1u);
-    EXPECT_EQ(answerer.seen()[0].title, "Error");
-    EXPECT_TRUE(
-        answerer.seen()[0].text.startsWith("There aren't any Keys that need to be recorded."))
-        << answerer.seen()[0].text.toStdString();
+    ASSERT_EQ(answerer.boxes().size(), 1);
+    EXPECT_TRUE(answerer.boxes()[0].startsWith("Error: There aren't any Keys that need to be"))
+        << answerer.boxes()[0].toStdString();
 }
 
 // The dialog's side of a semi-automatic run: its title, the next key it names, the check

@@ -1,14 +1,8 @@
 // Widget test helpers.
 #include "shell/tests/WidgetTestSupport.h"
 
-#include "core/Model.h"
-#include "core/ProjectFile.h"
-
 #include <QAbstractButton>
 #include <QApplication>
-
-#include <filesystem>
-#include <stdexcept>
 
 namespace tg::test {
 
@@ -25,6 +19,14 @@ QStringList MessageBoxAnswerer::texts() const
     for (const Seen& s : seen_)
         texts << s.text;
     return texts;
+}
+
+QStringList MessageBoxAnswerer::boxes() const
+{
+    QStringList boxes;
+    for (const Seen& s : seen_)
+        boxes << s.title + ": " + s.text;
+    return boxes;
 }
 
 void MessageBoxAnswerer::answerOpenBox()
@@ -44,27 +46,6 @@ void MessageBoxAnswerer::answerOpenBox()
         button->click();
     else
         box->reject();
-}
-
-std::string writeProjectFile(const std::string& folder, const std::string& name,
-                             const std::vector<std::string>& multiSamples)
-{
-    Model model;
-    model.newProject();
-    Project& project = *model.currentProject();
-    for (const std::string& mslName : multiSamples) {
-        model.addMultiSample();
-        TGmsl& msl = *model.currentMultiSample();
-        copyText(msl.name, mslName.c_str());
-        for (int note = 60; note <= 64; ++note)
-            msl.keys[note].keyState = 1;
-    }
-    copyText(project.dataPath, folder.c_str());
-    std::filesystem::create_directories(folder);
-    std::string message;
-    if (!saveProject(project, folder, name, message))
-        throw std::runtime_error(message);
-    return folder + "/" + name + ".TGprj";
 }
 
 } // namespace tg::test

@@ -1,5 +1,5 @@
-// Helpers of the widget tests: answering message boxes as a user would, and project files
-// written by the real writer.
+// Helpers of the widget tests: answering message boxes as a user would, and finding named
+// children.
 #pragma once
 
 #include <QMessageBox>
@@ -8,7 +8,6 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 namespace tg::test {
@@ -25,6 +24,8 @@ class MessageBoxAnswerer : public QObject {
     };
     const std::vector<Seen>& seen() const { return seen_; }
     QStringList texts() const;
+    // "<title>: <text>" of every box seen.
+    QStringList boxes() const;
 
   private:
     void answerOpenBox();
@@ -42,10 +43,5 @@ template <typename T> T* named(QObject& parent, const char* name)
     EXPECT_NE(found, nullptr) << name;
     return found;
 }
-
-// Writes "<folder>/<name>.TGprj" with the given Multi-Sample names and returns its path.
-// Keys 60..64 of each Multi-Sample are selected.
-std::string writeProjectFile(const std::string& folder, const std::string& name,
-                             const std::vector<std::string>& multiSamples);
 
 } // namespace tg::test

@@ -1,6 +1,5 @@
 // wav-info, aiff-info and convert as a user runs them: output, JSON keys and exit statuses.
 #include "cli/CliApp.h"
-#include "cli/Commands.h"
 
 #include "audiofile/AiffFile.h"
 #include "audiofile/WavFile.h"
@@ -20,6 +19,7 @@ namespace {
 
 using tg::test::CommandRun;
 constexpr auto run = tg::test::runCli;
+constexpr auto runOk = tg::test::runOk;
 
 std::vector<uint8_t> tone(size_t frames, int channels)
 {
@@ -51,8 +51,7 @@ TEST(AudioInfoCommands, PrintTheHeaderLoopAndRootAsJsonOrText)
     for (const Case& c : {Case{"wav-info", "a.wav", 44100, 200, 10, 99, 48},
                           Case{"aiff-info", "a.aif", 48000, 300, 20, 250, 71}}) {
         SCOPED_TRACE(c.command);
-        CommandRun r = run({c.command, dir.file(c.file), "--json"});
-        ASSERT_EQ(r.status, 0) << r.err;
+        CommandRun r = runOk({c.command, dir.file(c.file), "--json"});
         const auto j = nlohmann::json::parse(r.out);
         EXPECT_EQ(j.at("nSamplesPerSec"), c.rate);
         EXPECT_EQ(j.at("frames"), c.frames);

@@ -5,8 +5,9 @@
 #include "core/Model.h"
 #include "core/ProjectFile.h"
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -30,8 +31,7 @@ inline std::string writeProjectFile(const std::string& folder, const std::string
     copyText(model.currentProject()->dataPath, folder.c_str());
     std::filesystem::create_directories(folder);
     std::string message;
-    if (!saveProject(*model.currentProject(), folder, name, message))
-        throw std::runtime_error(message);
+    EXPECT_TRUE(saveProject(*model.currentProject(), folder, name, message)) << message;
     return folder + "/" + name + ".TGprj";
 }
 

@@ -6,8 +6,7 @@
 
 namespace tg::test {
 
-MessageBoxAnswerer::MessageBoxAnswerer(QMessageBox::StandardButton answer, QString answerText)
-    : answer_(answer), answerText_(std::move(answerText))
+MessageBoxAnswerer::MessageBoxAnswerer(QMessageBox::StandardButton answer) : answer_(answer)
 {
     connect(&timer_, &QTimer::timeout, this, &MessageBoxAnswerer::answerOpenBox);
     timer_.start(10);
@@ -35,14 +34,7 @@ void MessageBoxAnswerer::answerOpenBox()
     if (!box || !box->isVisible())
         return;
     seen_.push_back({box->windowTitle(), box->text()});
-    QAbstractButton* button = nullptr;
-    if (!answerText_.isEmpty())
-        for (QAbstractButton* candidate : box->buttons())
-            if (candidate->text() == answerText_)
-                button = candidate;
-    if (!button)
-        button = box->button(answer_);
-    if (button)
+    if (QAbstractButton* button = box->button(answer_))
         button->click();
     else
         box->reject();

@@ -13,11 +13,10 @@
 namespace tg::test {
 
 // While it lives, answers every message box that comes up: notes its title and text and
-// presses `answer` (or the button whose text is `answerText`, when given).
+// presses `answer` (closes the box when it has no such button).
 class MessageBoxAnswerer : public QObject {
   public:
-    explicit MessageBoxAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok,
-                                QString answerText = {});
+    explicit MessageBoxAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok);
     struct Seen {
         QString title;
         QString text;
@@ -31,7 +30,6 @@ class MessageBoxAnswerer : public QObject {
     void answerOpenBox();
 
     QMessageBox::StandardButton answer_;
-    QString answerText_;
     QTimer timer_;
     std::vector<Seen> seen_;
 };

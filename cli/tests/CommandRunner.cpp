@@ -12,22 +12,42 @@
 
 namespace tg::test {
 
+int runOn(cli::CliApp& app, std::vector<std::string> words)
+{
+    std::string program = "tonegrabber-cli";
+    std::vector<char*> argv{program.data()};
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    return app.run(static_cast<int>(argv.size()), argv.data());
+}
+
 CommandRun runCli(std::vector<std::string> words)
 {
     Model::instance().reset();
     cli::CliApp app;
     cli::addAllCommands(app);
-    std::string program = "tonegrabber-cli";
-    std::vector<char*> argv{program.data()};
-    for (std::string& word : words)
-        argv.push_back(word.data());
     CommandRun run;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    run.status = app.run(static_cast<int>(argv.size()), argv.data());
+    run.status = runOn(app, std::move(words));
     run.out = testing::internal::GetCapturedStdout();
     run.err = testing::internal::GetCapturedStderr();
     return run;
+}
+
+CommandRun runOk(std::vector<std::string> words)
+{
+    std::string line = "tonegrabber-cli";
+    for (const std::string& word : words)
+        line += " " + word;
+    CommandRun r = runCli(std::move(words));
+    EXPECT_EQ(r.status, 0) << line << "\n" << r.err;
+    return r;
+}
+
+nlohmann::json infoJson(const std::string& project)
+{
+    return nlohmann::json::parse(runOk({"info", project, "--json"}).out);
 }
 
 Exit exitOf(std::vector<std::string> words)

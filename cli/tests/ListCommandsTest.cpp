@@ -2,7 +2,7 @@
 #include "cli/tests/CommandRunner.h"
 #include "core/Model.h"
 #include "core/Names.h"
-#include "core/ProjectFile.h"
+#include "tests/support/PlainProject.h"
 #include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
@@ -15,25 +15,11 @@ namespace {
 
 using tg::test::CommandRun;
 constexpr auto run = tg::test::runCli;
+using tg::test::writeProjectFile;
+constexpr auto runOk = tg::test::runOk;
 
 class ListCommands : public ::testing::Test {
   protected:
-    // "<dir>/<name>.TGprj" with the given Multi-Samples, its data path the same folder.
-    std::string write(const std::string& name, const std::vector<std::string>& multiSamples)
-    {
-        tg::Model model;
-        model.newProject();
-        for (const std::string& m : multiSamples) {
-            model.addMultiSample();
-            tg::copyText(model.currentMultiSample()->name, m.c_str());
-        }
-        model.selectMultiSample(0);
-        tg::copyText(model.currentProject()->dataPath, dir.path().c_str());
-        std::string message;
-        EXPECT_TRUE(tg::saveProject(*model.currentProject(), dir.path(), name, message));
-        return dir.file(name + ".TGprj");
-    }
-
     // The project as a fresh load reads it.
     const tg::Project& read(const std::string& name)
     {
@@ -56,9 +42,8 @@ class ListCommands : public ::testing::Test {
 
 TEST_F(ListCommands, RenameDuplicateMoveAndDeleteChangeTheFile)
 {
-    const std::string path = write("Piano", {"Soft", "Loud"});
-    CommandRun r = run({"msl", "rename", path, "Forte", "--multisample", "1"});
-    ASSERT_EQ(r.status, 0) << r.err;
+    const std::string path = writeProjectFile(dir.path(), "Piano", {"Soft", "Loud"});
+    CommandRun r = runOk({"msl", "rename", path, "Forte", "--multisample", "1"});
     EXPECT_EQ(names("Piano"), (std::vector<std::string>{"Soft", "Forte"}));
 
     EXPECT_EQ(tg::test::exitOf({"msl", "rename", path, "Soft", "--multisample", "1"}),
@@ -75,24 +60,23 @@ TEST_F(ListCommands, RenameDuplicateMoveAndDeleteChangeTheFile)
 
 TEST_F(ListCommands, PasteTakesSettingsOrKeysFromAnotherProject)
 {
-    const std::string from = write("Source", {"Lead"});
-    const std::string to = write("Target", {"Pad"});
+    const std::string from = writeProjectFile(dir.path(), "Source", {"Lead"});
+    const std::string to = writeProjectFile(dir.path(), "Target", {"Pad"});
     tg::test::changeProjectFile(from, [&](tg::Project& project) {
         tg::TGmsl& lead = project.msl[0];
         lead.recordsettings.recpause = 9.0;
-        lead.keys[60].keyState = 1;
-        ASSERT_TRUE(tg::test::writeFileBytes(tg::keySampleFileName(project, lead, 60), "RIFF"));
+        lead.keys[70].keyState = 1;
+        ASSERT_TRUE(tg::test::writeFileBytes(tg::keySampleFileName(project, lead, 70), "RIFF"));
     });
     ASSERT_EQ(run({"msl", "paste", from, to}).status, 0);
     EXPECT_EQ(read("Target").msl[0].recordsettings.recpause, 9.0);
-    EXPECT_EQ(read("Target").msl[0].keys[60].keyState, 0) << "settings only";
+    EXPECT_EQ(read("Target").msl[0].keys[70].keyState, 0) << "settings only";
 
-    const CommandRun r = run({"msl", "paste", from, to, "--with-keys"});
-    ASSERT_EQ(r.status, 0) << r.err;
+    runOk({"msl", "paste", from, to, "--with-keys"});
     const tg::Project& target = read("Target");
     EXPECT_STREQ(target.msl[0].name, "Pad");
-    EXPECT_EQ(target.msl[0].keys[60].keyState, 1);
-    EXPECT_EQ(target.msl[0].keys[60].hasAudio, 1) << "the take was copied to the target's name";
+    EXPECT_EQ(target.msl[0].keys[70].keyState, 1);
+    EXPECT_EQ(target.msl[0].keys[70].hasAudio, 1) << "the take was copied to the target's name";
 
     // The takes move to another folder; the project is pointed there and finds them again.
     std::filesystem::create_directories(dir.file("moved"));
@@ -100,15 +84,15 @@ TEST_F(ListCommands, PasteTakesSettingsOrKeysFromAnotherProject)
         if (entry.path().extension() == ".wav")
             std::filesystem::rename(entry.path(),
                                     dir.file("moved") + "/" + entry.path().filename().string());
-    EXPECT_EQ(read("Target").msl[0].keys[60].hasAudio, 0);
+    EXPECT_EQ(read("Target").msl[0].keys[70].hasAudio, 0);
     ASSERT_EQ(run({"relocate", to, dir.file("moved")}).status, 0);
-    EXPECT_EQ(read("Target").msl[0].keys[60].hasAudio, 1);
+    EXPECT_EQ(read("Target").msl[0].keys[70].hasAudio, 1);
     EXPECT_EQ(run({"relocate", to, dir.file("nowhere")}).status, 1);
 }
 
 TEST_F(ListCommands, KeysAreLockedAndSelectedByList)
 {
-    const std::string path = write("Bass", {"Finger"});
+    const std::string path = writeProjectFile(dir.path(), "Bass", {"Finger"});
     ASSERT_EQ(run({"keys", "lock", path, "40,42-44"}).status, 0);
     ASSERT_EQ(run({"keys", "select", path, "all"}).status, 0);
     ASSERT_EQ(run({"keys", "deselect", path, "0-20"}).status, 0);

@@ -1,8 +1,7 @@
-// `record` refusals as a user meets them: the run's own messages on stderr with status 1
-// before anything is recorded, and bad usage with status 2. (Recording itself is proven
-// against the real synth in tests/e2e.)
+// `record` refusals as a user meets them: the run's own messages (their texts are the record
+// list's tests') on stderr with status 1 before anything is recorded, and bad usage with status 2.
+// (Recording itself is proven against the real synth in tests/e2e.)
 #include "cli/CliApp.h"
-#include "cli/Commands.h"
 #include "cli/tests/CommandRunner.h"
 #include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
@@ -41,11 +40,8 @@ TEST_F(RecordCommand, NoSelectedKeyIsRefusedWithTheRunsMessage)
     });
     const CommandRun r = run({"record", path()});
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("There aren't any Keys that need to be recorded.\nPlease click on "
-                         "\"All\" or \"Step\" on the left Keyboard Range Selector.\nYou can "
-                         "select single Keys to be recorded by Ctrl-clicking on them.\n"),
-              std::string::npos)
-        << r.err;
+    // The whole text is RecordListTest's.
+    EXPECT_EQ(r.err.rfind("There aren't any Keys that need to be recorded.\n", 0), 0u) << r.err;
     const CommandRun json = run({"record", path(), "--json"});
     EXPECT_EQ(json.status, 1);
     EXPECT_EQ(nlohmann::json::parse(json.out)["error"], r.err.substr(0, r.err.size() - 1));
@@ -56,11 +52,7 @@ TEST_F(RecordCommand, MissingDataPathIsRefusedBeforeRecording)
     std::filesystem::remove_all(data());
     const CommandRun r = run({"record", path(), "--scope", "multisample", "--multisample", "1"});
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("The path \"" + data() +
-                         "\" doesn't exist.\n\nCheck the datapath in the project settings\nof "
-                         "the project \"Organ\""),
-              std::string::npos)
-        << r.err;
+    EXPECT_NE(r.err.find("The path \"" + data() + "\" doesn't exist."), std::string::npos) << r.err;
 }
 
 TEST_F(RecordCommand, BadUsage)

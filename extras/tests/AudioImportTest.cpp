@@ -83,20 +83,10 @@ TEST_F(AudioImport, KeysComeFromChunksThenNamesAndAudioIsKeptBitExact)
     const std::string named = wav("Piano C#3.wav", tone);
     AiffKeyRecord instrument;
     instrument.baseNote = 50;
-    std::string why;
     // The writer adds INST only to a looped file.
     ASSERT_TRUE(writeAiff(dir.file("in/bell.aif"), kMono16, tone.data(), int32_t(tone.size()), 1000,
-                          4999, instrument, why))
-        << why;
-
-    std::vector<ImportItem> plan;
-    ASSERT_TRUE(planImport(project(), {looped, named, dir.file("in/bell.aif")}, {}, plan, message));
-    ASSERT_EQ(plan.size(), 3u);
-    EXPECT_EQ(std::make_pair(plan[0].note, plan[0].source),
-              std::make_pair(70, KeySource::FileChunk));
-    EXPECT_EQ(std::make_pair(plan[1].note, plan[1].source),
-              std::make_pair(49, KeySource::FileName));
-    EXPECT_EQ(plan[2].note, 50);
+                          4999, instrument, message))
+        << message;
 
     ASSERT_TRUE(import({looped, named, dir.file("in/bell.aif")}, ConflictPolicy::Refuse))
         << message;
@@ -229,10 +219,8 @@ TEST_F(AudioImport, PlansThatCannotRunAreRefusedBeforeAnythingIsWritten)
 TEST_F(AudioImport, SoundLibraryFolderBecomesOneMultiSampleKeyByKey)
 {
     std::filesystem::create_directories(dir.file("in/Drums"));
-    for (const char* name : {"Kick 10.wav", "Kick 2.wav", "Kick 1.wav"}) {
-        std::string why;
-        ASSERT_TRUE(writeWav(dir.file(std::string("in/Drums/") + name), kMono16, tone, why));
-    }
+    for (const char* name : {"Kick 10.wav", "Kick 2.wav", "Kick 1.wav"})
+        wav(std::string("Drums/") + name, tone);
     test::writeFileBytes(dir.file("in/Drums/readme.txt"), "not a sample");
     ImportRun run;
     ASSERT_TRUE(importSoundLibrary(*model, dir.file("in/Drums/"), 36, run, outcome, message))

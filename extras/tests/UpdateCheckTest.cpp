@@ -108,8 +108,7 @@ TEST(UpdateCheck, BadAnswersAndNoAddress)
 
     // No address in Tonegrabber.ini: nothing is asked.
     EXPECT_TRUE(updateCheckUrl().isEmpty());
-    const UpdateCheckResult none = checkForUpdatesNow(updateCheckUrl());
-    EXPECT_EQ(none.outcome, Outcome::NoAddress);
+    EXPECT_EQ(checkForUpdatesNow(updateCheckUrl()).outcome, Outcome::NoAddress);
     QSettings(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat)
         .setValue(kUpdateUrlKey, "http://127.0.0.1:9/update.json");
     EXPECT_EQ(updateCheckUrl(), QUrl("http://127.0.0.1:9/update.json"));

@@ -13,6 +13,7 @@
 #include "shell/panels/InputOutputWidget.h"
 #include "shell/panels/PeakLevelWidget.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/PlainProject.h"
 #include "tests/support/TempDir.h"
 
 #include <QAction>
@@ -107,11 +108,9 @@ TEST_F(InputOutputWidgetTest, ShowsVariousWhereMultiSamplesDifferAndSetsAChoiceF
     {
         test::MessageBoxAnswerer declining(QMessageBox::No);
         pickWithKeyboard(panel->audioFormat(), mono16);
-        ASSERT_EQ(declining.seen().size(), 1u);
-        EXPECT_EQ(declining.seen()[0].title, "Confirmation");
-        EXPECT_EQ(declining.seen()[0].text,
-                  "This operation will overwrite the audio input format for all Multi-Samples "
-                  "in this project. Do you want to proceed?");
+        EXPECT_EQ(declining.boxes(), QStringList{"Confirmation: This operation will overwrite the "
+                                                 "audio input format for all Multi-Samples "
+                                                 "in this project. Do you want to proceed?"});
     }
     EXPECT_STREQ(project.msl[1].AudioInFormat, "48KHz, Stereo, 24bit");
     EXPECT_EQ(panel->audioFormat()->currentText(), "-Various-");
@@ -212,7 +211,6 @@ TEST(MidiMonitorWidget, OpensFromTheExtrasMenuAndListsTheManagersMessagesDecoded
                                table->item(0, 2)->text(), table->item(0, 3)->text()};
     EXPECT_EQ(first, QStringList({"0x91", "60", "100", "note 60 on, vel=100 channel=2"}));
     EXPECT_EQ(table->item(1, 1)->text(), "");
-    EXPECT_EQ(table->item(1, 3)->text(), "real-time msg: timing clock");
 
     for (QPushButton* button : monitor->findChildren<QPushButton*>())
         if (button->text() == "Clear")

@@ -62,8 +62,9 @@ TEST_F(EstimationDialogTest, FiguresAreThoseOfTheCommandLineForEachScope)
     const RecordingEstimate project = cliEstimate("'" + layered + "' --scope project");
     EXPECT_DOUBLE_EQ(dialog.estimate().seconds, project.seconds); // the preselected scope
     EXPECT_EQ(dialog.estimate().bytes, project.bytes);
-    EXPECT_EQ(dialog.timeText().toStdString(), formatEstimateTime(project.seconds));
-    EXPECT_EQ(dialog.sizeText().toStdString(), formatEstimateSize(project.bytes));
+    // The figures as the command line prints them.
+    EXPECT_EQ((dialog.timeText() + "\n" + dialog.sizeText() + "\n").toStdString(),
+              cliOutput("estimate '" + layered + "' --scope project"));
 
     dialog.findChild<QAbstractButton*>("scopeMultiSample")->click();
     const RecordingEstimate second =
@@ -78,17 +79,13 @@ TEST_F(EstimationDialogTest, FiguresAreThoseOfTheCommandLineForEachScope)
     EXPECT_EQ(dialog.estimate().bytes, project.bytes + other.bytes);
 }
 
+// What each option leaves out is EstimateTest's (SkippedKeysAddNothing); here: the boxes reach
+// the estimate.
 TEST_F(EstimationDialogTest, OptionsLeaveOutKeysWithAudio)
 {
-    // Every selected key of the current Multi-Sample has audio; the one at 60 is also locked.
     TGmsl& msl = *model.currentMultiSample();
-    int selected = 0;
     for (TGmsl_key& key : msl.keys)
-        if (key.keyState) {
-            key.hasAudio = 1;
-            ++selected;
-        }
-    ASSERT_TRUE(msl.keys[60].keyState);
+        key.hasAudio = key.keyState;
     msl.keys[60].locked = 1;
 
     EstimationDialog dialog(model);
@@ -96,7 +93,7 @@ TEST_F(EstimationDialogTest, OptionsLeaveOutKeysWithAudio)
     const double all = dialog.estimate().seconds;
     auto* keepLocked = dialog.findChild<QCheckBox*>("keepLocked");
     keepLocked->click();
-    EXPECT_NEAR(dialog.estimate().seconds, all * (selected - 1) / selected, 1e-9);
+    EXPECT_LT(dialog.estimate().seconds, all);
     keepLocked->click();
     dialog.findChild<QCheckBox*>("onlyEmpty")->click();
     EXPECT_EQ(dialog.timeText(), "0 h 0 min 0 sec");

@@ -1,8 +1,8 @@
 // The import, preset, copier, quick help, about and update windows as a user works them: real
 // widgets, real files, the model changing behind them.
 #include "audiofile/WavFile.h"
+#include "core/Message.h"
 #include "core/Model.h"
-#include "core/Names.h"
 #include "extras/Presets.h"
 #include "extras/UpdateCheck.h"
 #include "shell/ActionTable.h"

@@ -78,7 +78,6 @@ TEST_F(LevelDialogs, NormalizeToMinusOneDbThroughTheDialog)
 {
     addKey(60, 0.25);
     addKey(64, 0.9);
-    addKey(67, 0.05);
     NormalizeDialog dialog(model, nullptr);
     dialog.show();
     dialog.findChild<QDoubleSpinBox*>("targetDb")->setValue(-1.0);
@@ -87,7 +86,7 @@ TEST_F(LevelDialogs, NormalizeToMinusOneDbThroughTheDialog)
         clickOk(dialog);
         EXPECT_EQ(answerer.texts(), QStringList{"Normalizing done."});
     }
-    for (int note : {60, 64, 67})
+    for (int note : {60, 64})
         EXPECT_NEAR(peakDb(note), -1.0, 0.01) << note;
     EXPECT_EQ(dialog.result(), QDialog::Accepted);
 
@@ -111,8 +110,7 @@ TEST_F(LevelDialogs, ClippingQuestionAnsweredNoChangesNothing)
     {
         test::MessageBoxAnswerer answerer(QMessageBox::No);
         clickOk(dialog);
-        ASSERT_EQ(answerer.seen().size(), 1u);
-        EXPECT_EQ(answerer.seen()[0].text, "Some clipping will occur. Continue anyway?");
+        EXPECT_EQ(answerer.texts(), QStringList{"Some clipping will occur. Continue anyway?"});
     }
     EXPECT_EQ(test::readFileBytes(path(62)), before);
     EXPECT_TRUE(dialog.isVisible()) << "no returns to the dialog";

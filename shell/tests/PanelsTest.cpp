@@ -9,6 +9,7 @@
 #include "shell/panels/MultisampleWidget.h"
 #include "shell/panels/SamplesWidget.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/PlainProject.h"
 #include "tests/support/TempDir.h"
 
 #include <QAction>

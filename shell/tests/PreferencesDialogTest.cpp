@@ -6,6 +6,7 @@
 #include "core/Preferences.h"
 #include "core/SettingsAccessor.h"
 #include "shell/IniFile.h"
+#include "shell/tests/WidgetTestSupport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,24 +20,17 @@ namespace {
 
 class PreferencesDialogTest : public ::testing::Test {
   protected:
-    template <typename W> W* widget(PreferencesDialog& dialog, const char* name)
-    {
-        W* found = dialog.findChild<W*>(QString::fromLatin1(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-
     // Edits a text, a flag, a number, a double, a choice and the MIDI channel.
     void editSome(PreferencesDialog& dialog)
     {
-        QLineEdit* data = widget<QLineEdit>(dialog, "prefs_datapath");
+        QLineEdit* data = test::named<QLineEdit>(dialog, "prefs_datapath");
         data->setText("/somewhere/else");
         emit data->editingFinished();
-        widget<QCheckBox>(dialog, "prefs_recordsettings_autoloop")->setChecked(true);
-        widget<QSpinBox>(dialog, "prefs_MIDIoutAttackVelocity")->setValue(101);
-        widget<QDoubleSpinBox>(dialog, "prefs_recordsettings_notelength1")->setValue(4.25);
-        widget<QComboBox>(dialog, "prefs_AudioInFormat")->setCurrentText("96KHz, Mono, 24bit");
-        widget<QSpinBox>(dialog, "prefs_MIDIoutChannel")->setValue(10);
+        test::named<QCheckBox>(dialog, "prefs_recordsettings_autoloop")->setChecked(true);
+        test::named<QSpinBox>(dialog, "prefs_MIDIoutAttackVelocity")->setValue(101);
+        test::named<QDoubleSpinBox>(dialog, "prefs_recordsettings_notelength1")->setValue(4.25);
+        test::named<QComboBox>(dialog, "prefs_AudioInFormat")->setCurrentText("96KHz, Mono, 24bit");
+        test::named<QSpinBox>(dialog, "prefs_MIDIoutChannel")->setValue(10);
     }
 
     Model model;
@@ -57,7 +51,7 @@ TEST_F(PreferencesDialogTest, EveryPreferenceHasItsWidgetAndEditsReachTheRecord)
     EXPECT_STREQ(prefs.AudioInFormat, "96KHz, Mono, 24bit");
     EXPECT_EQ(prefs.MIDIoutChannel, 9) << "shown 1-16, kept 0-15";
 
-    widget<QCheckBox>(dialog, "ShowWarningOnQuit")->setChecked(false);
+    test::named<QCheckBox>(dialog, "ShowWarningOnQuit")->setChecked(false);
     dialog.accept();
     EXPECT_EQ(model.preferences().MIDIoutAttackVelocity, 101) << "OK keeps the edits";
     EXPECT_EQ(openIniFile()->value(ini::kShowWarningOnQuit), QVariant(false));
@@ -74,7 +68,7 @@ TEST_F(PreferencesDialogTest, CancelLeavesThePreferencesByteIdentical)
     PreferencesDialog dialog(model);
     editSome(dialog);
     ASSERT_NE(takePreferencesSnapshot(prefs), before);
-    widget<QCheckBox>(dialog, "ShowWarningOnQuit")->setChecked(false);
+    test::named<QCheckBox>(dialog, "ShowWarningOnQuit")->setChecked(false);
     dialog.reject();
     EXPECT_EQ(takePreferencesSnapshot(prefs), before);
     EXPECT_FALSE(openIniFile()->contains(ini::kShowWarningOnQuit));

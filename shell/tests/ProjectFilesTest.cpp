@@ -1,12 +1,12 @@
 // Opening and saving projects as the user does it: through the File menu's flow and the
 // command line of the start-up, with the messages the user sees.
-#include "core/ListEditing.h"
 #include "core/Model.h"
 #include "shell/GuiStartup.h"
 #include "shell/MainWindow.h"
 #include "shell/ProjectFileFlow.h"
 #include "shell/panels/ProjectsWidget.h"
 #include "shell/tests/WidgetTestSupport.h"
+#include "tests/support/PlainProject.h"
 #include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 
@@ -45,10 +45,9 @@ TEST_F(ProjectFilesTest, ASecondFileWithTheSameNameIsRefused)
     test::MessageBoxAnswerer answerer;
     window.projectFiles().openFiles({QString::fromStdString(first), QString::fromStdString(second),
                                      QString::fromStdString(other)});
-    ASSERT_EQ(answerer.seen().size(), 1u);
-    EXPECT_EQ(answerer.seen()[0].title, "Error");
-    EXPECT_EQ(answerer.seen()[0].text,
-              "Cannot open this project. There is already a project with that name.");
+    EXPECT_EQ(
+        answerer.boxes(),
+        QStringList{"Error: Cannot open this project. There is already a project with that name."});
     EXPECT_EQ(openProjectNames(), QStringList({"Piano", "Organ"}));
     EXPECT_STREQ(model.project(0).msl[0].name, "Soft");
 
@@ -100,8 +99,7 @@ TEST_F(ProjectFilesTest, SaveAsSavesUnderTheNewNameAndAFailedSaveSaysSo)
     std::filesystem::remove_all(dir.file("saved"));
     test::MessageBoxAnswerer answerer;
     EXPECT_FALSE(window.projectFiles().saveSelected());
-    ASSERT_EQ(answerer.seen().size(), 1u);
-    EXPECT_EQ(answerer.seen()[0].text, "Error saving selected project.");
+    EXPECT_EQ(answerer.texts(), QStringList{"Error saving selected project."});
 }
 
 TEST_F(ProjectFilesTest, ADamagedProjectOnTheCommandLineIsReportedAndTheRestOpens)
@@ -114,17 +112,20 @@ TEST_F(ProjectFilesTest, ADamagedProjectOnTheCommandLineIsReportedAndTheRestOpen
     startup.setHooks(StartupHooks{});
     startup.setSplashDelay(0, 0);
     test::MessageBoxAnswerer answerer;
-    // The project wizard the fresh preferences open at start is cancelled.
+    // The fresh preferences open the project wizard at start; cancelled, it adds no project.
+    QString wizardTitle;
     QTimer wizardCanceller;
-    QObject::connect(&wizardCanceller, &QTimer::timeout, [] {
-        if (auto* wizard = qobject_cast<QWizard*>(QApplication::activeModalWidget()))
+    QObject::connect(&wizardCanceller, &QTimer::timeout, [&] {
+        if (auto* wizard = qobject_cast<QWizard*>(QApplication::activeModalWidget())) {
+            wizardTitle = wizard->windowTitle();
             wizard->reject();
+        }
     });
     wizardCanceller.start(10);
     ASSERT_TRUE(startup.start({QString::fromStdString(good), QString::fromStdString(damaged)}));
-    ASSERT_EQ(answerer.seen().size(), 1u);
-    EXPECT_EQ(answerer.seen()[0].text.toStdString(),
-              "read error: " + damaged + "\n\nmaybe wrong format?");
+    EXPECT_EQ(wizardTitle, "Project Wizard");
+    EXPECT_EQ(answerer.texts(), QStringList{QString::fromStdString("read error: " + damaged +
+                                                                   "\n\nmaybe wrong format?")});
     EXPECT_EQ(openProjectNames(), QStringList({"Keys"}));
 
     // The program goes on: the next open works.
@@ -145,9 +146,8 @@ TEST_F(ProjectFilesTest, AFailedAudioStepEndsTheStartWithTheFatalBox)
     startup.setHooks(hooks);
     test::MessageBoxAnswerer answerer;
     EXPECT_FALSE(startup.start({}));
-    ASSERT_EQ(answerer.seen().size(), 1u);
-    EXPECT_EQ(answerer.seen()[0].title, "Fatal Error");
-    EXPECT_EQ(answerer.seen()[0].text, "Could not initialize application. Shutting down.");
+    EXPECT_EQ(answerer.boxes(),
+              QStringList{"Fatal Error: Could not initialize application. Shutting down."});
     EXPECT_EQ(startup.window(), nullptr);
 }
 

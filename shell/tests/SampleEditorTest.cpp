@@ -3,6 +3,7 @@
 // panel and the loop's figures follow, and the keyboard shows which keys are recorded.
 #include "shell/editor/SampleEditor.h"
 #include "analysis/LoopQuality.h"
+#include "analysis/tests/TestSignals.h"
 #include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
@@ -66,16 +67,19 @@ class SampleEditorTest : public ::testing::Test {
     void writeTone(const std::string& path)
     {
         const WaveFormat format = makeWaveFormat(44100, 2, 16);
-        std::vector<uint8_t> bytes(static_cast<size_t>(kFrames) * format.nBlockAlign);
-        for (int32_t f = 0; f < kFrames; ++f)
-            for (int ch = 0; ch < 2; ++ch) {
-                const double v = std::sin(2.0 * M_PI * (f + 0.3 + ch * 7) / kPeriod);
-                const auto s = static_cast<int16_t>(v * 20000.0);
-                bytes[static_cast<size_t>(f * 4 + ch * 2)] = static_cast<uint8_t>(s & 0xff);
-                bytes[static_cast<size_t>(f * 4 + ch * 2 + 1)] = static_cast<uint8_t>(s >> 8);
-            }
+        const auto bytes = test::makeSignal(format, kFrames, [](int64_t f, int ch) {
+            return int32_t(20000.0 * std::sin(2.0 * M_PI * (f + 0.3 + ch * 7) / kPeriod));
+        });
         std::string message;
         ASSERT_EQ(writeWav(path, format, bytes, message), 1) << message;
+    }
+
+    // What the model tells the panels when a recording run or an edit changed the keys.
+    void keysChanged()
+    {
+        model.notifyListeners([&](TonegrabberModelListener& l) {
+            l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
+        });
     }
 
     TGmsl_key& key() { return model.currentMultiSample()->keys[kNote]; }
@@ -118,7 +122,6 @@ TEST_F(SampleEditorTest, DraggingLoopInMovesTheModelMarkerAndTheInfoShowsIt)
 {
     ASSERT_FALSE(window->editor()->sample().wave.empty())
         << window->editor()->sample().problem.toStdString();
-    EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
 
     const int from = view->xOfFrame(5020);
     drag(from, from + 120);
@@ -199,9 +202,7 @@ TEST_F(SampleEditorTest, ATakeArrivingForTheOpenKeyIsShown)
     // What a recording run does when it has saved a take.
     writeTone(keySampleFileName(*model.currentProject(), *model.currentMultiSample(), 62));
     model.currentMultiSample()->keys[62].hasAudio = 1;
-    model.notifyListeners([&](TonegrabberModelListener& l) {
-        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
-    });
+    keysChanged();
     EXPECT_EQ(window->editor()->sample().wave.frames(), kFrames);
 
     // A take recorded again replaces the file: the new audio is shown, not the old.
@@ -210,9 +211,7 @@ TEST_F(SampleEditorTest, ATakeArrivingForTheOpenKeyIsShown)
                        makeWaveFormat(44100, 2, 16), std::vector<uint8_t>(4 * 12000), message),
               1)
         << message;
-    model.notifyListeners([&](TonegrabberModelListener& l) {
-        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
-    });
+    keysChanged();
     EXPECT_EQ(window->editor()->sample().wave.frames(), 12000);
 }
 
@@ -262,9 +261,7 @@ TEST_F(SampleEditorTest, LoopFiguresFollowTheLoopAndMarkAWrapThatClicks)
     view->placeMarker(MarkerId::LoopOut, 15050);
     window->editor()->grab();
     model.currentMultiSample()->keys[62].locked = 1;
-    model.notifyListeners([&](TonegrabberModelListener& l) {
-        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
-    });
+    keysChanged();
     EXPECT_EQ(figures->measurements(), before + 1);
     EXPECT_EQ(verdict(), "Clicks at every wrap");
     EXPECT_EQ(figures->verdict()->palette().color(QPalette::WindowText),
@@ -272,9 +269,7 @@ TEST_F(SampleEditorTest, LoopFiguresFollowTheLoopAndMarkAWrapThatClicks)
 
     // Without a loop nothing is measured or shown.
     key().loopMode = 0;
-    model.notifyListeners([&](TonegrabberModelListener& l) {
-        l.keysChanged(model.currentProjectIndex(), model.currentProject()->currentMsl);
-    });
+    keysChanged();
     EXPECT_FALSE(figures->quality().has_value());
     EXPECT_EQ(text(), "");
     EXPECT_EQ(verdict(), "");

@@ -291,8 +291,8 @@ void addExportCommands(CliApp& app)
     command
         ->add_option("--dest", args->destination,
                      "destination: folder (WAV/AIFF sets, Kronos), card or drive root (Deluge, "
-                     "Quantum, Prophet-X) or file (SFZ, SF2, Bitwig, Decent Sampler, OP-1, "
-                     "Volca Sample)")
+                     "Quantum, Prophet-X) or file (SFZ, SF2, Bitwig, NN-XT, Decent Sampler, "
+                     "OP-1, Volca Sample, Montage)")
         ->required();
     command->add_option("--settings", args->settings, "Export Settings word, e.g. 0x80020408");
     command->add_option("--naming", args->naming, "naming template of WAV/AIFF sets");

@@ -101,8 +101,6 @@ MidiOutSettings midiOutSettingsOf(const TGmsl& msl)
     settings.programActive = msl.MIDIoutProgram_active;
     settings.program = msl.MIDIoutProgram;
     settings.autoSendReset = msl.AutoSendReset;
-    settings.attackVelocity = msl.MIDIoutAttackVelocity;
-    settings.releaseVelocity = msl.MIDIoutReleaseVelocity;
     std::memcpy(settings.controllerTable, msl.controllerTable, sizeof settings.controllerTable);
     std::memcpy(settings.parameterTable, msl.parameterTable, sizeof settings.parameterTable);
     return settings;

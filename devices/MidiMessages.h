@@ -18,12 +18,10 @@ struct MidiMessage {
 // The Multi-Sample fields the MIDI side needs, copied out of a TGmsl so that this layer
 // does not depend on the model.
 struct MidiOutSettings {
-    uint16_t channel = 0;         // 0-15, low nibble of the status byte
-    uint16_t programActive = 1;   // flag
-    uint16_t program = 0;         // 0-127
-    uint16_t autoSendReset = 1;   // flag
-    uint16_t attackVelocity = 64; // 1-127
-    uint16_t releaseVelocity = 0; // 0-127
+    uint16_t channel = 0;       // 0-15, low nibble of the status byte
+    uint16_t programActive = 1; // flag
+    uint16_t program = 0;       // 0-127
+    uint16_t autoSendReset = 1; // flag
     // Per controller 0-31: MSB active, MSB value, LSB active, LSB value (LSB is c + 32).
     uint16_t controllerTable[kControllerRows][4] = {};
     // Per controller 64-120: active, value.

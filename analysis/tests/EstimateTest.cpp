@@ -41,6 +41,34 @@ TEST(Estimate, KeyAddsNoteReleaseLeadInPauseAndWavSize)
     EXPECT_EQ(estimate.bytes, static_cast<uint64_t>(44100 * 3.5 * 4) + 64);
 }
 
+TEST(Estimate, SizeAndLoopSpeedFollowTheMultiSamplesRecordingFormat)
+{
+    TGmsl msl = oneKeyMultiSample();
+    msl.recordsettings.autoloop = 1;
+    msl.recordsettings.loopsearchlength = 1.0;
+    msl.recordsettings.loopoutsearchstart = 50.0;
+    LoopSpeedTable table = speeds(0.0);
+    table[4] = 3.0; // "44.1KHz, Stereo, 24bit"
+    const struct {
+        const char* format;
+        uint64_t bytes;
+        double searchSeconds; // per frame of note: a 2 s note searched at the format's rate
+    } kCases[] = {
+        {"48KHz, Mono, 8bit", uint64_t(48000 * 3.5 * 1) + 64, 0.0},
+        {"96KHz, Stereo, 24bit", uint64_t(96000 * 3.5 * 6) + 64,
+         (192000.0 - 1920 - 96000) * 1920 / 1e7 * 3.0},
+        {"no such format", uint64_t(44100 * 3.5 * 4) + 64, 0.0}, // read as 44.1KHz, Stereo, 16bit
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.format);
+        std::snprintf(msl.AudioInFormat, sizeof msl.AudioInFormat, "%s", c.format);
+        RecordingEstimate estimate;
+        addMultiSampleEstimate(msl, {}, table, estimate);
+        EXPECT_EQ(estimate.bytes, c.bytes);
+        EXPECT_DOUBLE_EQ(estimate.seconds, 7.0 + c.searchSeconds);
+    }
+}
+
 // Keys the options leave out (locked, or holding audio) are checked on the dialog
 // (EstimationDialogTest.OptionsLeaveOutKeysWithAudio).
 TEST(Estimate, KeyWithoutNoteOrReleaseAddsNothing)

@@ -113,3 +113,20 @@ TEST(KeyRangeMapping, ProjectFormMapsOneOrEveryMultiSample)
     tg::mapKeyRanges(*project, -1);
     EXPECT_EQ(range(project->msl[0], 15), std::make_pair(10, 20));
 }
+
+TEST(KeyRangeMapping, LayerVelocitiesAreItsRangeOrAllOfThemFromTheLowestASamplerKnows)
+{
+    auto msl = std::make_unique<tg::TGmsl>();
+    msl->mapTo = 0; // the layer has a velocity range
+    msl->range_start = 0;
+    msl->range_end = 41;
+    const auto pair = [](tg::VelocityRange v) { return std::make_pair(v.low, v.high); };
+    EXPECT_EQ(pair(tg::layerVelocities(*msl, 0)), std::make_pair(0, 41));
+    EXPECT_EQ(pair(tg::layerVelocities(*msl, 1)), std::make_pair(1, 41));
+    msl->range_start = 100;
+    msl->range_end = 300;
+    EXPECT_EQ(pair(tg::layerVelocities(*msl, 1)), std::make_pair(100, 127));
+    msl->mapTo = 1; // no velocity range: every velocity
+    EXPECT_EQ(pair(tg::layerVelocities(*msl, 1)), std::make_pair(1, 127));
+    EXPECT_EQ(pair(tg::layerVelocities(*msl, 0)), std::make_pair(0, 127));
+}

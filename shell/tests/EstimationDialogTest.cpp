@@ -79,8 +79,7 @@ TEST_F(EstimationDialogTest, FiguresAreThoseOfTheCommandLineForEachScope)
     EXPECT_EQ(dialog.estimate().bytes, project.bytes + other.bytes);
 }
 
-// What each option leaves out is EstimateTest's (SkippedKeysAddNothing); here: the boxes reach
-// the estimate.
+// Keeping locked keys leaves them out; recording only empty keys leaves out every key with audio.
 TEST_F(EstimationDialogTest, OptionsLeaveOutKeysWithAudio)
 {
     TGmsl& msl = *model.currentMultiSample();

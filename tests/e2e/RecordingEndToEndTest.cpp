@@ -12,6 +12,7 @@
 #include "devices/MidiPorts.h"
 #include "recording/StartupWiring.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
@@ -60,18 +61,6 @@ class RecordOnTheSynth : public ::testing::Test {
                                     &output),
                       0)
                 << output;
-    }
-
-    // Loads the project file as the program does (hasAudio from the files on disk).
-    bool load(Model& model)
-    {
-        ProjectLoadOptions options;
-        ProjectLoadOutcome outcome;
-        std::string message;
-        const int ok =
-            loadProjects(model, folder.path(), {"Synth.TGprj"}, options, outcome, message);
-        EXPECT_EQ(ok, 1) << message;
-        return ok == 1;
     }
 
     std::string project() const { return folder.file("Synth.TGprj"); }
@@ -136,9 +125,9 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
 
     const double latency = measureInputLatency();
     ASSERT_FALSE(std::isnan(latency)) << "the calibration take found no note";
-    Model model;
-    ASSERT_TRUE(load(model));
-    const Project& p = model.project(0);
+    const std::unique_ptr<Model> model = loadProjectFile(project()); // hasAudio from the files
+    ASSERT_EQ(model->projectCount(), 1);
+    const Project& p = model->project(0);
     ASSERT_EQ(p.mslCount, 2);
     double level[2] = {0.0, 0.0};
     for (int m = 0; m < 2; ++m) {
@@ -188,9 +177,9 @@ TEST_F(RecordOnTheSynth, InterruptStopsTheRunAndKeepsTheProject)
 {
     const pid_t pid = startCliProcess({"record", project()}, "/dev/null", log());
     ASSERT_GT(pid, 0);
-    Model before;
-    ASSERT_TRUE(load(before));
-    const std::string first = keySampleFileName(before.project(0), before.project(0).msl[0], 48);
+    const std::unique_ptr<Model> before = loadProjectFile(project());
+    ASSERT_EQ(before->projectCount(), 1);
+    const std::string first = keySampleFileName(before->project(0), before->project(0).msl[0], 48);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!std::filesystem::exists(first) && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -205,10 +194,10 @@ TEST_F(RecordOnTheSynth, InterruptStopsTheRunAndKeepsTheProject)
     ASSERT_FALSE(heard.empty());
     EXPECT_LT(rmsBetween(heard, 0, int64_t(heard.size())), 2.0);
 
-    Model after;
-    ASSERT_TRUE(load(after));
-    EXPECT_EQ(after.project(0).msl[0].keys[48].hasAudio, 1);
-    EXPECT_EQ(after.project(0).msl[0].keys[60].hasAudio, 0);
+    const std::unique_ptr<Model> after = loadProjectFile(project());
+    ASSERT_EQ(after->projectCount(), 1);
+    EXPECT_EQ(after->project(0).msl[0].keys[48].hasAudio, 1);
+    EXPECT_EQ(after->project(0).msl[0].keys[60].hasAudio, 0);
 }
 
 TEST(StartupWithDevices, InitializationBuildsTheTablesFromTheRealPorts)

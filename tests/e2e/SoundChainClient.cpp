@@ -5,6 +5,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/MidiPorts.h"
 #include "tests/e2e/AudioThreadChecks.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
@@ -118,30 +119,28 @@ bool JackPatchbay::disconnect(const std::string& from, const std::string& to)
     return jack_disconnect(client_.get(), from.c_str(), to.c_str()) == 0;
 }
 
-std::vector<std::string> JackPatchbay::ports(const std::string& pattern)
+namespace {
+// The names of a list JACK handed out, which is freed.
+std::vector<std::string> takeNames(const char** list)
 {
     std::vector<std::string> names;
-    const char** list = jack_get_ports(client_.get(), pattern.c_str(), nullptr, 0);
     for (const char** name = list; name != nullptr && *name != nullptr; ++name)
         names.push_back(*name);
-    if (list != nullptr)
-        jack_free(list);
+    jack_free(list);
     return names;
+}
+} // namespace
+
+std::vector<std::string> JackPatchbay::ports(const std::string& pattern)
+{
+    return takeNames(jack_get_ports(client_.get(), pattern.c_str(), nullptr, 0));
 }
 
 std::vector<std::string> JackPatchbay::connections(const std::string& port)
 {
-    std::vector<std::string> names;
-    auto* client = client_.get();
-    jack_port_t* handle = jack_port_by_name(client, port.c_str());
-    if (handle == nullptr)
-        return names;
-    const char** list = jack_port_get_all_connections(client, handle);
-    for (const char** name = list; name != nullptr && *name != nullptr; ++name)
-        names.push_back(*name);
-    if (list != nullptr)
-        jack_free(list);
-    return names;
+    jack_port_t* handle = jack_port_by_name(client_.get(), port.c_str());
+    return handle == nullptr ? std::vector<std::string>()
+                             : takeNames(jack_port_get_all_connections(client_.get(), handle));
 }
 
 bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg)
@@ -183,17 +182,12 @@ double heldTakeValue(int64_t frame)
 
 std::vector<uint8_t> noteAndLoopTake(int32_t leadFrames, int16_t leadValue)
 {
-    std::vector<uint8_t> bytes;
-    for (int64_t frame = 0; frame < leadFrames + kTakeNoteFrames + kTakeLoopFrames; ++frame) {
-        const int16_t left =
-            frame < leadFrames ? leadValue : int16_t(takeValue(frame - leadFrames));
-        const int16_t right = int16_t(left / 2);
-        for (int16_t value : {left, right}) {
-            bytes.push_back(uint8_t(value & 0xFF));
-            bytes.push_back(uint8_t((value >> 8) & 0xFF));
-        }
-    }
-    return bytes;
+    const size_t frames = size_t(leadFrames + kTakeNoteFrames + kTakeLoopFrames);
+    return pcm16(frames, 2, [&](size_t frame, int channel) {
+        const int64_t at = int64_t(frame) - leadFrames;
+        const int16_t left = at < 0 ? leadValue : int16_t(takeValue(at));
+        return int16_t(channel == 0 ? left : left / 2);
+    });
 }
 
 int64_t matchingFrames(const std::vector<double>& heard, int64_t onset, double (*expected)(int64_t))
@@ -214,41 +208,34 @@ std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction>
 }
 
 JackCapture::JackCapture(const std::string& name, double seconds)
-    : client_(name, [this, seconds](jack_client_t* client) { return setUp(client, seconds); })
+    : client_(name, [this, seconds](jack_client_t* client) {
+          rate_ = int(jack_get_sample_rate(client));
+          for (int ch = 0; ch < 2; ++ch) {
+              frames_[ch].assign(size_t(seconds * rate_), 0.0f);
+              const std::string port = "in_" + std::to_string(ch + 1);
+              ports_[ch] = jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE,
+                                              JackPortIsInput, 0);
+          }
+          return ports_[0] != nullptr && ports_[1] != nullptr &&
+                 jack_set_process_callback(client, &JackCapture::process, this) == 0 &&
+                 jack_set_xrun_callback(client, &JackCapture::xrun, this) == 0;
+      })
 {
-}
-
-bool JackCapture::setUp(jack_client_t* client, double seconds)
-{
-    rate_ = int(jack_get_sample_rate(client));
-    for (int ch = 0; ch < 2; ++ch) {
-        frames_[ch].assign(size_t(seconds * rate_), 0.0f);
-        const std::string port = "in_" + std::to_string(ch + 1);
-        ports_[ch] =
-            jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
-    }
-    return ports_[0] != nullptr && ports_[1] != nullptr &&
-           jack_set_process_callback(client, &JackCapture::process, this) == 0 &&
-           jack_set_xrun_callback(client, &JackCapture::xrun, this) == 0;
 }
 
 JackToneSource::JackToneSource(const std::string& name, const std::vector<double>& frequencies)
-    : client_(name, [&](jack_client_t* client) { return setUp(client, frequencies); })
+    : client_(name, [&](jack_client_t* client) {
+          for (size_t i = 0; i < frequencies.size(); ++i) {
+              const std::string port = "out_" + std::to_string(i + 1);
+              ports_.push_back(jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE,
+                                                  JackPortIsOutput, 0));
+              steps_.push_back(frequencies[i] / jack_get_sample_rate(client));
+              phases_.push_back(0.0);
+          }
+          return std::count(ports_.begin(), ports_.end(), nullptr) == 0 &&
+                 jack_set_process_callback(client, &JackToneSource::process, this) == 0;
+      })
 {
-}
-
-bool JackToneSource::setUp(jack_client_t* client, const std::vector<double>& frequencies)
-{
-    const double rate = jack_get_sample_rate(client);
-    for (size_t i = 0; i < frequencies.size(); ++i) {
-        const std::string port = "out_" + std::to_string(i + 1);
-        ports_.push_back(
-            jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0));
-        steps_.push_back(frequencies[i] / rate);
-        phases_.push_back(0.0);
-    }
-    return std::count(ports_.begin(), ports_.end(), nullptr) == 0 &&
-           jack_set_process_callback(client, &JackToneSource::process, this) == 0;
 }
 
 int JackToneSource::process(unsigned frames, void* self)

@@ -127,7 +127,6 @@ class JackCapture {
   private:
     static int process(unsigned frames, void* self);
     static int xrun(void* self);
-    bool setUp(jack_client_t* client, double seconds);
     std::atomic<int> xruns_{0};
     jack_port_t* ports_[2] = {nullptr, nullptr};
     std::vector<float> frames_[2];
@@ -165,7 +164,6 @@ class JackToneSource {
 
   private:
     static int process(unsigned frames, void* self);
-    bool setUp(jack_client_t* client, const std::vector<double>& frequencies);
     std::vector<jack_port_t*> ports_;
     std::vector<double> steps_;  // phase advance per frame, in cycles
     std::vector<double> phases_; // audio thread only

@@ -12,7 +12,6 @@
 #include "shell/dialogs/RecordDialog.h"
 #include "shell/dialogs/TuningOscillatorBox.h"
 #include "shell/tests/WidgetTestSupport.h"
-#include "tests/e2e/LoopWraps.h"
 #include "tests/e2e/SampledKey.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/support/ShellCommand.h"
@@ -33,7 +32,7 @@
 namespace tg::test {
 namespace {
 
-constexpr double kTolerance = 3.0; // JACK's float round trip moves a 16-bit value a step
+constexpr double kTolerance = kLoopbackTolerance;
 constexpr double kRate = 44100.0;
 
 class TuningOscillatorOnJack : public ::testing::Test {
@@ -74,12 +73,6 @@ class TuningOscillatorOnJack : public ::testing::Test {
         box_->volumeBox()->setValue(volumeDb);
     }
 
-    // The first channel captured while `actions` ran.
-    std::vector<double> capture(double seconds, std::vector<TimedAction> actions)
-    {
-        return captureFirstChannel(seconds, std::move(actions));
-    }
-
     JackPatchbay patchbay_;
     TempDir dir_;
     Model model_;
@@ -105,8 +98,9 @@ int64_t waveStart(const std::vector<double>& played, const std::vector<double>& 
 TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
 {
     choose("Sine", 69, -12);
-    const std::vector<double> left = capture(3.0, {{0.2, [&] { box_->playButton()->click(); }},
-                                                   {2.4, [&] { box_->playButton()->click(); }}});
+    const std::vector<double> left =
+        captureFirstChannel(3.0, {{0.2, [&] { box_->playButton()->click(); }},
+                                  {2.4, [&] { box_->playButton()->click(); }}});
     EXPECT_TRUE(box_->problem().isEmpty()) << box_->problem().toStdString();
 
     TuningWave wave;
@@ -115,10 +109,9 @@ TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
     const std::vector<double> expected = firstChannel(wave.data, 1, int64_t(wave.data.size() / 2));
     const int64_t start = waveStart(left, expected);
     ASSERT_GE(start, 0) << "the tone was not heard as made";
-    const double pitch = pitchHz(left, start + 4410, start + 44100, kRate, 300.0, 600.0);
-    EXPECT_NEAR(1200.0 * std::log2(pitch / 440.0), 0.0, 0.5) << pitch << " Hz";
 
-    // The loop as heard: where the capture leaves the looped wave is where Stop faded it.
+    // The loop as heard, the made wave's sample for sample (whose pitch and seamless loop its
+    // own unit test measures): where the capture leaves it is where Stop faded it.
     int64_t held = 0;
     const int64_t loopLength = wave.loopEnd - wave.loopStart;
     while (start + held < int64_t(left.size())) {
@@ -129,11 +122,6 @@ TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
         ++held;
     }
     EXPECT_GT(held, int64_t(1.8 * kRate)) << "the tone plays on until Stop";
-    const LoopWraps wraps =
-        measureLoopWraps(left, start + wave.loopStart, start + wave.loopEnd - 1, start + held);
-    EXPECT_GE(wraps.wraps, 2);
-    EXPECT_EQ(wraps.clickingWraps, 0) << "worst seam step " << wraps.worstRatio << " x median";
-
     const int64_t block = int64_t(audio::outputFramesPerBuffer());
     EXPECT_LE(peakBetween(left, start + held + block, int64_t(left.size())), kTolerance)
         << "Stop ends the tone within a block";
@@ -166,8 +154,8 @@ TEST_F(TuningOscillatorOnJack, StartRecordingSilencesTheTone)
     choose("Rect", 57, -20);
     MessageBoxAnswerer answerer;
     const std::vector<double> left =
-        capture(1.5, {{0.2, [&] { box_->playButton()->click(); }},
-                      {0.8, [&] { dialog_->startButton()->click(); }}});
+        captureFirstChannel(1.5, {{0.2, [&] { box_->playButton()->click(); }},
+                                  {0.8, [&] { dialog_->startButton()->click(); }}});
     const int64_t onset = firstFrameAbove(left, 1000.0);
     ASSERT_GT(onset, 0) << "the tone was not heard";
     EXPECT_NEAR(pitchHz(left, onset + 2205, onset + 11025, kRate, 150.0, 300.0), 220.0, 0.2);

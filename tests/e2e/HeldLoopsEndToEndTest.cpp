@@ -5,7 +5,7 @@
 // must come back apart, each its own channel of the take. A wrap clicks when its seam step,
 // the part of its step that the audio does not take itself where it first enters the loop,
 // passes the loop click rule (a whole step may: a square wave's own edge at the loop start).
-#include "analysis/BatchAuto.h"
+#include "analysis/KeySampleFile.h"
 #include "analysis/PcmSamples.h"
 #include "analysis/Renderer.h"
 #include "audiofile/WavFile.h"

@@ -95,9 +95,6 @@ class FourChannelInterface : public ::testing::Test {
 
 TEST_F(FourChannelInterface, ChosenChannelFillsTheTakeAndTheMeter)
 {
-    EXPECT_EQ(deviceTables().audioIn[size_t(row)].channels,
-              (std::vector<std::string>{"out_1", "out_2", "out_3", "out_4", "Default"}));
-
     // Channel 4 alone, in 24 bits (a stereo pair is chosen by the command line's test below).
     const std::vector<std::vector<double>> take = record("44.1KHz, Mono, 24bit", 3, -1);
     ASSERT_EQ(take.size(), 1u);
@@ -112,7 +109,8 @@ TEST_F(FourChannelInterface, ChosenChannelFillsTheTakeAndTheMeter)
     EXPECT_EQ(audioThreadAllocations(), 0);
 }
 
-// The same choice through the command line: `devices` names the channels and a recording
+// The same choice through the command line: `devices` names the channels the table found
+// for the interface, and a recording
 // run with --input-channels takes channels 3 and 4 into its Key-Sample.
 TEST_F(FourChannelInterface, CliRecordsTheChannelsItIsGiven)
 {

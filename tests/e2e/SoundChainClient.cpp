@@ -190,7 +190,8 @@ std::vector<uint8_t> noteAndLoopTake(int32_t leadFrames, int16_t leadValue)
     });
 }
 
-int64_t matchingFrames(const std::vector<double>& heard, int64_t onset, double (*expected)(int64_t))
+int64_t matchingFrames(const std::vector<double>& heard, int64_t onset,
+                       const std::function<double(int64_t)>& expected)
 {
     int64_t frame = onset;
     while (frame < int64_t(heard.size()) &&

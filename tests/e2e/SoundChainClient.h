@@ -103,7 +103,7 @@ double takeValue(int64_t frame);
 double heldTakeValue(int64_t frame);
 // How many frames of `heard` from `onset` on match `expected` within the tolerance.
 int64_t matchingFrames(const std::vector<double>& heard, int64_t onset,
-                       double (*expected)(int64_t));
+                       const std::function<double(int64_t)>& expected);
 
 // Records `seconds` of the open stereo 16-bit input while `actions` run (a gtest failure when
 // the take cannot be made); its first channel on the 16-bit scale.

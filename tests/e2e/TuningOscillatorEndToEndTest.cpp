@@ -24,8 +24,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -80,21 +80,6 @@ class TuningOscillatorOnJack : public ::testing::Test {
     shell::TuningOscillatorBox* box_ = nullptr;
 };
 
-// The frame where `wave` starts in `played`: the first of the frames around the first sound
-// from which the wave's first milliseconds are heard unchanged, or -1.
-int64_t waveStart(const std::vector<double>& played, const std::vector<double>& wave)
-{
-    const int64_t onset = firstFrameAbove(played, 4 * kTolerance);
-    for (int64_t start = std::max<int64_t>(0, onset - 4); onset >= 0 && start <= onset; ++start) {
-        bool same = true;
-        for (size_t i = 0; same && i < 441 && start + int64_t(i) < int64_t(played.size()); ++i)
-            same = std::fabs(played[size_t(start) + i] - wave[i]) <= kTolerance;
-        if (same)
-            return start;
-    }
-    return -1;
-}
-
 TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
 {
     choose("Sine", 69, -12);
@@ -106,21 +91,25 @@ TEST_F(TuningOscillatorOnJack, ChosenNoteLoopsSeamlesslyUntilStop)
     TuningWave wave;
     std::string msg;
     ASSERT_EQ(makeTuningWave({TuningWaveform::Sine, 69, -12}, wave, msg), 1) << msg;
-    const std::vector<double> expected = firstChannel(wave.data, 1, int64_t(wave.data.size() / 2));
-    const int64_t start = waveStart(left, expected);
-    ASSERT_GE(start, 0) << "the tone was not heard as made";
+    const std::vector<double> made = firstChannel(wave.data, 1, int64_t(wave.data.size() / 2));
+    // The wave as it plays on: its loop over and over.
+    const int64_t loopLength = wave.loopEnd - wave.loopStart;
+    const auto looped = [&](int64_t i) {
+        return made[size_t(i < wave.loopEnd ? i
+                                            : wave.loopStart + (i - wave.loopStart) % loopLength)];
+    };
+    // Where it starts: among the frames just before the first sound, the one from which its
+    // first 10 ms are heard unchanged.
+    const int64_t onset = firstFrameAbove(left, 4 * kTolerance);
+    ASSERT_GE(onset, 0) << "the tone was not heard";
+    int64_t start = std::max<int64_t>(0, onset - 4);
+    while (start <= onset && matchingFrames(left, start, looped) < 441)
+        ++start;
+    ASSERT_LE(start, onset) << "the tone was not heard as made";
 
     // The loop as heard, the made wave's sample for sample (whose pitch and seamless loop its
     // own unit test measures): where the capture leaves it is where Stop faded it.
-    int64_t held = 0;
-    const int64_t loopLength = wave.loopEnd - wave.loopStart;
-    while (start + held < int64_t(left.size())) {
-        const int64_t frame =
-            held < wave.loopEnd ? held : wave.loopStart + (held - wave.loopStart) % loopLength;
-        if (std::fabs(left[size_t(start + held)] - expected[size_t(frame)]) > kTolerance)
-            break;
-        ++held;
-    }
+    const int64_t held = matchingFrames(left, start, looped);
     EXPECT_GT(held, int64_t(1.8 * kRate)) << "the tone plays on until Stop";
     const int64_t block = int64_t(audio::outputFramesPerBuffer());
     EXPECT_LE(peakBetween(left, start + held + block, int64_t(left.size())), kTolerance)

@@ -24,19 +24,15 @@ constexpr double kRate = 44100.0;
 // recording can be from the wall-clock time it was sent at.
 constexpr int64_t kJackPeriod = 1024;
 
-bool contains(const nlohmann::json& list, const std::string& name)
-{
-    return std::find(list.begin(), list.end(), name) != list.end();
-}
-
 TEST(SoundChainDevices, CliListsTheSynthAsAudioInputAndMidiOutput)
 {
     std::string output;
     runCliProcess("devices --json 2>/dev/null", &output);
     const nlohmann::json document = nlohmann::json::parse(output, nullptr, false);
     ASSERT_FALSE(document.is_discarded()) << output;
-    EXPECT_TRUE(contains(document["audioIn"], kSynthAudioDevice)) << output;
-    EXPECT_TRUE(contains(document["midiOut"], kSynthMidiPort)) << output;
+    for (const auto& [list, device] :
+         {std::pair{"audioIn", kSynthAudioDevice}, std::pair{"midiOut", kSynthMidiPort}})
+        EXPECT_EQ(std::count(document[list].begin(), document[list].end(), device), 1) << output;
 }
 
 // Opens the synth's audio as the input at "44.1KHz, Stereo, 16bit" and its MIDI port.
@@ -91,8 +87,7 @@ TEST_F(SynthRecording, NoteOnAfterHalfASecondRecordsMiddleC)
     EXPECT_LE(onset, 22050 + 2 * kJackPeriod);
 
     const double pitch = pitchHz(left, onset + 2205, onset + 2205 + 16384, kRate, 200.0, 330.0);
-    std::fprintf(stderr, "pitch %.3f Hz, peak level %.4f, %d meter calls\n", pitch,
-                 double(peaks.highest()), peaks.calls());
+    std::fprintf(stderr, "pitch %.3f Hz, peak level %.4f\n", pitch, double(peaks.highest()));
     EXPECT_NEAR(pitch, 261.63, 261.63 * 0.01);
     EXPECT_GT(peaks.highest(), 0.0f);
     // The meter ran inside the record callback; nothing on that thread allocated.

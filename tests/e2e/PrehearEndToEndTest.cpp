@@ -66,11 +66,6 @@ class PrehearOnJack : public ::testing::Test {
             << msg;
     }
 
-    std::vector<double> capture(std::vector<TimedAction> actions)
-    {
-        return captureFirstChannel(2.0, std::move(actions));
-    }
-
     JackPatchbay patchbay_;
     PeakRecorder meter_;
     TempDir dir_;
@@ -80,7 +75,8 @@ class PrehearOnJack : public ::testing::Test {
 TEST_F(PrehearOnJack, NotePlaysTheTakeOnceFromNoteIn)
 {
     shell::RecordingCheckDialog dialog(*project_, project_->msl[0], 60);
-    const std::vector<double> left = capture({{0.2, [&] { dialog.noteButton()->click(); }}});
+    const std::vector<double> left =
+        captureFirstChannel(2.0, {{0.2, [&] { dialog.noteButton()->click(); }}});
     EXPECT_TRUE(dialog.prehearProblem().isEmpty()) << dialog.prehearProblem().toStdString();
     const int64_t onset = firstFrameAbove(left, 500.0);
     ASSERT_GT(onset, 0) << "nothing was played";
@@ -93,8 +89,9 @@ TEST_F(PrehearOnJack, NotePlaysTheTakeOnceFromNoteIn)
 TEST_F(PrehearOnJack, LoopRepeatsUntilStopFadesItWithinABlock)
 {
     shell::RecordingCheckDialog dialog(*project_, project_->msl[0], 60);
-    const std::vector<double> left = capture({{0.2, [&] { dialog.loopButton()->click(); }},
-                                              {1.2, [&] { dialog.stopButton()->click(); }}});
+    const std::vector<double> left =
+        captureFirstChannel(2.0, {{0.2, [&] { dialog.loopButton()->click(); }},
+                                  {1.2, [&] { dialog.stopButton()->click(); }}});
     const int64_t onset = firstFrameAbove(left, 500.0);
     ASSERT_GT(onset, 0) << "nothing was played";
     const int64_t held = matchingFrames(left, onset, heldTakeValue);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 namespace tg::test {
@@ -47,15 +48,10 @@ TEST_F(RecordOfflineCli, Lv2InstrumentIsBouncedAndKeptForTheNextRun)
         cli("record '" + project() + "' --offline --quiet --instrument '" + choice + "'", output),
         0)
         << output;
-    // One take per key; what the instrument plays into them is checked by the offline
-    // recording's own tests.
-    for (int note : {48, 66, 84}) {
-        const std::string prefix = "Keys - Velocity 127 - 0" + std::to_string(note) + " - ";
-        bool found = false;
-        for (const auto& entry : std::filesystem::directory_iterator(dir.file("data")))
-            found = found || entry.path().filename().string().rfind(prefix, 0) == 0;
-        EXPECT_TRUE(found) << "no take of note " << note;
-    }
+    // One take for each of the three keys (their names are the naming's tests', what the
+    // instrument plays into them the offline recording's).
+    const auto takes = std::filesystem::directory_iterator(dir.file("data"));
+    EXPECT_EQ(std::distance(begin(takes), end(takes)), 3);
 
     // The choice was kept: the next offline run needs no --instrument.
     EXPECT_NE(readFileBytes(dir.file("home/Tonegrabber.ini")).find(choice), std::string::npos);

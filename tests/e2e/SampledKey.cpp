@@ -9,6 +9,7 @@
 #include "tests/e2e/LoopWraps.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/support/Pcm16.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/ToneAnalysis.h"
 
@@ -74,12 +75,10 @@ bool makeSampledKey(const std::string& folder, const std::string& home, SampledK
             return false;
 
     // The key's note ends where the recording let the key go, and its release is on.
-    Model model;
-    ProjectLoadOptions loadOptions;
-    ProjectLoadOutcome outcome;
-    if (!loadProjects(model, folder, {"Organ.TGprj"}, loadOptions, outcome, failure))
+    const std::unique_ptr<Model> model = loadProjectFile(out.project);
+    if (model->projectCount() != 1)
         return false;
-    Project& project = *model.currentProject();
+    Project& project = model->project(0);
     TGmsl_key& key = project.msl[0].keys[SampledKey::kNote];
     key.Note_Out = key.Release_In;
     key.releaseOn = 1;

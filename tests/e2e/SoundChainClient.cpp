@@ -55,7 +55,6 @@ void PeakRecorder::onInputPeak(float first, float second)
     float seen = highest_.load();
     while (peak > seen && !highest_.compare_exchange_weak(seen, peak)) {
     }
-    calls_.fetch_add(1);
 }
 
 TimedAction sendAt(double atSeconds, std::vector<uint8_t> bytes)

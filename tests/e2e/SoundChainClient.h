@@ -33,11 +33,9 @@ class PeakRecorder : public LevelListener {
   public:
     void onInputPeak(float first, float second) override;
     float highest() const { return highest_.load(); }
-    int calls() const { return calls_.load(); }
 
   private:
     std::atomic<float> highest_{0.0f};
-    std::atomic<int> calls_{0};
 };
 
 // An event of a timed recording: `action` runs `atSeconds` after the recording was armed.

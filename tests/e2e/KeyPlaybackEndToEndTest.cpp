@@ -10,6 +10,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
 #include "recording/StartupWiring.h"
+#include "shell/IniFile.h"
 #include "shell/KeyPlayback.h"
 #include "shell/MainWindow.h"
 #include "shell/QtPlatformLeaks.h"
@@ -23,7 +24,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QSettings>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -50,10 +50,8 @@ class KeyPlaybackEndToEnd : public ::testing::Test {
         std::string failure;
         ASSERT_TRUE(makeSampledKey(dir.path(), home, sampled, failure)) << failure;
         chooseAudioOutput(home, kCaptureClient);
-        {
-            QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
-            ini.setValue(ini::kInputMidiDeviceName, QString::fromStdString(midiKeys.portName()));
-        }
+        shell::openIniFile()->setValue(QString::fromLatin1(ini::kInputMidiDeviceName),
+                                       QString::fromStdString(midiKeys.portName()));
         ASSERT_TRUE(capture.ok());
         ASSERT_TRUE(midiKeys.ok());
 

@@ -154,14 +154,10 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
             // Note_Out = Release_In: the measured note length less the latency setting.
             EXPECT_NEAR(double(key.Note_Out - key.Note_In) / kRate,
                         1.5 - msl.recordsettings.latency * 0.001, 0.030);
-            EXPECT_EQ(key.Release_In, key.Note_Out);
-            EXPECT_GT(key.Release_Out, key.Release_In);
+            // How the markers and the loop follow from the note is TakeMarkersTest's; here
+            // that the run set them inside the take.
             EXPECT_LT(key.Release_Out, frames);
-
             EXPECT_EQ(key.loopMode, 1);
-            EXPECT_GT(key.Loop_In, key.Note_In);
-            EXPECT_LE(key.Loop_Out, key.Note_Out);
-            EXPECT_GT(key.xfadeLen, 0);
 
             const std::vector<double> left = firstChannel(data, 2, frames);
             level[m] += rmsBetween(left, key.Note_In + kRate / 10, key.Note_Out - kRate / 10);

@@ -9,12 +9,8 @@
 
 namespace tg::test {
 
-struct SndfileCloser {
-    void operator()(SNDFILE* f) const { sf_close(f); }
-};
-
 struct SndfileView {
-    std::unique_ptr<SNDFILE, SndfileCloser> file; // null when libsndfile refused the file
+    std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file{nullptr, sf_close}; // null: refused
     SF_INFO info{};
     bool hasInstrument = false;
     SF_INSTRUMENT instrument{};

@@ -48,12 +48,6 @@ long audioThreadMutexLocks()
     return mutexLocks.load();
 }
 
-void countMutexLock()
-{
-    if (isAudioThread)
-        mutexLocks.fetch_add(1, std::memory_order_relaxed);
-}
-
 } // namespace tg::test
 
 // Every pthread mutex taken on a marked thread is counted, then the real one is taken.
@@ -62,7 +56,8 @@ extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex)
 {
     using Lock = int (*)(pthread_mutex_t*);
     static Lock realLock = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
-    tg::test::countMutexLock();
+    if (tg::test::isAudioThread)
+        tg::test::mutexLocks.fetch_add(1, std::memory_order_relaxed);
     return realLock(mutex);
 }
 

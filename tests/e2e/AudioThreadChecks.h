@@ -10,6 +10,5 @@ bool audioThreadMarked();
 long audioThreadAllocations();
 // pthread mutexes locked on marked threads.
 long audioThreadMutexLocks();
-void countMutexLock();
 
 } // namespace tg::test

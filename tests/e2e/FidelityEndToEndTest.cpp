@@ -3,8 +3,6 @@
 // FluidSynth. For a set of notes, sampled keys and keys between them, the re-rendered sound
 // must match the original preset's render: pitch within 0.5 %, level within 1 dB, and the
 // spectral distance is reported.
-#include "devices/HostedInstrument.h"
-#include "devices/OfflineBouncer.h"
 #include "tests/e2e/SampledSoundFont.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
@@ -86,29 +84,13 @@ double spectralDistanceDb(const std::vector<double>& a, const std::vector<double
     return std::sqrt(sum / (high - low));
 }
 
-std::unique_ptr<HostedInstrument> open(const std::string& text)
-{
-    InstrumentSpec choice;
-    std::string msg;
-    EXPECT_EQ(parseInstrumentSpec(text, choice, msg), 1) << msg;
-    auto instrument = openHostedInstrument(choice, int32_t(kRate), msg);
-    EXPECT_NE(instrument, nullptr) << msg;
-    return instrument;
-}
-
 std::vector<double> render(HostedInstrument& instrument, int note)
 {
     BounceNote bounce;
     bounce.note = note;
-    bounce.attackVelocity = 127;
     bounce.noteLength = 1.5;
     bounce.releaseLength = 0.2;
-    std::vector<uint8_t> take;
-    std::string msg;
-    EXPECT_EQ(bounceNote(instrument, bounce, AudioStreamConfig{-1, -1, -1, 44100, 16, 1, -1.0f},
-                         take, msg),
-              1)
-        << msg;
+    const std::vector<uint8_t> take = bounceTake(instrument, bounce, 1);
     return firstChannel(take, 1, int64_t(take.size() / 2));
 }
 
@@ -127,8 +109,8 @@ TEST_P(Fidelity, SampledSoundFontPresetPlaysBackLikeTheOriginal)
     // gain, but its stereo Key-Samples are pairs panned hard left and right, and FluidSynth
     // plays a hard-panned voice at 0.707 of the sample (a centred one at 0.5 per side): the
     // bank plays 3 dB up to sound as loud as its takes.
-    auto before = open(original);
-    auto after = open(dir.file("Fidelity.sf2") + "?gain=1.41421");
+    auto before = openInstrument(original);
+    auto after = openInstrument(dir.file("Fidelity.sf2") + "?gain=1.41421");
     ASSERT_NE(before, nullptr);
     ASSERT_NE(after, nullptr);
     const int64_t from = 22050 + 4410; // past the attack

@@ -10,6 +10,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
 #include "recording/StartupWiring.h"
+#include "shell/IniFile.h"
 #include "shell/KeyPlayback.h"
 #include "shell/MainWindow.h"
 #include "shell/QtPlatformLeaks.h"
@@ -23,7 +24,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QSettings>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -50,10 +50,8 @@ class KeyPlaybackEndToEnd : public ::testing::Test {
         std::string failure;
         ASSERT_TRUE(makeSampledKey(dir.path(), home, sampled, failure)) << failure;
         chooseAudioOutput(home, kCaptureClient);
-        {
-            QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
-            ini.setValue(ini::kInputMidiDeviceName, QString::fromStdString(midiKeys.portName()));
-        }
+        shell::openIniFile()->setValue(QString::fromLatin1(ini::kInputMidiDeviceName),
+                                       QString::fromStdString(midiKeys.portName()));
         ASSERT_TRUE(capture.ok());
         ASSERT_TRUE(midiKeys.ok());
 
@@ -87,10 +85,10 @@ class KeyPlaybackEndToEnd : public ::testing::Test {
         audio::terminate();
     }
 
-    // Waits with the event loop running until the player has stopped.
-    static void waitUntilSilent()
+    // Waits with the event loop running until the player has stopped; false if it did not.
+    static bool waitUntilSilent()
     {
-        QTest::qWaitFor([] { return !audio::player().isPlaying(); }, kPlaybackLimitMs);
+        return QTest::qWaitFor([] { return !audio::player().isPlaying(); }, kPlaybackLimitMs);
     }
 
     TempDir dir;
@@ -113,8 +111,7 @@ TEST_F(KeyPlaybackEndToEnd, KeyHeldOnTheKeyboardPlaysNoteLoopAndRelease)
         EXPECT_EQ(window->keyPlayback().keys().lastNote(), SampledKey::kNote);
         QTest::qWait(int(kHoldSeconds * 1000));
         QTest::mouseRelease(keyboard, Qt::LeftButton, {}, key);
-        waitUntilSilent();
-        ASSERT_FALSE(audio::player().isPlaying());
+        ASSERT_TRUE(waitUntilSilent());
     });
 }
 
@@ -125,8 +122,7 @@ TEST_F(KeyPlaybackEndToEnd, NoteOnFromMidiInputPlaysTheKeyUntilNoteOff)
         QTest::qWait(int(kHoldSeconds * 1000));
         EXPECT_EQ(window->keyPlayback().keys().lastNote(), SampledKey::kNote);
         midiKeys.send(0x80, SampledKey::kNote, 0);
-        waitUntilSilent();
-        ASSERT_FALSE(audio::player().isPlaying());
+        ASSERT_TRUE(waitUntilSilent());
     });
 }
 

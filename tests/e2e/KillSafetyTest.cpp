@@ -5,6 +5,7 @@
 #include "core/Model.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 
@@ -107,12 +108,10 @@ class KillSafety : public ::testing::Test {
     // key in the project has the markers the run set.
     void expectNothingLost(const std::set<std::string>& finished)
     {
-        Model model;
-        ProjectLoadOutcome loaded;
+        const std::unique_ptr<Model> model = loadProjectFile(project());
+        ASSERT_EQ(model->projectCount(), 1);
+        const Project& p = model->project(0);
         std::string message;
-        ASSERT_TRUE(loadProjects(model, dir.path(), {"Keys.TGprj"}, {}, loaded, message))
-            << message;
-        const Project& p = model.project(loaded.loaded.at(0));
         std::set<std::string> withMarkers;
         for (int note = 0; note < kKeyCount; ++note) {
             const TGmsl_key& key = p.msl[0].keys[note];

@@ -29,7 +29,6 @@ LoopWraps measureLoopWraps(const std::vector<double>& played, int64_t loopStart,
         const double step = played[size_t(wrap)] - played[size_t(wrap - 1)];
         const double seam = std::fabs(step - entry);
         ++result.wraps;
-        result.steppingWraps += isLoopClick(std::fabs(step), median, loopPeak);
         result.clickingWraps += isLoopClick(seam, median, loopPeak);
         result.worstRatio = std::max(result.worstRatio, median > 0.0 ? seam / median : 0.0);
     }

@@ -8,7 +8,6 @@ namespace tg::test {
 
 struct LoopWraps {
     int wraps = 0;
-    int steppingWraps = 0;   // wraps whose whole step passes the click rule
     int clickingWraps = 0;   // wraps whose seam step passes it
     double worstRatio = 0.0; // largest seam step over the median step
 };

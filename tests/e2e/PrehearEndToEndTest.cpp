@@ -1,12 +1,14 @@
 // Prehear in the take check dialog through a real JACK graph: the output of a duplex stream
 // on the dummy server's "system" device is patched into its own input, so the recorder
-// captures exactly what the dialog's Note, Loop and Stop buttons played.
+// captures exactly what the dialog's Note, Loop and Stop buttons played, and the duplex
+// callback that records and plays is watched for allocations and locks.
 #include "audiofile/WavFile.h"
 #include "core/Names.h"
 #include "core/Records.h"
 #include "devices/AudioEngine.h"
 #include "devices/Player.h"
 #include "shell/dialogs/RecordingCheckDialog.h"
+#include "tests/e2e/AudioThreadChecks.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
@@ -14,6 +16,7 @@
 #include <QPushButton>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -30,6 +33,7 @@ class PrehearOnJack : public ::testing::Test {
         std::string msg;
         ASSERT_EQ(audio::initialize(msg), 1) << msg;
         ASSERT_TRUE(openPlaybackLoopback(patchbay_, msg)) << msg;
+        audio::addLevelListener(&meter_); // marks the duplex callback's thread
         writeTake();
     }
 
@@ -37,6 +41,7 @@ class PrehearOnJack : public ::testing::Test {
     {
         std::string msg;
         audio::closeStreams(msg);
+        audio::removeLevelListener(&meter_);
         audio::terminate();
     }
 
@@ -61,12 +66,8 @@ class PrehearOnJack : public ::testing::Test {
             << msg;
     }
 
-    std::vector<double> capture(std::vector<TimedAction> actions)
-    {
-        return captureFirstChannel(2.0, std::move(actions));
-    }
-
     JackPatchbay patchbay_;
+    PeakRecorder meter_;
     TempDir dir_;
     std::unique_ptr<Project> project_ = std::make_unique<Project>();
 };
@@ -74,7 +75,8 @@ class PrehearOnJack : public ::testing::Test {
 TEST_F(PrehearOnJack, NotePlaysTheTakeOnceFromNoteIn)
 {
     shell::RecordingCheckDialog dialog(*project_, project_->msl[0], 60);
-    const std::vector<double> left = capture({{0.2, [&] { dialog.noteButton()->click(); }}});
+    const std::vector<double> left =
+        captureFirstChannel(2.0, {{0.2, [&] { dialog.noteButton()->click(); }}});
     EXPECT_TRUE(dialog.prehearProblem().isEmpty()) << dialog.prehearProblem().toStdString();
     const int64_t onset = firstFrameAbove(left, 500.0);
     ASSERT_GT(onset, 0) << "nothing was played";
@@ -84,19 +86,30 @@ TEST_F(PrehearOnJack, NotePlaysTheTakeOnceFromNoteIn)
     EXPECT_LE(peakBetween(left, onset + played, int64_t(left.size())), kLoopbackTolerance);
 }
 
-TEST_F(PrehearOnJack, LoopRepeatsUntilStop)
+TEST_F(PrehearOnJack, LoopRepeatsUntilStopFadesItWithinABlock)
 {
     shell::RecordingCheckDialog dialog(*project_, project_->msl[0], 60);
-    const std::vector<double> left = capture({{0.2, [&] { dialog.loopButton()->click(); }},
-                                              {1.2, [&] { dialog.stopButton()->click(); }}});
+    const std::vector<double> left =
+        captureFirstChannel(2.0, {{0.2, [&] { dialog.loopButton()->click(); }},
+                                  {1.2, [&] { dialog.stopButton()->click(); }}});
     const int64_t onset = firstFrameAbove(left, 500.0);
     ASSERT_GT(onset, 0) << "nothing was played";
     const int64_t held = matchingFrames(left, onset, heldTakeValue);
     EXPECT_GT(held, kTakeNoteFrames + 5 * kTakeLoopFrames) << "the loop repeats until Stop";
+    // Stop fades the next block (its shape is the player's unit test's), then silence.
     const int64_t block = int64_t(audio::inputFramesPerBuffer());
+    const int64_t halfWay = onset + held + block / 2;
+    EXPECT_GT(std::fabs(left[size_t(halfWay)]), 0.3 * std::fabs(heldTakeValue(halfWay - onset)))
+        << "a fade, not a hard cut";
     EXPECT_LE(peakBetween(left, onset + held + block, int64_t(left.size())), kLoopbackTolerance)
         << "Stop ends it within a block";
     EXPECT_FALSE(audio::player().isPlaying());
+
+    // Recording and playing (one duplex callback) allocated nothing and took no lock but the
+    // record flag's QMutex (a futex, not counted).
+    EXPECT_TRUE(audioThreadMarked());
+    EXPECT_EQ(audioThreadAllocations(), 0);
+    EXPECT_EQ(audioThreadMutexLocks(), 0);
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include "audiofile/WavFile.h"
 #include "core/Model.h"
 #include "core/Names.h"
-#include "core/ProjectFile.h"
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
 #include "devices/MidiPorts.h"
@@ -12,16 +11,16 @@
 #include "recording/StartupWiring.h"
 #include "shell/dialogs/RecordDialog.h"
 #include "shell/dialogs/RecordingCheckDialog.h"
+#include "shell/tests/WidgetTestSupport.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -33,57 +32,33 @@ namespace {
 constexpr int kKeys[] = {48, 66, 84}; // 37 keys from C3, every 18th
 constexpr int kWaitMs = 60 * 1000;
 
-// Opens the devices and makes a semi-automatic project "Synth" in `data` that records the
-// synth's JACK ports at keys 48, 66 and 84, notes of 0.6 s with 0.3 s of release. False, with
-// the reason, when something is missing.
-bool openSynthProject(Model& model, const std::string& home, const std::string& data,
-                      std::string& msg)
-{
-    CoreFolders folders;
-    folders.programFolder = home;
-    folders.userDataFolder = home;
-    if (initializeWithDevices(model, folders, msg) != 1 || !openMidiOutByName(kSynthMidiPort, msg))
-        return false;
-    ProjectSetupRecord setup;
-    setup.name = "Synth";
-    setup.dataPath = data;
-    setup.audioInDeviceRow = audioInTableIndex(deviceTables(), kSynthAudioDevice);
-    if (setup.audioInDeviceRow < 0) {
-        msg = "no audio input " + std::string(kSynthAudioDevice);
-        return false;
-    }
-    setup.audioInDevice = kSynthAudioDevice;
-    setup.midiOutDevice = kSynthMidiPort;
-    setup.automatic = false;
-    setup.sampleFormat = "44.1KHz, Stereo, 16bit";
-    setup.keyStep = 18;
-    setup.noteLength = 0.6;
-    setup.releaseLength = 0.3f;
-    const Result made = createProjectFromSetup(model, setup);
-    if (!made.ok()) {
-        msg = made.message;
-        return false;
-    }
-    Project& project = *model.currentProject();
-    copyText(project.projectDir, data.c_str());
-    project.msl[0].recordsettings.recpause = 0.3;
-    return true;
-}
-
 class RecordDialogOnTheSynth : public ::testing::Test {
   protected:
+    // Opens the devices and makes a semi-automatic project "Synth" that records the synth's
+    // JACK ports at keys 48, 66 and 84, notes of 0.6 s with 0.3 s of release.
     void SetUp() override
     {
+        CoreFolders folders;
+        folders.programFolder = folders.userDataFolder = home_.path();
         std::string msg;
-        ASSERT_TRUE(openSynthProject(model_, home_.path(), data_.path(), msg)) << msg;
-        // A message box would wait for a user: its text is noted and the box closed.
-        QObject::connect(&boxCloser_, &QTimer::timeout, [this] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                boxes_ += box->text() + "\n";
-                box->reject();
-            }
-        });
-        boxCloser_.start(100);
+        ASSERT_EQ(initializeWithDevices(model_, folders, msg), 1) << msg;
+        ASSERT_TRUE(openMidiOutByName(kSynthMidiPort, msg)) << msg;
+        ProjectSetupRecord setup;
+        setup.name = "Synth";
+        setup.dataPath = data_.path();
+        setup.audioInDeviceRow = audioInTableIndex(deviceTables(), kSynthAudioDevice);
+        ASSERT_GE(setup.audioInDeviceRow, 0);
+        setup.audioInDevice = kSynthAudioDevice;
+        setup.midiOutDevice = kSynthMidiPort;
+        setup.automatic = false;
+        setup.keyStep = 18;
+        setup.noteLength = 0.6;
+        setup.releaseLength = 0.3f;
+        const Result made = createProjectFromSetup(model_, setup);
+        ASSERT_TRUE(made.ok()) << made.message;
+        Project& project = *model_.currentProject();
+        copyText(project.projectDir, data_.path().c_str());
+        project.msl[0].recordsettings.recpause = 0.3;
     }
 
     void TearDown() override
@@ -134,8 +109,7 @@ class RecordDialogOnTheSynth : public ::testing::Test {
     TempDir data_;
     Model model_;
     std::unique_ptr<shell::RecordDialog> dialog_;
-    QTimer boxCloser_;
-    QString boxes_;
+    MessageBoxAnswerer boxes_{QMessageBox::Cancel}; // a box would wait for a user: noted, closed
 };
 
 TEST_F(RecordDialogOnTheSynth, SemiAutomaticTakesAreKeptDiscardedAndRecordedAgain)
@@ -147,7 +121,8 @@ TEST_F(RecordDialogOnTheSynth, SemiAutomaticTakesAreKeptDiscardedAndRecordedAgai
     const char* names[] = {"Low", "Middle", "High"};
     for (int i = 0; i < 3; ++i) {
         shell::RecordingCheckDialog* check = playTake(kKeys[i]);
-        ASSERT_NE(check, nullptr) << dialog_->logText().toStdString() << boxes_.toStdString();
+        ASSERT_NE(check, nullptr) << dialog_->logText().toStdString()
+                                  << boxes_.texts().join("\n").toStdString();
         if (i == 1) { // the first take of the second key goes, and the key comes again
             QTest::mouseClick(check->discardButton(), Qt::LeftButton);
             ASSERT_EQ(dialog_->run()->currentKey(), kKeys[1]);
@@ -159,16 +134,14 @@ TEST_F(RecordDialogOnTheSynth, SemiAutomaticTakesAreKeptDiscardedAndRecordedAgai
     }
     ASSERT_TRUE(dialog_->runEnded());
     EXPECT_FALSE(dialog_->run()->failed()) << dialog_->logText().toStdString();
-    EXPECT_TRUE(boxes_.isEmpty()) << boxes_.toStdString();
+    EXPECT_TRUE(boxes_.seen().empty()) << boxes_.texts().join("\n").toStdString();
 
     // Read back from disk: every key recorded under its name, its take the note played.
     const Project& project = *model_.currentProject();
-    Model reread;
-    ProjectLoadOutcome outcome;
+    const auto reread = loadProjectFile(std::string(project.projectDir) + "/" + project.fileName);
+    ASSERT_EQ(reread->projectCount(), 1);
+    const Project& loaded = reread->project(0);
     std::string msg;
-    ASSERT_EQ(loadProjects(reread, project.projectDir, {project.fileName}, {}, outcome, msg), 1)
-        << msg;
-    const Project& loaded = *reread.currentProject();
     for (int i = 0; i < 3; ++i) {
         const TGmsl_key& key = loaded.msl[0].keys[kKeys[i]];
         EXPECT_STREQ(key.name, names[i]);

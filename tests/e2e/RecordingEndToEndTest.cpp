@@ -12,6 +12,7 @@
 #include "devices/MidiPorts.h"
 #include "recording/StartupWiring.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/ToneAnalysis.h"
@@ -28,6 +29,7 @@
 #include <vector>
 
 #include <signal.h>
+#include <unistd.h>
 
 namespace tg::test {
 namespace {
@@ -61,18 +63,6 @@ class RecordOnTheSynth : public ::testing::Test {
                 << output;
     }
 
-    // Loads the project file as the program does (hasAudio from the files on disk).
-    bool load(Model& model)
-    {
-        ProjectLoadOptions options;
-        ProjectLoadOutcome outcome;
-        std::string message;
-        const int ok =
-            loadProjects(model, folder.path(), {"Synth.TGprj"}, options, outcome, message);
-        EXPECT_EQ(ok, 1) << message;
-        return ok == 1;
-    }
-
     std::string project() const { return folder.file("Synth.TGprj"); }
     std::string dataPath() const { return folder.file("data"); }
     std::string log() const { return folder.file("cli.log"); }
@@ -86,13 +76,7 @@ std::vector<double> recordSynth(double seconds, std::vector<TimedAction> actions
 {
     std::string msg;
     std::vector<double> left;
-    if (!audio::initialize(msg))
-        return left;
-    const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
-    const AudioStreamConfig input{device, -1, -1, kRate, 16, 2, -1.0f};
-    const AudioStreamConfig noOutput{-1, -1, -1, kRate, 16, 2, -1.0f};
-    if (device >= 0 && openMidiOutByName(kSynthMidiPort, msg) &&
-        audio::openStreams(input, noOutput, msg) && audio::startStreams(msg) &&
+    if (openMidiOutByName(kSynthMidiPort, msg) && openSynthInput(msg) &&
         recordWithActions(seconds, std::move(actions), msg)) {
         RecordedTake take = audio::recordBuffer();
         left = firstChannel(*take.data, 2, take.frames);
@@ -108,17 +92,8 @@ std::vector<double> recordSynth(double seconds, std::vector<TimedAction> actions
 // boundary, which may lie just before the half second.
 double measureInputLatency()
 {
-    const std::vector<double> left = recordSynth(1.0, {{0.0,
-                                                        [] {
-                                                            sendBytes({0xC0, 80});
-                                                        }},
-                                                       {0.5,
-                                                        [] {
-                                                            sendBytes({0x90, 60, 127});
-                                                        }},
-                                                       {0.9, [] {
-                                                            sendBytes({0x80, 60, 0});
-                                                        }}});
+    const std::vector<double> left = recordSynth(
+        1.0, {sendAt(0.0, {0xC0, 80}), sendAt(0.5, {0x90, 60, 127}), sendAt(0.9, {0x80, 60, 0})});
     const int64_t onset = firstFrameAbove(left, 8.0);
     return onset > 0 ? double(onset) / kRate - 0.5 : std::nan("");
 }
@@ -150,9 +125,9 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
 
     const double latency = measureInputLatency();
     ASSERT_FALSE(std::isnan(latency)) << "the calibration take found no note";
-    Model model;
-    ASSERT_TRUE(load(model));
-    const Project& p = model.project(0);
+    const std::unique_ptr<Model> model = loadProjectFile(project()); // hasAudio from the files
+    ASSERT_EQ(model->projectCount(), 1);
+    const Project& p = model->project(0);
     ASSERT_EQ(p.mslCount, 2);
     double level[2] = {0.0, 0.0};
     for (int m = 0; m < 2; ++m) {
@@ -179,16 +154,10 @@ TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
             // Note_Out = Release_In: the measured note length less the latency setting.
             EXPECT_NEAR(double(key.Note_Out - key.Note_In) / kRate,
                         1.5 - msl.recordsettings.latency * 0.001, 0.030);
-            EXPECT_EQ(key.Release_In, key.Note_Out);
-            EXPECT_GT(key.Release_Out, key.Release_In);
+            // How the markers and the loop follow from the note is TakeMarkersTest's; here
+            // that the run set them inside the take.
             EXPECT_LT(key.Release_Out, frames);
-
             EXPECT_EQ(key.loopMode, 1);
-            EXPECT_GT(key.Loop_In, key.Note_In);
-            EXPECT_GT(key.Loop_Out, key.Loop_In + key.LoopSearch_Len);
-            EXPECT_GE(key.Loop_Out, key.LoopSearch_In);
-            EXPECT_LE(key.Loop_Out, key.Note_Out);
-            EXPECT_GT(key.xfadeLen, 0);
 
             const std::vector<double> left = firstChannel(data, 2, frames);
             level[m] += rmsBetween(left, key.Note_In + kRate / 10, key.Note_Out - kRate / 10);
@@ -204,9 +173,9 @@ TEST_F(RecordOnTheSynth, InterruptStopsTheRunAndKeepsTheProject)
 {
     const pid_t pid = startCliProcess({"record", project()}, "/dev/null", log());
     ASSERT_GT(pid, 0);
-    Model before;
-    ASSERT_TRUE(load(before));
-    const std::string first = keySampleFileName(before.project(0), before.project(0).msl[0], 48);
+    const std::unique_ptr<Model> before = loadProjectFile(project());
+    ASSERT_EQ(before->projectCount(), 1);
+    const std::string first = keySampleFileName(before->project(0), before->project(0).msl[0], 48);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!std::filesystem::exists(first) && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -221,10 +190,10 @@ TEST_F(RecordOnTheSynth, InterruptStopsTheRunAndKeepsTheProject)
     ASSERT_FALSE(heard.empty());
     EXPECT_LT(rmsBetween(heard, 0, int64_t(heard.size())), 2.0);
 
-    Model after;
-    ASSERT_TRUE(load(after));
-    EXPECT_EQ(after.project(0).msl[0].keys[48].hasAudio, 1);
-    EXPECT_EQ(after.project(0).msl[0].keys[60].hasAudio, 0);
+    const std::unique_ptr<Model> after = loadProjectFile(project());
+    ASSERT_EQ(after->projectCount(), 1);
+    EXPECT_EQ(after->project(0).msl[0].keys[48].hasAudio, 1);
+    EXPECT_EQ(after->project(0).msl[0].keys[60].hasAudio, 0);
 }
 
 TEST(StartupWithDevices, InitializationBuildsTheTablesFromTheRealPorts)
@@ -239,9 +208,19 @@ TEST(StartupWithDevices, InitializationBuildsTheTablesFromTheRealPorts)
     ASSERT_EQ(initializeWithDevices(model, folders, message), 1) << message;
     for (double seconds : cachedLoopSearchSpeeds())
         EXPECT_GT(seconds, 0.0) << "start-up measures the loop-search speed";
+    // The tables count the real devices only, without their pseudo entries.
     const DeviceTables& tables = deviceTables();
-    EXPECT_GE(audioInTableIndex(tables, kSynthAudioDevice), 0);
+    EXPECT_GE(tables.midiOutDevices, 1);
+    EXPECT_EQ(tables.midiOutDevices, long(tables.midiOut.size()) - 2);
+    EXPECT_EQ(tables.midiInDevices, long(tables.midiIn.size()) - 1);
+    if (::access("/dev/snd/seq", F_OK) != 0) { // no sequencer here: JACK MIDI took over
+        EXPECT_EQ(midi::midiOutApiName(), "jack");
+    }
     EXPECT_GE(tableIndex(tables.midiOut, kSynthMidiPort), 0);
+    const int synth = audioInTableIndex(tables, kSynthAudioDevice);
+    ASSERT_GE(synth, 0);
+    EXPECT_EQ(tables.audioIn[size_t(synth)].channels,
+              std::vector<std::string>{"Default"}); // no ASIO channel names on JACK
     EXPECT_EQ(model.audioInputDeviceCount(), int(tables.audioIn.size()));
     const std::string initLog = readFileBytes(home.file(kInitLogFileName));
     EXPECT_NE(initLog.find(formatText("\r\n\t-found %ld MIDI In Device(s)\r\n\t-found %ld MIDI "

@@ -8,6 +8,8 @@
 #include "core/ProjectFile.h"
 #include "tests/e2e/LoopWraps.h"
 #include "tests/e2e/SoundChainClient.h"
+#include "tests/support/Pcm16.h"
+#include "tests/support/ProjectFileAccess.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/ToneAnalysis.h"
 
@@ -18,7 +20,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 namespace tg::test {
@@ -38,11 +39,8 @@ std::vector<double> channelOf(const std::vector<uint8_t>& bytes, int channel, si
                               size_t to)
 {
     std::vector<double> out;
-    for (size_t frame = from; frame < to; ++frame) {
-        int16_t value;
-        std::memcpy(&value, bytes.data() + frame * 4 + size_t(channel) * 2, 2);
-        out.push_back(value);
-    }
+    for (size_t frame = from; frame < to; ++frame)
+        out.push_back(pcm16At(bytes, 2 * frame + size_t(channel)));
     return out;
 }
 
@@ -77,12 +75,10 @@ bool makeSampledKey(const std::string& folder, const std::string& home, SampledK
             return false;
 
     // The key's note ends where the recording let the key go, and its release is on.
-    Model model;
-    ProjectLoadOptions loadOptions;
-    ProjectLoadOutcome outcome;
-    if (!loadProjects(model, folder, {"Organ.TGprj"}, loadOptions, outcome, failure))
+    const std::unique_ptr<Model> model = loadProjectFile(out.project);
+    if (model->projectCount() != 1)
         return false;
-    Project& project = *model.currentProject();
+    Project& project = model->project(0);
     TGmsl_key& key = project.msl[0].keys[SampledKey::kNote];
     key.Note_Out = key.Release_In;
     key.releaseOn = 1;
@@ -177,8 +173,7 @@ bool heardRight(const Hearing& h, double holdSeconds, double loopSeconds, bool e
     bool right = true;
     auto check = [&](bool ok, const char* what) {
         right = right && ok;
-        if (expectations)
-            EXPECT_TRUE(ok) << what;
+        EXPECT_TRUE(ok || !expectations) << what;
     };
     check(h.start >= 0, "the note was heard");
     if (h.start < 0)

@@ -58,4 +58,26 @@ void sampleIntoSoundFont(Model& model, const std::string& folder, const SampledP
     ASSERT_EQ(runExport(project, request, defaultExportServices(), msg), 1) << msg;
 }
 
+std::unique_ptr<HostedInstrument> openInstrument(const std::string& spec)
+{
+    InstrumentSpec choice;
+    std::string msg;
+    EXPECT_EQ(parseInstrumentSpec(spec, choice, msg), 1) << msg;
+    auto instrument = openHostedInstrument(choice, 44100, msg);
+    EXPECT_NE(instrument, nullptr) << spec << ": " << msg;
+    return instrument;
+}
+
+std::vector<uint8_t> bounceTake(HostedInstrument& instrument, const BounceNote& note,
+                                uint16_t channels)
+{
+    std::vector<uint8_t> take;
+    std::string msg;
+    EXPECT_EQ(bounceNote(instrument, note,
+                         AudioStreamConfig{-1, -1, -1, 44100, 16, channels, -1.0f}, take, msg),
+              1)
+        << msg;
+    return take;
+}
+
 } // namespace tg::test

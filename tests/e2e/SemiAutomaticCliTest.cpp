@@ -8,10 +8,11 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <poll.h>
 #include <pty.h>
@@ -132,37 +133,31 @@ TEST_F(SemiAutomaticCli, TakesAreKeptDiscardedAndNamedAsAnswered)
 {
     startOnTerminal();
     const char* const kQuestion = "name the key (n NAME), prehear (p)";
-    ASSERT_TRUE(expect("(Semi Automatic Mode)")) << transcript;
-    ASSERT_TRUE(expect("Next Key: NOTE 48")) << transcript;
-    answer("");
-    ASSERT_TRUE(expect("Take of NOTE 48")) << transcript;
-    ASSERT_TRUE(expect(kQuestion)) << transcript;
-    answer("k");
-
-    // The first take of 66 is discarded: the same key comes again.
-    ASSERT_TRUE(expect("Next Key: NOTE 66")) << transcript;
-    answer("");
-    ASSERT_TRUE(expect(kQuestion)) << transcript;
-    answer("p");
-    ASSERT_TRUE(expect("Prehear is not available here")) << transcript;
-    answer("x");
-    ASSERT_TRUE(expect("Please answer k, d, n NAME or p.")) << transcript;
-    answer("d");
-    ASSERT_TRUE(expect("Next Key: NOTE 66")) << transcript;
-    answer("");
-    ASSERT_TRUE(expect("Take of NOTE 66")) << transcript;
-    ASSERT_TRUE(expect(kQuestion)) << transcript;
-    answer("n Soft Pad");
-    ASSERT_TRUE(expect("[Key Name: \"Soft Pad\"]")) << transcript;
-    answer("k");
-    ASSERT_TRUE(expect("Kept NOTE 66 (F#4) of \"Velocity 127\" as \"Soft Pad\".")) << transcript;
-
-    ASSERT_TRUE(expect("Next Key: NOTE 84")) << transcript;
-    answer("");
-    ASSERT_TRUE(expect(kQuestion)) << transcript;
-    answer("n Top");
-    ASSERT_TRUE(expect("[Key Name: \"Top\"]")) << transcript;
-    answer("k");
+    // What the program says, and the line typed then (none: only wait for the text).
+    const std::vector<std::pair<const char*, const char*>> dialogue = {
+        {"(Semi Automatic Mode)", nullptr},
+        {"Next Key: NOTE 48", ""},
+        {"Take of NOTE 48", nullptr},
+        {kQuestion, "k"},
+        // The first take of 66 is discarded: the same key comes again.
+        {"Next Key: NOTE 66", ""},
+        {kQuestion, "p"},
+        {"Prehear is not available here", "x"},
+        {"Please answer k, d, n NAME or p.", "d"},
+        {"Next Key: NOTE 66", ""},
+        {"Take of NOTE 66", nullptr},
+        {kQuestion, "n Soft Pad"},
+        {"[Key Name: \"Soft Pad\"]", "k"},
+        {"Kept NOTE 66 (F#4) of \"Velocity 127\" as \"Soft Pad\".", nullptr},
+        {"Next Key: NOTE 84", ""},
+        {kQuestion, "n Top"},
+        {"[Key Name: \"Top\"]", "k"},
+    };
+    for (const auto& [said, typed] : dialogue) {
+        ASSERT_TRUE(expect(said)) << transcript;
+        if (typed != nullptr)
+            answer(typed);
+    }
     ASSERT_EQ(exitStatus(), 0) << transcript;
     EXPECT_EQ(transcript.find("Next Key: NOTE 84", matched), std::string::npos) << transcript;
 

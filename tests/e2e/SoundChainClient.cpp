@@ -5,6 +5,7 @@
 #include "devices/AudioEngine.h"
 #include "devices/MidiPorts.h"
 #include "tests/e2e/AudioThreadChecks.h"
+#include "tests/support/Pcm16.h"
 #include "tests/support/ToneAnalysis.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +18,17 @@
 #include <thread>
 
 namespace tg::test {
+
+bool openSynthInput(std::string& msg, float latency)
+{
+    if (audio::initialize(msg) != 1)
+        return false;
+    const int32_t device = audio::inputDeviceIndex(kSynthAudioDevice, msg);
+    const AudioStreamConfig input{device, -1, -1, 44100, 16, 2, latency};
+    const AudioStreamConfig noOutput{-1, -1, -1, 44100, 16, 2, -1.0f};
+    return device >= 0 && audio::openStreams(input, noOutput, msg) == 1 &&
+           audio::startStreams(msg) == 1;
+}
 
 bool openMidiOutByName(const std::string& port, std::string& msg)
 {
@@ -43,7 +55,11 @@ void PeakRecorder::onInputPeak(float first, float second)
     float seen = highest_.load();
     while (peak > seen && !highest_.compare_exchange_weak(seen, peak)) {
     }
-    calls_.fetch_add(1);
+}
+
+TimedAction sendAt(double atSeconds, std::vector<uint8_t> bytes)
+{
+    return {atSeconds, [bytes] { midi::sendMidiMessage(bytes.data(), bytes.size()); }};
 }
 
 bool recordWithActions(double seconds, std::vector<TimedAction> actions, std::string& msg)
@@ -72,52 +88,58 @@ bool recordWithActions(double seconds, std::vector<TimedAction> actions, std::st
     return true;
 }
 
-JackPatchbay::JackPatchbay()
+JackClientHandle::JackClientHandle(const std::string& name,
+                                   const std::function<bool(jack_client_t*)>& setUp, bool activate)
 {
     jack_status_t status;
-    client_ = jack_client_open("tg-e2e-patchbay", JackNoStartServer, &status);
+    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
+    if (client == nullptr)
+        return;
+    if (!setUp(client) || (activate && jack_activate(client) != 0)) {
+        jack_client_close(client);
+        return;
+    }
+    client_ = client;
 }
 
-JackPatchbay::~JackPatchbay()
+JackClientHandle::~JackClientHandle()
 {
     if (client_ != nullptr)
-        jack_client_close(static_cast<jack_client_t*>(client_));
+        jack_client_close(client_);
 }
 
 bool JackPatchbay::connect(const std::string& from, const std::string& to)
 {
-    return jack_connect(static_cast<jack_client_t*>(client_), from.c_str(), to.c_str()) == 0;
+    return jack_connect(client_.get(), from.c_str(), to.c_str()) == 0;
 }
 
 bool JackPatchbay::disconnect(const std::string& from, const std::string& to)
 {
-    return jack_disconnect(static_cast<jack_client_t*>(client_), from.c_str(), to.c_str()) == 0;
+    return jack_disconnect(client_.get(), from.c_str(), to.c_str()) == 0;
 }
+
+namespace {
+// The names of a list JACK handed out, which is freed.
+std::vector<std::string> takeNames(const char** list)
+{
+    std::vector<std::string> names;
+    for (const char** name = list; name != nullptr && *name != nullptr; ++name)
+        names.push_back(*name);
+    jack_free(list);
+    return names;
+}
+} // namespace
 
 std::vector<std::string> JackPatchbay::ports(const std::string& pattern)
 {
-    std::vector<std::string> names;
-    const char** list =
-        jack_get_ports(static_cast<jack_client_t*>(client_), pattern.c_str(), nullptr, 0);
-    for (const char** name = list; name != nullptr && *name != nullptr; ++name)
-        names.push_back(*name);
-    if (list != nullptr)
-        jack_free(list);
-    return names;
+    return takeNames(jack_get_ports(client_.get(), pattern.c_str(), nullptr, 0));
 }
 
 std::vector<std::string> JackPatchbay::connections(const std::string& port)
 {
-    std::vector<std::string> names;
-    jack_port_t* handle = jack_port_by_name(static_cast<jack_client_t*>(client_), port.c_str());
-    if (handle == nullptr)
-        return names;
-    const char** list = jack_port_get_all_connections(static_cast<jack_client_t*>(client_), handle);
-    for (const char** name = list; name != nullptr && *name != nullptr; ++name)
-        names.push_back(*name);
-    if (list != nullptr)
-        jack_free(list);
-    return names;
+    jack_port_t* handle = jack_port_by_name(client_.get(), port.c_str());
+    return handle == nullptr ? std::vector<std::string>()
+                             : takeNames(jack_port_get_all_connections(client_.get(), handle));
 }
 
 bool openPlaybackLoopback(JackPatchbay& patchbay, std::string& msg)
@@ -159,20 +181,16 @@ double heldTakeValue(int64_t frame)
 
 std::vector<uint8_t> noteAndLoopTake(int32_t leadFrames, int16_t leadValue)
 {
-    std::vector<uint8_t> bytes;
-    for (int64_t frame = 0; frame < leadFrames + kTakeNoteFrames + kTakeLoopFrames; ++frame) {
-        const int16_t left =
-            frame < leadFrames ? leadValue : int16_t(takeValue(frame - leadFrames));
-        const int16_t right = int16_t(left / 2);
-        for (int16_t value : {left, right}) {
-            bytes.push_back(uint8_t(value & 0xFF));
-            bytes.push_back(uint8_t((value >> 8) & 0xFF));
-        }
-    }
-    return bytes;
+    const size_t frames = size_t(leadFrames + kTakeNoteFrames + kTakeLoopFrames);
+    return pcm16(frames, 2, [&](size_t frame, int channel) {
+        const int64_t at = int64_t(frame) - leadFrames;
+        const int16_t left = at < 0 ? leadValue : int16_t(takeValue(at));
+        return int16_t(channel == 0 ? left : left / 2);
+    });
 }
 
-int64_t matchingFrames(const std::vector<double>& heard, int64_t onset, double (*expected)(int64_t))
+int64_t matchingFrames(const std::vector<double>& heard, int64_t onset,
+                       const std::function<double(int64_t)>& expected)
 {
     int64_t frame = onset;
     while (frame < int64_t(heard.size()) &&
@@ -190,63 +208,41 @@ std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction>
 }
 
 JackCapture::JackCapture(const std::string& name, double seconds)
+    : client_(name, [this, seconds](jack_client_t* client) {
+          rate_ = int(jack_get_sample_rate(client));
+          for (int ch = 0; ch < 2; ++ch) {
+              frames_[ch].assign(size_t(seconds * rate_), 0.0f);
+              const std::string port = "in_" + std::to_string(ch + 1);
+              ports_[ch] = jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE,
+                                              JackPortIsInput, 0);
+          }
+          return ports_[0] != nullptr && ports_[1] != nullptr &&
+                 jack_set_process_callback(client, &JackCapture::process, this) == 0 &&
+                 jack_set_xrun_callback(client, &JackCapture::xrun, this) == 0;
+      })
 {
-    jack_status_t status;
-    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
-    if (client == nullptr)
-        return;
-    rate_ = int(jack_get_sample_rate(client));
-    for (int ch = 0; ch < 2; ++ch) {
-        frames_[ch].assign(size_t(seconds * rate_), 0.0f);
-        const std::string port = "in_" + std::to_string(ch + 1);
-        ports_[ch] =
-            jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
-    }
-    if (ports_[0] == nullptr || ports_[1] == nullptr ||
-        jack_set_process_callback(client, &JackCapture::process, this) != 0 ||
-        jack_set_xrun_callback(client, &JackCapture::xrun, this) != 0 ||
-        jack_activate(client) != 0) {
-        jack_client_close(client);
-        return;
-    }
-    client_ = client;
 }
 
-JackToneSource::JackToneSource(const std::string& name, std::vector<double> frequencies)
+JackToneSource::JackToneSource(const std::string& name, const std::vector<double>& frequencies)
+    : client_(name, [&](jack_client_t* client) {
+          for (size_t i = 0; i < frequencies.size(); ++i) {
+              const std::string port = "out_" + std::to_string(i + 1);
+              ports_.push_back(jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE,
+                                                  JackPortIsOutput, 0));
+              steps_.push_back(frequencies[i] / jack_get_sample_rate(client));
+              phases_.push_back(0.0);
+          }
+          return std::count(ports_.begin(), ports_.end(), nullptr) == 0 &&
+                 jack_set_process_callback(client, &JackToneSource::process, this) == 0;
+      })
 {
-    jack_status_t status;
-    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
-    if (client == nullptr)
-        return;
-    const double rate = jack_get_sample_rate(client);
-    for (size_t i = 0; i < frequencies.size(); ++i) {
-        const std::string port = "out_" + std::to_string(i + 1);
-        ports_.push_back(
-            jack_port_register(client, port.c_str(), JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0));
-        steps_.push_back(frequencies[i] / rate);
-        phases_.push_back(0.0);
-    }
-    if (std::count(ports_.begin(), ports_.end(), nullptr) != 0 ||
-        jack_set_process_callback(client, &JackToneSource::process, this) != 0 ||
-        jack_activate(client) != 0) {
-        jack_client_close(client);
-        return;
-    }
-    client_ = client;
-}
-
-JackToneSource::~JackToneSource()
-{
-    if (client_ != nullptr)
-        jack_client_close(static_cast<jack_client_t*>(client_));
 }
 
 int JackToneSource::process(unsigned frames, void* self)
 {
     auto* source = static_cast<JackToneSource*>(self);
     for (size_t i = 0; i < source->ports_.size(); ++i) {
-        auto* out = static_cast<float*>(
-            jack_port_get_buffer(static_cast<jack_port_t*>(source->ports_[i]), frames));
+        auto* out = static_cast<float*>(jack_port_get_buffer(source->ports_[i], frames));
         double& phase = source->phases_[i];
         const double level = 0.2 * double(i + 1);
         for (unsigned frame = 0; frame < frames; ++frame) {
@@ -257,12 +253,6 @@ int JackToneSource::process(unsigned frames, void* self)
     return 0;
 }
 
-JackCapture::~JackCapture()
-{
-    if (client_ != nullptr)
-        jack_client_close(static_cast<jack_client_t*>(client_));
-}
-
 int JackCapture::process(unsigned frames, void* self)
 {
     auto* capture = static_cast<JackCapture*>(self);
@@ -271,8 +261,8 @@ int JackCapture::process(unsigned frames, void* self)
     const size_t at = capture->written_.load();
     const size_t count = std::min<size_t>(frames, capture->frames_[0].size() - at);
     for (int ch = 0; ch < 2; ++ch) {
-        const auto* in = static_cast<const float*>(
-            jack_port_get_buffer(static_cast<jack_port_t*>(capture->ports_[ch]), frames));
+        const auto* in =
+            static_cast<const float*>(jack_port_get_buffer(capture->ports_[ch], frames));
         std::copy(in, in + count, capture->frames_[ch].begin() + std::ptrdiff_t(at));
     }
     capture->written_.store(at + count);
@@ -305,25 +295,13 @@ void JackCapture::restart()
     stopped_.store(false);
 }
 
-JackMidiKeys::JackMidiKeys(const std::string& name) : name_(name)
+JackMidiKeys::JackMidiKeys(const std::string& name)
+    : name_(name), client_(name, [this](jack_client_t* client) {
+          port_ = jack_port_register(client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+          return port_ != nullptr &&
+                 jack_set_process_callback(client, &JackMidiKeys::process, this) == 0;
+      })
 {
-    jack_status_t status;
-    auto* client = jack_client_open(name.c_str(), JackNoStartServer, &status);
-    if (client == nullptr)
-        return;
-    port_ = jack_port_register(client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
-    if (port_ == nullptr || jack_set_process_callback(client, &JackMidiKeys::process, this) != 0 ||
-        jack_activate(client) != 0) {
-        jack_client_close(client);
-        return;
-    }
-    client_ = client;
-}
-
-JackMidiKeys::~JackMidiKeys()
-{
-    if (client_ != nullptr)
-        jack_client_close(static_cast<jack_client_t*>(client_));
 }
 
 void JackMidiKeys::send(uint8_t status, uint8_t data1, uint8_t data2)
@@ -334,7 +312,7 @@ void JackMidiKeys::send(uint8_t status, uint8_t data1, uint8_t data2)
 int JackMidiKeys::process(unsigned frames, void* self)
 {
     auto* keys = static_cast<JackMidiKeys*>(self);
-    void* buffer = jack_port_get_buffer(static_cast<jack_port_t*>(keys->port_), frames);
+    void* buffer = jack_port_get_buffer(keys->port_, frames);
     jack_midi_clear_buffer(buffer);
     const uint32_t message = keys->pending_.exchange(0);
     if ((message >> 24) != 0) {
@@ -347,24 +325,11 @@ int JackMidiKeys::process(unsigned frames, void* self)
 }
 
 StallingClient::StallingClient()
+    : client_("tg-e2e-staller", [this](jack_client_t* client) {
+          return jack_set_process_callback(client, &StallingClient::process, this) == 0 &&
+                 jack_set_xrun_callback(client, &StallingClient::xrun, this) == 0;
+      })
 {
-    jack_status_t status;
-    auto* client = jack_client_open("tg-e2e-staller", JackNoStartServer, &status);
-    if (client == nullptr)
-        return;
-    if (jack_set_process_callback(client, &StallingClient::process, this) != 0 ||
-        jack_set_xrun_callback(client, &StallingClient::xrun, this) != 0 ||
-        jack_activate(client) != 0) {
-        jack_client_close(client);
-        return;
-    }
-    client_ = client;
-}
-
-StallingClient::~StallingClient()
-{
-    if (client_ != nullptr)
-        jack_client_close(static_cast<jack_client_t*>(client_));
 }
 
 int StallingClient::process(unsigned, void* self)

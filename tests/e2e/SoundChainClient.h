@@ -4,6 +4,8 @@
 
 #include "devices/LevelListeners.h"
 
+#include <jack/jack.h>
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -16,6 +18,11 @@ namespace tg::test {
 constexpr const char* kSynthAudioDevice = "fluidsynth";
 constexpr const char* kSynthMidiPort = "fluidsynth:midi_00";
 
+// Initialises the audio engine and opens the synth's audio as the only stream, "44.1KHz,
+// Stereo, 16bit" with `latency` seconds (negative: the device's own), and starts it. False
+// with `msg` filled.
+bool openSynthInput(std::string& msg, float latency = -1.0f);
+
 // Creates the MIDI output and opens the port named `port`; false with `msg` filled.
 bool openMidiOutByName(const std::string& port, std::string& msg);
 
@@ -26,11 +33,9 @@ class PeakRecorder : public LevelListener {
   public:
     void onInputPeak(float first, float second) override;
     float highest() const { return highest_.load(); }
-    int calls() const { return calls_.load(); }
 
   private:
     std::atomic<float> highest_{0.0f};
-    std::atomic<int> calls_{0};
 };
 
 // An event of a timed recording: `action` runs `atSeconds` after the recording was armed.
@@ -39,16 +44,34 @@ struct TimedAction {
     std::function<void()> action;
 };
 
+// Sends `bytes` to the open MIDI output at `atSeconds`.
+TimedAction sendAt(double atSeconds, std::vector<uint8_t> bytes);
+
 // Arms a recording of `seconds`, runs the actions at their times, waits for the take to end
 // (or fails after a generous limit). False with `msg` filled.
 bool recordWithActions(double seconds, std::vector<TimedAction> actions, std::string& msg);
 
+// A JACK client of the test's own on the running server, closed with the object. Declare it
+// after everything its callbacks use, so that it is closed before they go.
+class JackClientHandle {
+  public:
+    // Opens client `name`, lets `setUp` register its ports and callbacks, then activates it
+    // when asked; null when any step fails.
+    JackClientHandle(const std::string& name, const std::function<bool(jack_client_t*)>& setUp,
+                     bool activate = true);
+    ~JackClientHandle();
+    JackClientHandle(const JackClientHandle&) = delete;
+    JackClientHandle& operator=(const JackClientHandle&) = delete;
+    jack_client_t* get() const { return client_; }
+
+  private:
+    jack_client_t* client_ = nullptr;
+};
+
 // A JACK client of the test's own that rewires ports of the running server.
 class JackPatchbay {
   public:
-    JackPatchbay();
-    ~JackPatchbay();
-    bool ok() const { return client_ != nullptr; }
+    bool ok() const { return client_.get() != nullptr; }
     bool connect(const std::string& from, const std::string& to);
     bool disconnect(const std::string& from, const std::string& to);
     // Full names of the ports whose name matches the regular expression.
@@ -57,7 +80,7 @@ class JackPatchbay {
     std::vector<std::string> connections(const std::string& port);
 
   private:
-    void* client_ = nullptr;
+    JackClientHandle client_{"tg-e2e-patchbay", [](jack_client_t*) { return true; }, false};
 };
 
 // Opens one duplex stream on the server's "system" device (44100 Hz, 16-bit stereo) and feeds
@@ -78,7 +101,7 @@ double takeValue(int64_t frame);
 double heldTakeValue(int64_t frame);
 // How many frames of `heard` from `onset` on match `expected` within the tolerance.
 int64_t matchingFrames(const std::vector<double>& heard, int64_t onset,
-                       double (*expected)(int64_t));
+                       const std::function<double(int64_t)>& expected);
 
 // Records `seconds` of the open stereo 16-bit input while `actions` run (a gtest failure when
 // the take cannot be made); its first channel on the 16-bit scale.
@@ -90,8 +113,7 @@ std::vector<double> captureFirstChannel(double seconds, std::vector<TimedAction>
 class JackCapture {
   public:
     JackCapture(const std::string& name, double seconds);
-    ~JackCapture();
-    bool ok() const { return client_ != nullptr; }
+    bool ok() const { return client_.get() != nullptr; }
     // Stops recording; what arrived so far, per channel, on the 16-bit scale.
     std::vector<double> channel(int index);
     // Starts recording again from the start of the buffer (connections stay).
@@ -104,12 +126,12 @@ class JackCapture {
     static int process(unsigned frames, void* self);
     static int xrun(void* self);
     std::atomic<int> xruns_{0};
-    void* client_ = nullptr;
-    void* ports_[2] = {nullptr, nullptr};
+    jack_port_t* ports_[2] = {nullptr, nullptr};
     std::vector<float> frames_[2];
     std::atomic<size_t> written_{0};
     std::atomic<bool> stopped_{false};
     int rate_ = 0;
+    JackClientHandle client_;
 };
 
 // A JACK client of the test's own with one MIDI output, "<name>:out", standing for a MIDI
@@ -117,17 +139,16 @@ class JackCapture {
 class JackMidiKeys {
   public:
     explicit JackMidiKeys(const std::string& name);
-    ~JackMidiKeys();
-    bool ok() const { return client_ != nullptr; }
+    bool ok() const { return client_.get() != nullptr; }
     std::string portName() const { return name_ + ":out"; }
     void send(uint8_t status, uint8_t data1, uint8_t data2);
 
   private:
     static int process(unsigned frames, void* self);
     std::string name_;
-    void* client_ = nullptr;
-    void* port_ = nullptr;
+    jack_port_t* port_ = nullptr;
     std::atomic<uint32_t> pending_{0}; // bit 24 set: three bytes waiting
+    JackClientHandle client_;
 };
 
 // A JACK client of the test's own standing for a multi-channel audio interface: output
@@ -136,16 +157,15 @@ class JackMidiKeys {
 // input device of N channels.
 class JackToneSource {
   public:
-    JackToneSource(const std::string& name, std::vector<double> frequencies);
-    ~JackToneSource();
-    bool ok() const { return client_ != nullptr; }
+    JackToneSource(const std::string& name, const std::vector<double>& frequencies);
+    bool ok() const { return client_.get() != nullptr; }
 
   private:
     static int process(unsigned frames, void* self);
-    void* client_ = nullptr;
-    std::vector<void*> ports_;
+    std::vector<jack_port_t*> ports_;
     std::vector<double> steps_;  // phase advance per frame, in cycles
     std::vector<double> phases_; // audio thread only
+    JackClientHandle client_;
 };
 
 // A JACK client of the test's own whose process callback, once asked, sleeps through a few
@@ -153,8 +173,7 @@ class JackToneSource {
 class StallingClient {
   public:
     StallingClient();
-    ~StallingClient();
-    bool ok() const { return client_ != nullptr; }
+    bool ok() const { return client_.get() != nullptr; }
     // The next process cycle takes `milliseconds`.
     void stallOnce(int milliseconds) { stallMs_.store(milliseconds); }
     // Xruns the server reported to this client.
@@ -163,9 +182,9 @@ class StallingClient {
   private:
     static int process(unsigned frames, void* self);
     static int xrun(void* self);
-    void* client_ = nullptr;
     std::atomic<int> stallMs_{0};
     std::atomic<int> xruns_{0};
+    JackClientHandle client_;
 };
 
 } // namespace tg::test

@@ -3,12 +3,12 @@
 #include "core/IniKeys.h"
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
+#include "shell/IniFile.h"
 #include "shell/wizard/VstHostWidget.h"
 #include "tests/e2e/SoundChainClient.h"
 #include "tests/support/ToneAnalysis.h"
 
 #include <QPushButton>
-#include <QSettings>
 #include <QTableWidget>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -20,10 +20,7 @@ constexpr double kRate = 44100.0;
 
 TEST(VstHostOnJack, AHeldKeyPlaysTheChosenPresetOnTheOutput)
 {
-    {
-        QSettings ini(QString::fromStdString(ini::iniFilePath()), QSettings::IniFormat);
-        ini.setValue(ini::kOutputAudioDeviceName, "system");
-    }
+    shell::openIniFile()->setValue(QString::fromLatin1(ini::kOutputAudioDeviceName), "system");
     std::string msg;
     ASSERT_EQ(buildAudioDeviceTables(deviceTables(), msg), 1) << msg;
     {

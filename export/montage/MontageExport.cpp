@@ -243,7 +243,9 @@ class MontageSink : public ExportSink {
             if (scratch_.readFailed())
                 return setMessage(message, "unable to read the temporary file in \"%s\"",
                                   scratch_.folder().c_str());
-            return setMessage(message, "unable to write \"%s\"", target_.target().c_str());
+            return setMessage(message, "unable to write \"%s\": %s", target_.target().c_str(),
+                              target_.errorNumber() != 0 ? std::strerror(target_.errorNumber())
+                                                         : "write failed");
         }
         return 1;
     }

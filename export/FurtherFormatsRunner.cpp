@@ -2,6 +2,7 @@
 #include "export/FurtherFormatsRunner.h"
 
 #include "core/Message.h"
+#include "export/ExportFormats.h"
 #include "export/UnavailableFormats.h"
 #include "export/decent/DecentSamplerExport.h"
 #include "export/montage/MontageExport.h"
@@ -9,8 +10,7 @@
 #include "export/op1/Op1Export.h"
 #include "export/volca/VolcaExport.h"
 
-#include <algorithm>
-#include <cctype>
+#include <cstring>
 #include <filesystem>
 
 namespace tg {
@@ -65,11 +65,9 @@ int exportMontage(Project& p, const ExportRequest& r, uint32_t word, bool loopOn
 {
     std::string folder, baseName;
     splitFileTarget(r.destination, folder, baseName);
-    // Both menu entries write the same file; the extension says where the instrument loads it.
-    std::string text = r.menuText;
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return char(std::tolower(c)); });
-    const bool library = text.find("(*.x7l)") != std::string::npos;
+    // Both menu rows write the same file; the row's extension says where the instrument loads it.
+    const ExportFormatInfo* row = findExportFormat(r.menuText);
+    const bool library = row != nullptr && std::strcmp(row->key, "(*.x7l)") == 0;
     MontageExporter exporter(p, r.mslIndices, folder, baseName,
                              library ? MontageFile::Library : MontageFile::User, word, loopOnly);
     return exporter.run(s, message);

@@ -25,14 +25,16 @@ class MontageExporter {
     MontageExporter(Project& project, std::vector<int> mslIndices, std::string folder,
                     std::string baseName, MontageFile kind, uint32_t settings, bool loopOnly);
 
-    // The audio must come out of the pipeline as 16 bit at 44.1 kHz, mono or stereo; a
-    // Multi-Sample name must fit a waveform name. Returns 1, or 0 with the message after
-    // "MontageExporter:\n\n"; the file is written whole or not at all.
+    // Creates the folder when missing and refuses at once, before rendering, when the file
+    // cannot be written there. The audio must come out of the pipeline as 16 bit at 44.1 kHz,
+    // mono or stereo; a Multi-Sample name must fit a waveform name. Returns 1, or 0 with the
+    // message after "MontageExporter:\n\n"; the file is written whole or not at all.
     int run(const ExportServices& services, std::string& message);
 
   private:
     Project& project_;
     std::vector<int> mslIndices_;
+    std::string folder_;
     std::string path_;
     uint32_t settings_;
     bool loopOnly_;

@@ -8,12 +8,10 @@
 #include "export/ExportPipeline.h"
 #include "export/KeyRangeMapping.h"
 #include "export/NamingTags.h"
+#include "export/UsableLoop.h"
 #include "export/nnxt/NnxtPatch.h"
 #include "export/templates/TemporaryFolder.h"
 #include "export/xml/XmlText.h"
-
-#include <algorithm>
-#include <cstring>
 
 namespace tg {
 namespace {
@@ -57,7 +55,7 @@ class NnxtSink : public ExportSink {
         zone.highVelocity = velocities_.high;
         const uint32_t frameBytes = key.audio.format.nBlockAlign;
         zone.frames = frameBytes == 0 ? 0 : uint32_t(key.audio.note.size() / frameBytes);
-        zone.loop = key.hasLoop && key.audio.loopEnd > key.audio.loopStart;
+        zone.loop = isLoopUsable(key.hasLoop, key.audio.loopStart, key.audio.loopEnd, zone.frames);
         zone.loopStart = zone.loop ? uint32_t(key.audio.loopStart) : 0;
         zone.loopEnd = zone.loop ? uint32_t(key.audio.loopEnd) : 0;
 
@@ -105,7 +103,7 @@ int TGexport_NNXT(const std::string& folder, const std::string& baseName, Projec
     if (!createFolders(folder, text))
         return setMessage(message, "%s%s", kNameLine, text.c_str());
     NnxtSink sink(*project, folder, baseName, services);
-    ExportJob job{kNameLine, project, mslIndices, settings, loopOnly};
+    ExportJob job{kNameLine, project, mslIndices, settings, loopOnly, services.renderThreads};
     return runExportPipeline(job, services, sink, message);
 }
 

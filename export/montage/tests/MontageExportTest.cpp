@@ -3,12 +3,15 @@
 // the renderer gave each Key-Sample.
 #include "export/montage/MontageExport.h"
 #include "core/Message.h"
+#include "core/Names.h"
+#include "export/ExportProgress.h"
 #include "export/ExportRunner.h"
 #include "export/tests/FurtherFormatsFixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
@@ -52,6 +55,14 @@ std::string itemOf(const std::string& b, size_t entry, size_t block)
     return b.substr(item + 8, be32(b, entry));
 }
 
+// The name of an entry whose body runs from `body` to `end`: NUL-terminated inside the body.
+std::string entryName(const std::string& b, size_t body, size_t end)
+{
+    const size_t terminator = b.find('\0', body + 22);
+    EXPECT_LT(terminator, end);
+    return b.substr(body + 22, std::min(terminator, end) - (body + 22));
+}
+
 KeyBank keyBank(const std::string& banks, size_t at)
 {
     KeyBank bank;
@@ -92,6 +103,10 @@ std::vector<Waveform> readLibrary(const std::string& b)
 
     std::vector<Waveform> waveforms;
     const uint32_t count = be32(b, blocks.at("EWFM") + 8);
+    for (const auto& [id, at] : blocks) // only the waveform blocks hold items
+        EXPECT_EQ(be32(b, at + 8),
+                  id == "EWFM" || id == "EWIM" || id == "DWFM" || id == "DWIM" ? count : 0u)
+            << id;
     EXPECT_EQ(be32(b, 60), 10001 + 2 * count);
     size_t bankEntry = blocks.at("EWFM") + 12, audioEntry = blocks.at("EWIM") + 12;
     for (uint32_t w = 0; w < count; ++w) {
@@ -101,8 +116,8 @@ std::vector<Waveform> readLibrary(const std::string& b)
         EXPECT_EQ(be32(b, audioBody + 8), 0x10001 + w);
         EXPECT_EQ(be32(b, bankBody + 18), 10001 + 2 * w);
         EXPECT_EQ(be32(b, audioBody + 18), 10002 + 2 * w);
-        const std::string name = b.c_str() + bankBody + 22;
-        EXPECT_EQ(name, std::string(b.c_str() + audioBody + 22));
+        const std::string name = entryName(b, bankBody, bankBody + be32(b, bankEntry + 4));
+        EXPECT_EQ(name, entryName(b, audioBody, audioBody + be32(b, audioEntry + 4)));
         EXPECT_EQ(name.substr(0, 4), "256:");
 
         Waveform waveform{name.substr(4), {}};
@@ -132,6 +147,18 @@ class MontageExport : public ::testing::Test {
     // The fixture records what was rendered by the key's place in the Project, which keys
     // rendered ahead on workers (copies) do not have.
     void SetUp() override { recorded.services.renderThreads = 1; }
+    void TearDown() override { setExportProgressCallback({}); }
+
+    // Renames the first layer, and its Key-Sample files with it.
+    void renameFirstLayer(const char* name)
+    {
+        TGmsl& msl = recorded.project->msl[0];
+        const std::string before[] = {keySampleFileName(*recorded.project, msl, 60),
+                                      keySampleFileName(*recorded.project, msl, 67)};
+        copyText(msl.name, name);
+        std::filesystem::rename(before[0], keySampleFileName(*recorded.project, msl, 60));
+        std::filesystem::rename(before[1], keySampleFileName(*recorded.project, msl, 67));
+    }
 
     int exportAs(const char* menuText, const std::string& destination, uint32_t word)
     {
@@ -188,26 +215,66 @@ TEST_F(MontageExport, EachLayerIsAWaveformWhoseKeyBanksPlayTheRenderedKeySamples
         }
     }
 
-    ASSERT_EQ(exportAs("Yamaha Montage (*.X7L)", recorded.out + "/Strings.X7L", kSettings), 1)
+    // The library file has the same bytes; its folder is created on the way.
+    const std::string library = recorded.out + "/not/yet/there/Strings.X7L";
+    ASSERT_EQ(exportAs("Yamaha Montage (*.X7L)", library, kSettings), 1) << message;
+    EXPECT_TRUE(test::readFileBytes(library) == user);
+}
+
+TEST_F(MontageExport, ProgressKeepsClimbingThroughTheWritingToTheEnd)
+{
+    std::vector<double> fractions;
+    bool wrote = false;
+    setExportProgressCallback([&](double fraction, const std::string& text) {
+        fractions.push_back(fraction);
+        wrote = wrote || text == "Writing the Montage file.";
+    });
+    ASSERT_EQ(exportAs("Yamaha Montage (*.X7U)", recorded.out + "/Strings.X7U", kSettings), 1)
         << message;
-    EXPECT_TRUE(test::readFileBytes(recorded.out + "/Strings.X7L") == user);
+    EXPECT_TRUE(wrote);
+    EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
+    ASSERT_GE(fractions.size(), 2u);
+    EXPECT_DOUBLE_EQ(fractions[fractions.size() - 2], 1.0); // the last write, before "done"
+}
+
+TEST_F(MontageExport, ALayerWithoutKeySamplesInItsKeyRangeMakesNoWaveform)
+{
+    recorded.project->msl[0].KBrangeIn = 80;
+    recorded.project->msl[0].KBrangeOut = 90;
+    ASSERT_EQ(exportAs("Yamaha Montage (*.X7U)", recorded.out + "/Strings.X7U", kSettings), 1)
+        << message;
+    const std::vector<Waveform> waveforms =
+        readLibrary(test::readFileBytes(recorded.out + "/Strings.X7U"));
+    ASSERT_EQ(waveforms.size(), 1u);
+    EXPECT_EQ(waveforms[0].name, "Loud");
+}
+
+TEST_F(MontageExport, WaveformNamesAreUpToTwentyPlainAsciiCharactersWithoutAColon)
+{
+    // A name is refused before the layer's first Key-Sample is rendered.
+    for (const char* name : {"Soft strings, layer 1", "Soft:strings", "Soft stri\xC3\xA4ngs"}) {
+        renameFirstLayer(name);
+        EXPECT_EQ(exportAs("Yamaha Montage (*.X7U)", recorded.out + "/Strings.X7U", kSettings), 0);
+        EXPECT_EQ(message, std::string("MontageExporter:\n\nthe Multi-Sample name \"") + name +
+                               "\" is no Montage waveform name: 1 to 20 characters of plain "
+                               "ASCII without ':'");
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(recorded.out));
+    renameFirstLayer("Soft strings layer 1");
+    ASSERT_EQ(exportAs("Yamaha Montage (*.X7U)", recorded.out + "/Strings.X7U", kSettings), 1)
+        << message;
+    EXPECT_EQ(readLibrary(test::readFileBytes(recorded.out + "/Strings.X7U"))[0].name,
+              "Soft strings layer 1");
 }
 
 TEST_F(MontageExport, WhatAWaveformCannotHoldIsRefusedAndNothingIsWritten)
 {
     const std::string target = recorded.out + "/Strings.X7U";
     EXPECT_EQ(exportAs("Yamaha Montage (*.X7U)", target, 0x91010410), 0);
-    EXPECT_EQ(message, "MontageExporter:\n\nMontage waveforms hold 44.1 KHz 16 bit mono or stereo "
+    EXPECT_EQ(message, "MontageExporter:\n\nMontage waveforms hold 44.1KHz 16 bit mono or stereo "
                        "audio; Key 60 of \"Soft\" is 48000 Hz, 1 channel(s), 16 bit");
     EXPECT_EQ(exportAs("Yamaha Montage (*.X7U)", target, 0x91010808), 0);
     EXPECT_THAT(message, testing::HasSubstr("depth \"24 Bit\" is not offered"));
-    // A name is refused before the layer's first Key-Sample is rendered.
-    copyText(recorded.project->msl[0].name, "Soft strings, layer 1");
-    MontageExporter exporter(*recorded.project, {0, 1}, recorded.out, "Strings", MontageFile::User,
-                             kSettings, false);
-    EXPECT_EQ(exporter.run(recorded.services, message), 0);
-    EXPECT_EQ(message, "MontageExporter:\n\nthe Multi-Sample name \"Soft strings, layer 1\" is no "
-                       "Montage waveform name: 1 to 20 characters of plain ASCII without ':'");
     EXPECT_TRUE(std::filesystem::is_empty(recorded.out));
 }
 

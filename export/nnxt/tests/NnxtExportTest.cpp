@@ -26,7 +26,11 @@ struct Cursor {
             value = value << 8 | uint8_t(bytes[pos++]);
         return value;
     }
-    void version() { ok = ok && number(1) == 0xBC && (number(4), true); }
+    // A version mark: 0xBC, major, minor, revision 0, 0.
+    void version(uint32_t major, uint32_t minor)
+    {
+        ok = ok && number(1) == 0xBC && number(1) == major && number(1) == minor && number(2) == 0;
+    }
     std::string text()
     {
         const uint32_t size = number(4);
@@ -49,11 +53,12 @@ struct Cursor {
 
 struct ReadZone {
     uint32_t group, lowKey, highKey, lowVelocity, highVelocity, root;
-    uint32_t playEnd, loopStart, loopEnd, frames, playMode, reference;
+    uint32_t playEnd, loopStart, loopEnd, frames, playMode, sustain, reference;
 };
 
 struct ReadPatch {
     bool ok = false;
+    std::string name;               // DESC
     std::vector<std::string> files; // in REFE order
     uint32_t groups = 0;
     std::vector<ReadZone> zones;
@@ -64,8 +69,8 @@ void readReferences(Cursor c, ReadPatch& patch)
     std::string id;
     for (c.pos += 4; c.ok && c.pos < c.end;) { // after "REFS"
         Cursor ref = c.chunk(id);
-        ref.version();
-        ref.version();
+        ref.version(1, 1);
+        ref.version(1, 1);
         patch.ok = patch.ok && id == "REFE" && ref.number(1) == 1 && ref.number(4) == 0;
         std::string path;
         for (uint32_t n = ref.number(4); n > 0 && ref.ok; --n)
@@ -77,11 +82,11 @@ void readReferences(Cursor c, ReadPatch& patch)
 
 void readBody(Cursor c, ReadPatch& patch)
 {
-    c.version();
-    c.version();
+    c.version(1, 0);
+    c.version(2, 0);
     patch.groups = c.number(4);
     c.pos += 7 * size_t(patch.groups);
-    c.version();
+    c.version(2, 2);
     const uint32_t count = c.number(4);
     for (uint32_t z = 0; z < count && c.ok; ++z) {
         const size_t start = c.pos;
@@ -90,12 +95,13 @@ void readBody(Cursor c, ReadPatch& patch)
             return c.number(width);
         };
         patch.zones.push_back({at(0, 4), at(4, 1), at(5, 1), at(6, 1), at(7, 1), at(8, 1),
-                               at(15, 4), at(19, 4), at(23, 4), at(27, 4), at(31, 1), 0});
+                               at(15, 4), at(19, 4), at(23, 4), at(27, 4), at(31, 1), at(216, 4),
+                               0});
         c.pos = start + 241;
     }
     for (ReadZone& zone : patch.zones) {
         patch.ok = patch.ok && c.number(1) == 1;
-        c.version();
+        c.version(4, 1);
         c.number(1);
         zone.reference = c.number(4);
     }
@@ -113,7 +119,12 @@ ReadPatch readPatch(const std::string& bytes)
         Cursor c = form.chunk(id);
         if (id == "CAT ")
             readReferences(c, patch);
-        else if (id == "BODY")
+        else if (id == "DESC") {
+            c.version(1, 3);
+            patch.ok = patch.ok && c.number(1) == 0x12;
+            patch.name = c.text();
+            patch.ok = patch.ok && c.ok;
+        } else if (id == "BODY")
             readBody(c, patch);
     }
     patch.ok = patch.ok && form.ok;
@@ -122,6 +133,10 @@ ReadPatch readPatch(const std::string& bytes)
 
 class NnxtExport : public ::testing::Test {
   protected:
+    // The fixture records what was rendered by the key's place in the Project, which keys
+    // rendered ahead on workers (copies) do not have.
+    void SetUp() override { recorded.services.renderThreads = 1; }
+
     test::RecordedProject recorded;
 
     // Exports both layers at 44.1 kHz (the recordings' rate) and `depth`, then checks every
@@ -135,6 +150,7 @@ class NnxtExport : public ::testing::Test {
             << message;
         const ReadPatch patch = readPatch(test::readFileBytes(recorded.out + "/Strings.sxt"));
         ASSERT_TRUE(patch.ok);
+        EXPECT_EQ(patch.name, "Strings");
         EXPECT_EQ(patch.groups, 2u);
         ASSERT_EQ(patch.zones.size(), 4u);
         ASSERT_EQ(patch.files.size(), 4u);
@@ -155,6 +171,7 @@ class NnxtExport : public ::testing::Test {
             const RenderedKey& rendered = recorded.rendered.at(key);
             const bool looped = key != std::pair<int, int>{1, 67};
             EXPECT_EQ(zone.playMode, looped ? 1u : 0u);
+            EXPECT_EQ(zone.sustain, 1000u);
             EXPECT_EQ(int32_t(zone.loopStart), looped ? rendered.loopStart : 0);
             EXPECT_EQ(int32_t(zone.loopEnd), looped ? rendered.loopEnd : 0);
 
@@ -189,6 +206,25 @@ TEST_F(NnxtExport, EveryZoneComesBackWithItsSampleKeysVelocitiesAndLoop)
 TEST_F(NnxtExport, TwentyFourBitSamplesHoldTheRenderedAudio)
 {
     exportAndReadBack(0x800, SF_FORMAT_PCM_24);
+}
+
+TEST_F(NnxtExport, ALayerWithoutKeySamplesInItsKeyRangeGetsNoGroup)
+{
+    recorded.project->msl[0].KBrangeIn = 80;
+    recorded.project->msl[0].KBrangeOut = 90;
+    std::string message;
+    ASSERT_EQ(TGexport_NNXT(recorded.out, "Strings", recorded.project.get(), {0, 1}, 0x91010408,
+                            false, message, recorded.services),
+              1)
+        << message;
+    const ReadPatch patch = readPatch(test::readFileBytes(recorded.out + "/Strings.sxt"));
+    ASSERT_TRUE(patch.ok);
+    EXPECT_EQ(patch.groups, 1u);
+    ASSERT_EQ(patch.zones.size(), 2u);
+    for (const ReadZone& zone : patch.zones) {
+        EXPECT_EQ(zone.group, 0u);
+        EXPECT_EQ(zone.lowVelocity, 65u); // the "Loud" layer's
+    }
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The play list and the output side of the callback, rendered block by block. A held note
 // playing once, then its loop, and on release the loop to its end and the release part, is
-// checked sample for sample on the real sound chain (SoundChainPlayback, PlayCli).
+// checked sample for sample on the real sound chain (PlayCli, PrehearOnJack).
 #include "devices/Player.h"
 
 #include <gtest/gtest.h>

@@ -101,10 +101,22 @@ double measureInputLatency()
 TEST_F(RecordOnTheSynth, CliRecordsEverySelectedKeyOfBothLayers)
 {
     const std::string out = folder.file("takes.json");
-    ASSERT_EQ(runCliProcess("record '" + project() + "' --verbose --json >'" + out + "' 2>'" +
-                            log() + "'"),
-              0)
-        << readFileBytes(log());
+    const std::string record =
+        "record '" + project() + "' --verbose --json >'" + out + "' 2>'" + log() + "'";
+    // A server that keeps missing its periods (a loaded machine) stops the run after four bad
+    // takes in a row; such a run is tried once more, and not judged if that stops too.
+    int status = runCliProcess(record);
+    for (int attempt = 1; status != 0 && attempt <= 2; ++attempt) {
+        // With --json the run's final message is in the JSON answer, its progress in the log.
+        if ((readFileBytes(out) + readFileBytes(log())).find("Frames were dropped again") ==
+            std::string::npos)
+            break;
+        if (attempt == 2)
+            GTEST_SKIP() << "the JACK server dropped frames in every attempt:\n"
+                         << readFileBytes(log()) << readFileBytes(out);
+        status = runCliProcess(record);
+    }
+    ASSERT_EQ(status, 0) << readFileBytes(log()) << readFileBytes(out);
     const std::string text = readFileBytes(log());
     // Every kept take came whole: all the frames the server's clock let pass.
     const nlohmann::json takes = nlohmann::json::parse(readFileBytes(out))["takes"];

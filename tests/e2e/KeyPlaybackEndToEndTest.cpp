@@ -9,6 +9,7 @@
 #include "core/Startup.h"
 #include "devices/AudioEngine.h"
 #include "devices/DeviceTables.h"
+#include "devices/MidiPorts.h"
 #include "recording/StartupWiring.h"
 #include "shell/IniFile.h"
 #include "shell/KeyPlayback.h"
@@ -83,6 +84,9 @@ class KeyPlaybackEndToEnd : public ::testing::Test {
         std::string message;
         audio::closeStreams(message);
         audio::terminate();
+        // The MIDI ports are JACK clients too: closed here, their threads cannot outlive the
+        // process's teardown.
+        midi::destroyMidi();
     }
 
     // Waits with the event loop running until the player has stopped; false if it did not.

@@ -58,13 +58,11 @@ void sampleIntoSoundFont(Model& model, const std::string& folder, const SampledP
     ASSERT_EQ(runExport(project, request, defaultExportServices(), msg), 1) << msg;
 }
 
-std::unique_ptr<HostedInstrument> openInstrument(const std::string& spec)
+std::unique_ptr<HostedInstrument> openInstrument(const std::string& text)
 {
-    InstrumentSpec choice;
     std::string msg;
-    EXPECT_EQ(parseInstrumentSpec(spec, choice, msg), 1) << msg;
-    auto instrument = openHostedInstrument(choice, 44100, msg);
-    EXPECT_NE(instrument, nullptr) << spec << ": " << msg;
+    auto instrument = openInstrument(text, msg);
+    EXPECT_NE(instrument, nullptr) << text << ": " << msg;
     return instrument;
 }
 

@@ -6,14 +6,13 @@
 #include "core/Model.h"
 #include "devices/HostedInstrument.h"
 #include "devices/OfflineBouncer.h"
+#include "devices/tests/InstrumentTestSupport.h" // kGeneralMidiFont, openInstrument
 
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tg::test {
-
-inline constexpr const char* kGeneralMidiFont = "/usr/share/sounds/sf2/FluidR3_GM.sf2";
 
 struct SampledPreset {
     std::string name; // of the Project and of the exported "<folder>/<name>.sf2"
@@ -26,9 +25,9 @@ struct SampledPreset {
 // Fails the calling test (check HasFatalFailure) when a step fails.
 void sampleIntoSoundFont(Model& model, const std::string& folder, const SampledPreset& what);
 
-// The instrument `spec` (a SoundFont path with its options) hosted at 44.1 kHz; null after a
-// test failure.
-std::unique_ptr<HostedInstrument> openInstrument(const std::string& spec);
+// The instrument `text` names (a SoundFont path with its options) hosted at 44.1 kHz; null
+// after a test failure.
+std::unique_ptr<HostedInstrument> openInstrument(const std::string& text);
 // `note` played offline on `instrument`: 44.1 kHz 16-bit frames of `channels` channels.
 std::vector<uint8_t> bounceTake(HostedInstrument& instrument, const BounceNote& note,
                                 uint16_t channels);
